@@ -1,0 +1,84 @@
+#include "base/Text.h"
+
+#include <unicode/locid.h>
+#include <unicode/normalizer2.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+
+namespace corvelle {
+
+namespace {
+
+bool isAscii(QStringView text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80; });
+}
+
+// An alias onto the text: ICU reads it in place.
+icu::UnicodeString aliased(QStringView text)
+{
+    return icu::UnicodeString(false, text.utf16(), static_cast<int32_t>(text.size()));
+}
+
+QString toQString(const icu::UnicodeString& text)
+{
+    return QString(reinterpret_cast<const QChar*>(text.getBuffer()), text.length());
+}
+
+} // namespace
+
+QString composed(QStringView text)
+{
+    if (isAscii(text))
+        return text.toString();
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Normalizer2* nfc = icu::Normalizer2::getNFCInstance(status);
+    if (U_FAILURE(status))
+        return text.toString();
+    const icu::UnicodeString source = aliased(text);
+    if (nfc->isNormalized(source, status) && U_SUCCESS(status))
+        return text.toString();
+    status = U_ZERO_ERROR;
+    const icu::UnicodeString result = nfc->normalize(source, status);
+    return U_FAILURE(status) ? text.toString() : toQString(result);
+}
+
+QString lowerCased(QStringView text)
+{
+    if (isAscii(text)) {
+        QString result = text.toString();
+        for (QChar& c : result)
+            if (c >= u'A' && c <= u'Z')
+                c = QChar(c.unicode() + ('a' - 'A'));
+        return result;
+    }
+    icu::UnicodeString folded(text.utf16(), static_cast<int32_t>(text.size()));
+    folded.toLower(icu::Locale::getRoot());
+    return toQString(folded);
+}
+
+QString pathKey(const QString& path, NameCase nameCase)
+{
+    return nameCase == NameCase::Kept ? path : lowerCased(composed(path));
+}
+
+QString lastComponent(const QString& path)
+{
+    return path.mid(path.lastIndexOf(u'/') + 1);
+}
+
+QString parentPath(const QString& path)
+{
+    const qsizetype slash = path.lastIndexOf(u'/');
+    return slash < 0 ? QString() : path.left(slash);
+}
+
+QString shortened(const QString& text, qsizetype most)
+{
+    QString line = text;
+    line.replace(u'\n', u' ');
+    return line.size() <= most ? line : line.left(most) + u'…';
+}
+
+} // namespace corvelle

@@ -1,0 +1,29 @@
+// Unicode on texts of any length, and the keys by which paths are compared.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace corvelle {
+
+// Canonical precomposed form (Unicode NFC). Linear in the text, unlike QString::normalized().
+QString composed(QStringView text);
+
+// The full Unicode lower case ("ẞ" gives "ß", a final "Σ" gives "ς"), independent of the system's language.
+QString lowerCased(QStringView text);
+
+// Whether a volume takes names that differ only in case for the same name.
+enum class NameCase { Kept, Ignored };
+
+// The form in which two paths are compared. Where the volume keeps case apart it is the path itself; where it ignores
+// case it is the composed path in lower case.
+QString pathKey(const QString& path, NameCase nameCase);
+
+// The part behind the last "/", and the part before it ("" at the top).
+QString lastComponent(const QString& path);
+QString parentPath(const QString& path);
+
+// A text of one line cut down to `most` UTF-16 units, with an ellipsis; for log lines.
+QString shortened(const QString& text, qsizetype most = 200);
+
+} // namespace corvelle
