@@ -63,6 +63,22 @@ QString pathKey(const QString& path, NameCase nameCase)
     return nameCase == NameCase::Kept ? path : lowerCased(composed(path));
 }
 
+int compareByCodePoints(QStringView left, QStringView right)
+{
+    const qsizetype shared = std::min(left.size(), right.size());
+    for (qsizetype i = 0; i < shared; ++i) {
+        const char16_t l = left[i].unicode(), r = right[i].unicode();
+        if (l == r)
+            continue;
+        // A surrogate stands for a code point above all that one unit can tell.
+        const bool leftHigh = QChar::isSurrogate(l), rightHigh = QChar::isSurrogate(r);
+        if (leftHigh != rightHigh)
+            return leftHigh ? 1 : -1;
+        return l < r ? -1 : 1;
+    }
+    return left.size() == right.size() ? 0 : left.size() < right.size() ? -1 : 1;
+}
+
 QString lastComponent(const QString& path)
 {
     return path.mid(path.lastIndexOf(u'/') + 1);

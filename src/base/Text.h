@@ -19,6 +19,9 @@ enum class NameCase { Kept, Ignored };
 // case it is the composed path in lower case.
 QString pathKey(const QString& path, NameCase nameCase);
 
+// Negative, zero or positive, in the order of code points, which is that of the UTF-8 bytes.
+int compareByCodePoints(QStringView left, QStringView right);
+
 // The part behind the last "/", and the part before it ("" at the top).
 QString lastComponent(const QString& path);
 QString parentPath(const QString& path);

@@ -1,0 +1,270 @@
+#include "library/Arrivals.h"
+
+#include "base/Clock.h"
+#include "base/Ids.h"
+#include "base/Log.h"
+#include "base/MainThread.h"
+#include "library/Position.h"
+#include "library/SnapshotReader.h"
+#include "platform/FileTypes.h"
+#include "platform/PictureFacts.h"
+
+#include <QRandomGenerator>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+// Small enough that the memory takes one in about a millisecond, large enough that the commit doesn't count.
+constexpr size_t batchSize = 400;
+constexpr int leastItemsForProgress = 200;
+constexpr qint64 progressAfterMs = 1000;
+
+// A folder that receives things: what its next child needs to know.
+struct Receiver
+{
+    QString id; // empty at the top of the space
+    NextFreePlace places;
+    QString lastPosition;
+    quint16 usedColors = 0; // a bit for each colour that a folder in it has
+};
+
+void useColor(Receiver& receiver, NodeColor color)
+{
+    receiver.usedColors |= static_cast<quint16>(1u << static_cast<unsigned>(color));
+}
+
+// A random colour among those that no sibling folder has, among all when every one is taken.
+NodeColor colorOfNewFolder(Receiver& receiver)
+{
+    std::vector<NodeColor> open;
+    for (const NodeColor color : allNodeColors)
+        if (!(receiver.usedColors & (1u << static_cast<unsigned>(color))))
+            open.push_back(color);
+    if (open.empty())
+        open.assign(allNodeColors.begin(), allNodeColors.end());
+    const NodeColor chosen
+        = open[QRandomGenerator::global()->bounded(static_cast<quint32>(open.size()))];
+    useColor(receiver, chosen);
+    return chosen;
+}
+
+QSizeF sizeOf(const Node& node)
+{
+    return cardSize({node.kind, node.isPicture(), node.width.value_or(0), node.height.value_or(0)});
+}
+
+// What the worker needs; values only.
+struct Job
+{
+    QString root;
+    QString spaceID;
+    NameCase nameCase = NameCase::Kept;
+    std::vector<ArrivingItem> items;
+    QHash<QString, Receiver> receivers; // by the path key of the folder
+};
+
+class Worker
+{
+public:
+    explicit Worker(Job job)
+        : m_job(std::move(job))
+    {}
+
+    // Calls `took` with each batch that stands in the table. Ends early when `stopping` turns true.
+    template<class Took>
+    Result<void> run(const std::atomic<bool>& stopping, std::atomic<bool>& pathsGivenUp, Took took)
+    {
+        auto connection = SQLite::open(databasePath(m_job.root));
+        if (!connection)
+            return connection.failure();
+        for (size_t from = 0; from < m_job.items.size() && !stopping; from += batchSize) {
+            const size_t to = std::min(from + batchSize, m_job.items.size());
+            std::vector<std::pair<Node, SeenFile>> batch;
+            for (size_t i = from; i < to; ++i)
+                if (auto node = nodeFor(m_job.items[i]))
+                    batch.push_back(std::move(*node));
+            if (auto written = write(*connection, batch); !written)
+                return written;
+            if (m_gavePathUp)
+                pathsGivenUp = true;
+            took(std::move(batch));
+        }
+        return {};
+    }
+
+private:
+    std::optional<std::pair<Node, SeenFile>> nodeFor(const ArrivingItem& item)
+    {
+        const auto found = m_job.receivers.find(pathKey(parentPath(item.path), m_job.nameCase));
+        if (found == m_job.receivers.end())
+            return std::nullopt;
+        Receiver& receiver = *found;
+        Node node;
+        node.id = newID();
+        node.spaceID = m_job.spaceID;
+        node.parentID = receiver.id;
+        node.kind = item.folder ? NodeKind::Folder : NodeKind::File;
+        node.title = lastComponent(item.path);
+        node.path = item.path;
+        node.createdAt = now();
+        const bool credible = item.modified != distantPast && item.modified <= node.createdAt;
+        node.updatedAt = credible && !item.folder ? item.modified : node.createdAt;
+        node.position = receiver.lastPosition = positionAfter(receiver.lastPosition);
+        SeenFile seen{item.fileID, std::nullopt};
+        if (item.folder) {
+            node.color = colorOfNewFolder(receiver);
+        } else {
+            node.mime = m_types.mimeOf(node.title);
+            node.byteSize = item.size;
+            seen.modified = item.modified;
+            if (node.isPicture())
+                if (const auto size = pictureSize(m_job.root + u'/' + item.path)) {
+                    node.width = size->width();
+                    node.height = size->height();
+                }
+        }
+        const QPointF place = receiver.places.next();
+        node.x = place.x();
+        node.y = place.y();
+        if (item.folder)
+            m_job.receivers.insert(pathKey(item.path, m_job.nameCase), Receiver{node.id, {}, {}, 0});
+        return std::pair(std::move(node), seen);
+    }
+
+    // Leaves out of the batch what has a live row by now: another process made it. A trashed row that still names one of the
+    // paths gives it up for its own place in our Trash.
+    Result<void> write(SQLite& connection, std::vector<std::pair<Node, SeenFile>>& batch)
+    {
+        return connection.transaction([&]() -> Result<void> {
+            auto taken = connection.prepare("SELECT id, deleted_at FROM nodes WHERE path = ?");
+            auto insert = connection.prepare(insertNodeSQL);
+            if (!taken)
+                return taken.failure();
+            if (!insert)
+                return insert.failure();
+            for (auto& [node, seen] : batch) {
+                taken->bind({node.path});
+                bool live = false;
+                std::vector<QString> trashed;
+                while (true) {
+                    const auto row = taken->step();
+                    if (!row)
+                        return row.failure();
+                    if (!*row)
+                        break;
+                    if (taken->row().isNull(1))
+                        live = true;
+                    else
+                        trashed.push_back(taken->row().text(0));
+                }
+                m_gavePathUp |= !trashed.empty();
+                for (const QString& id : trashed)
+                    if (auto moved = giveUpPath(connection, id, node.path); !moved)
+                        return moved;
+                if (live) {
+                    node.id.clear();
+                    continue;
+                }
+                if (auto inserted = insertNode(*insert, node, seen); !inserted)
+                    return inserted;
+            }
+            std::erase_if(batch, [](const auto& entry) { return entry.first.id.isEmpty(); });
+            return {};
+        });
+    }
+
+    static Result<void> giveUpPath(SQLite& connection, const QString& id, const QString& path)
+    {
+        const QString ours = u".corvelle/Trash/"_s + id + u'/' + lastComponent(path);
+        return connection.run(
+            "UPDATE nodes SET path = ?1 || substr(path, length(?2) + 1) WHERE id = ?3 OR "
+            "(path >= ?2 || '/' AND path < ?2 || '0' AND EXISTS (SELECT 1 FROM nodes top WHERE top.id = ?3 "
+            "AND top.kind = 'folder'))",
+            {ours, path, id});
+    }
+
+    Job m_job;
+    FileTypes m_types;
+    bool m_gavePathUp = false;
+};
+
+} // namespace
+
+Arrivals::Arrivals(Library& library, QObject* parent)
+    : QObject(parent)
+    , m_library(library)
+    , m_queue(u"corvelle.arrivals"_s)
+{}
+
+Arrivals::~Arrivals()
+{
+    m_stopping = true;
+}
+
+void Arrivals::bringIn(std::vector<ArrivingItem> items, const QHash<QString, QString>& folders, NameCase nameCase)
+{
+    Q_ASSERT(onMainThread());
+    if (items.empty() || m_library.tree().spaces().empty())
+        return;
+    Job job;
+    job.root = m_library.root();
+    job.spaceID = m_library.tree().spaces().front().id;
+    job.nameCase = nameCase;
+    for (const ArrivingItem& item : items) {
+        const QString key = pathKey(parentPath(item.path), nameCase);
+        const auto folder = folders.constFind(key);
+        if (folder == folders.cend() || job.receivers.contains(key))
+            continue;
+        Receiver receiver;
+        receiver.id = *folder;
+        for (const QString& id : m_library.children(receiver.id)) {
+            const Node& child = *m_library.node(id);
+            receiver.places.include(QPointF(child.x, child.y), sizeOf(child));
+            receiver.lastPosition = child.position;
+            if (child.kind == NodeKind::Folder)
+                useColor(receiver, child.color);
+        }
+        job.receivers.insert(key, receiver);
+    }
+    if (m_running++ == 0) {
+        m_done = m_total = 0;
+        m_since.start();
+    }
+    m_total += static_cast<int>(items.size());
+    job.items = std::move(items);
+
+    m_queue.async([this, job = std::move(job), guard = QPointer<QObject>(this)]() mutable {
+        const auto done = Worker(std::move(job)).run(m_stopping, m_pathsGivenUp, [&](auto batch) {
+            SerialQueue::onMain(guard, [this, batch = std::move(batch)]() mutable { took(std::move(batch)); });
+        });
+        if (!done)
+            logLine(u"import: "_s + done.failure().sentence());
+        SerialQueue::onMain(guard, [this] { ended(); });
+    });
+}
+
+void Arrivals::took(std::vector<std::pair<Node, SeenFile>> batch)
+{
+    m_done += static_cast<int>(batch.size());
+    if (!batch.empty())
+        m_library.took(std::move(batch));
+    if (m_total >= leastItemsForProgress && m_since.elapsed() >= progressAfterMs)
+        m_library.setImportProgress(ImportProgress{m_done, m_total});
+}
+
+void Arrivals::ended()
+{
+    if (--m_running > 0)
+        return;
+    m_library.setImportProgress(std::nullopt);
+    if (m_pathsGivenUp.exchange(false))
+        m_library.reload();
+    emit finished();
+}
+
+} // namespace corvelle

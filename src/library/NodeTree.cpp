@@ -1,0 +1,215 @@
+#include "library/NodeTree.h"
+
+#include "base/Text.h"
+#include "library/Position.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+constexpr int deepestChain = 512;
+
+} // namespace
+
+const Node* NodeTree::node(const QString& id) const
+{
+    const auto found = m_nodes.find(id);
+    return found == m_nodes.end() ? nullptr : &found->second.node;
+}
+
+SeenFile NodeTree::seen(const QString& id) const
+{
+    const auto found = m_nodes.find(id);
+    return found == m_nodes.end() ? SeenFile{} : found->second.seen;
+}
+
+const std::vector<QString>& NodeTree::children(const QString& parent) const
+{
+    static const std::vector<QString> none;
+    const auto found = m_children.find(parent);
+    return found == m_children.end() ? none : found->second;
+}
+
+std::vector<QString> NodeTree::ancestors(const QString& id) const
+{
+    std::vector<QString> chain;
+    for (const Node* at = node(id); at && chain.size() < deepestChain; at = node(at->parentID))
+        chain.push_back(at->id);
+    std::reverse(chain.begin(), chain.end());
+    return chain;
+}
+
+bool NodeTree::isInTrash(const QString& id) const
+{
+    const Node* at = node(id);
+    for (int step = 0; at && step < deepestChain; ++step) {
+        if (at->deletedAt)
+            return true;
+        at = node(at->parentID);
+    }
+    return false;
+}
+
+QString NodeTree::spaceFolder() const
+{
+    return m_spaces.empty() ? u"My Space"_s : m_spaces.front().folder;
+}
+
+QString NodeTree::nextPosition(const QString& parent) const
+{
+    const auto& siblings = children(parent);
+    return siblings.empty() ? positionAfter({}) : positionAfter(node(siblings.back())->position);
+}
+
+TreeChange NodeTree::apply(Snapshot snapshot)
+{
+    TreeChange change;
+    if (m_spaces != snapshot.spaces) {
+        m_spaces = std::move(snapshot.spaces);
+        change.spaces = true;
+    }
+    for (auto stamp = snapshot.pageStamps.cbegin(); stamp != snapshot.pageStamps.cend(); ++stamp) {
+        const auto old = m_pageStamps.constFind(stamp.key());
+        if (old != m_pageStamps.cend() && *old != *stamp)
+            change.changedPages.insert(stamp.key());
+    }
+    m_pageStamps = std::move(snapshot.pageStamps);
+
+    if (m_nodes.empty()) {
+        change.everything = !snapshot.nodes.empty();
+        change.linkedItems = std::any_of(snapshot.nodes.begin(), snapshot.nodes.end(),
+            [](const Node& node) { return node.isLinked(); });
+        takeAll(std::move(snapshot.nodes), std::move(snapshot.seen));
+        return change;
+    }
+
+    const auto note = [&change](const Node& node) {
+        change.nodes.insert(node.id);
+        change.parents.insert(node.parentID.isNull() ? QString(u""_s) : node.parentID);
+    };
+    QSet<QString> kept;
+    kept.reserve(static_cast<qsizetype>(snapshot.nodes.size()));
+    for (size_t i = 0; i < snapshot.nodes.size(); ++i) {
+        Node& fresh = snapshot.nodes[i];
+        kept.insert(fresh.id);
+        const Node* old = node(fresh.id);
+        if (old && *old == fresh) {
+            setSeen(fresh.id, snapshot.seen[i]);
+            continue;
+        }
+        if (old)
+            note(*old);
+        note(fresh);
+        change.linkedItems |= (fresh.isLinked() || (old && old->isLinked()))
+            && (!old || old->deletedAt != fresh.deletedAt || old->path != fresh.path);
+        put(std::move(fresh), snapshot.seen[i]);
+    }
+    std::vector<QString> gone;
+    for (const auto& [id, record] : m_nodes)
+        if (!kept.contains(id)) {
+            note(record.node);
+            change.linkedItems |= record.node.isLinked();
+            gone.push_back(id);
+        }
+    for (const QString& id : gone)
+        remove(id);
+    return change;
+}
+
+void NodeTree::put(Node node, SeenFile seen)
+{
+    if (const auto old = m_nodes.find(node.id); old != m_nodes.end()) {
+        const Node& was = old->second.node;
+        const bool sameList = was.isLive() == node.isLive() && was.parentID == node.parentID
+            && was.position == node.position;
+        if (!sameList)
+            unlink(was);
+        old->second = Record{std::move(node), seen};
+        if (!sameList)
+            link(old->second.node);
+        return;
+    }
+    const QString id = node.id;
+    link(m_nodes.emplace(id, Record{std::move(node), seen}).first->second.node);
+}
+
+void NodeTree::setSeen(const QString& id, SeenFile seen)
+{
+    if (const auto found = m_nodes.find(id); found != m_nodes.end())
+        found->second.seen = seen;
+}
+
+void NodeTree::remove(const QString& id)
+{
+    const auto found = m_nodes.find(id);
+    if (found == m_nodes.end())
+        return;
+    unlink(found->second.node);
+    m_pageStamps.remove(id);
+    m_nodes.erase(found);
+}
+
+// Where the node stands, or would stand, among its siblings.
+std::vector<QString>::iterator NodeTree::place(std::vector<QString>& siblings, const Node& node)
+{
+    const auto before = [this](const QString& sibling, const Node& other) {
+        const int order = compareByCodePoints(this->node(sibling)->position, other.position);
+        return order != 0 ? order < 0 : sibling < other.id;
+    };
+    // New things come last.
+    if (!siblings.empty() && before(siblings.back(), node))
+        return siblings.end();
+    return std::lower_bound(siblings.begin(), siblings.end(), node, before);
+}
+
+void NodeTree::link(const Node& node)
+{
+    if (!node.isLive())
+        return;
+    auto& siblings = m_children[node.parentID];
+    siblings.insert(place(siblings, node), node.id);
+}
+
+void NodeTree::unlink(const Node& node)
+{
+    if (!node.isLive())
+        return;
+    const auto list = m_children.find(node.parentID);
+    if (list == m_children.end())
+        return;
+    const auto at = place(list->second, node);
+    if (at != list->second.end() && *at == node.id)
+        list->second.erase(at);
+    if (list->second.empty())
+        m_children.erase(list);
+}
+
+void NodeTree::takeAll(std::vector<Node> nodes, std::vector<SeenFile> seen)
+{
+    m_nodes.reserve(nodes.size());
+    m_children.clear();
+    std::unordered_map<QString, std::vector<const Node*>, TextHash> lists;
+    for (size_t i = 0; i < nodes.size(); ++i) {
+        const QString id = nodes[i].id;
+        const auto [at, isNew] = m_nodes.try_emplace(id, Record{std::move(nodes[i]), seen[i]});
+        if (isNew && at->second.node.isLive())
+            lists[at->second.node.parentID].push_back(&at->second.node);
+    }
+    m_children.reserve(lists.size());
+    for (auto& [parent, list] : lists) {
+        std::sort(list.begin(), list.end(), [](const Node* left, const Node* right) {
+            const int order = compareByCodePoints(left->position, right->position);
+            return order != 0 ? order < 0 : left->id < right->id;
+        });
+        auto& ids = m_children[parent];
+        ids.reserve(list.size());
+        for (const Node* node : list)
+            ids.push_back(node->id);
+    }
+}
+
+} // namespace corvelle

@@ -1,0 +1,158 @@
+#include "library/SnapshotReader.h"
+
+#include <QHash>
+
+namespace corvelle {
+
+namespace {
+
+constexpr char nodeColumns[] =
+    "SELECT id, space_id, parent_id, kind, title, icon, color, x, y, position, path, created_at, "
+    "updated_at, deleted_at, mime, byte_size, width, height, url, file_id, file_modified FROM nodes";
+
+// Hands out one shared copy of each distinct text. Rows come grouped, so the last answer often serves again.
+class SharedTexts
+{
+public:
+    QString shared(QByteArrayView utf8)
+    {
+        if (utf8.isNull())
+            return {};
+        if (utf8 == m_lastKey)
+            return m_last;
+        const auto key = QByteArray::fromRawData(utf8.data(), utf8.size());
+        auto found = m_texts.constFind(key);
+        if (found == m_texts.cend())
+            found = m_texts.insert(QByteArray(utf8.data(), utf8.size()), QString::fromUtf8(utf8));
+        m_lastKey = found.key();
+        m_last = found.value();
+        return m_last;
+    }
+
+private:
+    QHash<QByteArray, QString> m_texts;
+    QByteArray m_lastKey;
+    QString m_last;
+};
+
+struct Interned
+{
+    SharedTexts ids, mimes, icons, spaces, positions;
+};
+
+QString own(QByteArrayView utf8)
+{
+    return utf8.isNull() ? QString() : QString::fromUtf8(utf8);
+}
+
+std::optional<int> optionalInt(const SQLRow& row, int column)
+{
+    const auto value = row.optionalInteger(column);
+    return value ? std::optional(static_cast<int>(*value)) : std::nullopt;
+}
+
+NodeKind kindFrom(QByteArrayView utf8)
+{
+    return nodeKind(QString::fromUtf8(utf8));
+}
+
+Node nodeFrom(const SQLRow& row, Interned& texts)
+{
+    Node node;
+    node.kind = kindFrom(row.utf8(3));
+    // Folders' ids are told again by every child.
+    node.id = node.kind == NodeKind::Folder ? texts.ids.shared(row.utf8(0)) : own(row.utf8(0));
+    node.spaceID = texts.spaces.shared(row.utf8(1));
+    node.parentID = texts.ids.shared(row.utf8(2));
+    node.title = own(row.utf8(4));
+    node.icon = texts.icons.shared(row.utf8(5));
+    node.color = nodeColor(QString::fromUtf8(row.utf8(6)));
+    node.x = row.real(7);
+    node.y = row.real(8);
+    node.position = texts.positions.shared(row.utf8(9));
+    node.path = own(row.utf8(10));
+    node.createdAt = row.date(11).value_or(distantPast);
+    node.updatedAt = row.date(12).value_or(distantPast);
+    node.deletedAt = row.date(13);
+    node.mime = texts.mimes.shared(row.utf8(14));
+    node.byteSize = row.optionalInteger(15);
+    node.width = optionalInt(row, 16);
+    node.height = optionalInt(row, 17);
+    node.url = own(row.utf8(18));
+    return node;
+}
+
+SeenFile seenFrom(const SQLRow& row)
+{
+    SeenFile seen;
+    if (const auto id = row.optionalInteger(19))
+        seen.fileID = static_cast<quint64>(*id);
+    seen.modified = row.date(20);
+    return seen;
+}
+
+SQLValue orNull(const QString& text)
+{
+    return text.isNull() ? SQLValue(nullptr) : SQLValue(text);
+}
+
+} // namespace
+
+Result<Snapshot> readSnapshot(SQLite& connection)
+{
+    Snapshot snapshot;
+    auto spaces = connection.query("SELECT id, slug, name, mode, folder FROM spaces ORDER BY created_at",
+        {}, [](const SQLRow& row) {
+            Space space{row.text(0), row.text(1), row.text(2), Space::Mode::Local, row.text(4)};
+            const QString mode = row.text(3);
+            space.mode = mode == u"synced" ? Space::Mode::Synced
+                : mode == u"shared"        ? Space::Mode::Shared
+                                           : Space::Mode::Local;
+            return space;
+        });
+    if (!spaces)
+        return spaces.failure();
+    snapshot.spaces = std::move(*spaces);
+
+    size_t count = 0;
+    (void)connection.each("SELECT count(*) FROM nodes", {},
+        [&](const SQLRow& row) { count = static_cast<size_t>(row.integer(0)); });
+    snapshot.nodes.reserve(count);
+    snapshot.seen.reserve(count);
+    Interned texts;
+    auto read = connection.each(nodeColumns, {}, [&](const SQLRow& row) {
+        snapshot.nodes.push_back(nodeFrom(row, texts));
+        snapshot.seen.push_back(seenFrom(row));
+    });
+    if (!read)
+        return read.failure();
+
+    read = connection.each("SELECT node_id, updated_at FROM pages", {},
+        [&](const SQLRow& row) { snapshot.pageStamps.insert(row.text(0), row.real(1)); });
+    if (!read)
+        return read.failure();
+    return snapshot;
+}
+
+Result<std::optional<std::pair<Node, SeenFile>>> readNode(SQLite& connection, const QString& id)
+{
+    std::optional<std::pair<Node, SeenFile>> found;
+    Interned texts;
+    const auto read = connection.each(QByteArray(nodeColumns) + " WHERE id = ?", {id},
+        [&](const SQLRow& row) { found.emplace(nodeFrom(row, texts), seenFrom(row)); });
+    if (!read)
+        return read.failure();
+    return found;
+}
+
+Result<void> insertNode(SQLStatement& insert, const Node& node, const SeenFile& seen)
+{
+    // Bit for bit into the signed column.
+    const SQLValue fileID = seen.fileID ? SQLValue(static_cast<qint64>(*seen.fileID)) : SQLValue(nullptr);
+    return insert.run({node.id, node.spaceID, orNull(node.parentID), word(node.kind), node.title,
+        orNull(node.icon), word(node.color), node.x, node.y, node.position, orNull(node.path),
+        node.createdAt, node.updatedAt, node.deletedAt, orNull(node.mime), node.byteSize, node.width,
+        node.height, orNull(node.url), fileID, seen.modified});
+}
+
+} // namespace corvelle

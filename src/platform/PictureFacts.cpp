@@ -1,0 +1,52 @@
+#include "platform/PictureFacts.h"
+
+#include <QColorSpace>
+#include <QImageReader>
+
+namespace corvelle {
+
+namespace {
+
+constexpr int greatestSide = 1 << 16; // pixels; more is no picture anybody laid on a canvas
+
+bool turnsSideways(const QImageReader& reader)
+{
+    return reader.transformation() & QImageIOHandler::TransformationRotate90;
+}
+
+} // namespace
+
+std::optional<QSize> pictureSize(const QString& path)
+{
+    QImageReader reader(path);
+    const QSize size = reader.size();
+    if (size.isEmpty() || size.width() > greatestSide || size.height() > greatestSide)
+        return std::nullopt;
+    return turnsSideways(reader) ? size.transposed() : size;
+}
+
+QImage scaledPicture(const QString& path, QSize within)
+{
+    QImageReader reader(path);
+    reader.setAutoTransform(true);
+    const QSize size = reader.size();
+    if (size.width() > greatestSide || size.height() > greatestSide)
+        return {};
+    if (!size.isEmpty()) {
+        // The reader scales before it turns, so the target is told in unturned terms.
+        const QSize box = turnsSideways(reader) ? within.transposed() : within;
+        const QSize fitted = size.scaled(box, Qt::KeepAspectRatio);
+        if (fitted.width() < size.width())
+            reader.setScaledSize(fitted.expandedTo(QSize(1, 1)));
+    }
+    QImage picture = reader.read();
+    if (picture.isNull())
+        return {};
+    if (picture.width() > within.width() || picture.height() > within.height())
+        picture = picture.scaled(within, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    if (picture.colorSpace().isValid() && picture.colorSpace() != QColorSpace(QColorSpace::SRgb))
+        picture.convertToColorSpace(QColorSpace(QColorSpace::SRgb));
+    return picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+} // namespace corvelle
