@@ -1,0 +1,282 @@
+#include "disk/DiskPass.h"
+
+#include "disk/DiskScan.h"
+#include "platform/FileFacts.h"
+#include "platform/FileTypes.h"
+#include "platform/PictureFacts.h"
+#include "platform/Volume.h"
+#include "store/Schema.h"
+
+#include <QFile>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+// A row as far as a pass needs it.
+struct Row
+{
+    QString id, parentID, path;
+    bool folder = false, file = false, deleted = false;
+    std::optional<quint64> fileID;
+    std::optional<qint64> size;
+    std::optional<double> modified;
+};
+
+Result<std::vector<Row>> readRows(SQLite& connection)
+{
+    return connection.query(
+        "SELECT id, parent_id, kind, path, deleted_at, file_id, byte_size, file_modified FROM nodes", {},
+        [](const SQLRow& row) {
+            Row result;
+            result.id = row.text(0);
+            result.parentID = row.text(1);
+            const QByteArrayView kind = row.utf8(2);
+            result.folder = kind == "folder";
+            result.file = !result.folder && kind != "page" && kind != "link";
+            result.path = row.text(3);
+            result.deleted = !row.isNull(4);
+            if (const auto id = row.optionalInteger(5))
+                result.fileID = static_cast<quint64>(*id);
+            result.size = row.optionalInteger(6);
+            result.modified = row.date(7);
+            return result;
+        });
+}
+
+// Which rows are in the Trash, themselves or by a folder above them.
+class TrashTest
+{
+public:
+    explicit TrashTest(const std::vector<Row>& rows)
+        : m_rows(rows)
+        , m_known(rows.size(), Unknown)
+    {
+        m_places.reserve(static_cast<qsizetype>(rows.size()));
+        for (size_t i = 0; i < rows.size(); ++i)
+            if (rows[i].folder)
+                m_places.insert(rows[i].id, i);
+    }
+
+    bool isInTrash(size_t row)
+    {
+        std::vector<size_t> chain;
+        State state = Live;
+        for (size_t at = row;;) {
+            if (m_known[at] != Unknown) {
+                state = m_known[at];
+                break;
+            }
+            chain.push_back(at);
+            if (m_rows[at].deleted) {
+                state = Trashed;
+                break;
+            }
+            m_known[at] = Live; // also ends a circle
+            const auto parent = m_places.constFind(m_rows[at].parentID);
+            if (parent == m_places.cend())
+                break;
+            at = *parent;
+        }
+        for (const size_t at : chain)
+            m_known[at] = state;
+        return state == Trashed;
+    }
+
+private:
+    enum State : char { Unknown, Live, Trashed };
+    const std::vector<Row>& m_rows;
+    std::vector<State> m_known;
+    QHash<QString, size_t> m_places;
+};
+
+bool liesIn(const QString& path, const QString& folder)
+{
+    return path.size() > folder.size() && path[folder.size()] == u'/' && path.startsWith(folder);
+}
+
+ArrivingItem arriving(const DiskPlan::Entry& entry)
+{
+    return {entry.path, entry.folder, entry.size, entry.modified, entry.inode};
+}
+
+// Adds the entry and, below a folder, all that was found there. What lies in a folder comes by name.
+void addWithContents(const DiskPlan::Scans& scans, const DiskPlan::Entry& top, std::vector<ArrivingItem>& items)
+{
+    std::vector<const DiskPlan::Entry*> waiting = {&top};
+    while (!waiting.empty()) {
+        const DiskPlan::Entry* entry = waiting.back();
+        waiting.pop_back();
+        items.push_back(arriving(*entry));
+        if (!entry->folder)
+            continue;
+        const auto list = scans.find(entry->path);
+        if (list == scans.end())
+            continue;
+        const size_t first = waiting.size();
+        for (const DiskPlan::Entry& child : list->second)
+            if (!child.generated)
+                waiting.push_back(&child);
+        // The stack gives the last one first.
+        std::sort(waiting.begin() + static_cast<std::ptrdiff_t>(first), waiting.end(),
+            [](const auto* left, const auto* right) { return left->path > right->path; });
+    }
+}
+
+struct SpaceFolders
+{
+    QStringList all;     // of the table
+    QStringList scanned; // those that are there
+};
+
+Result<std::vector<std::pair<QString, QString>>> readSpaces(SQLite& connection)
+{
+    return connection.query("SELECT id, folder FROM spaces ORDER BY created_at", {},
+        [](const SQLRow& row) { return std::pair(row.text(0), row.text(1)); });
+}
+
+// Whether the space's folder is another one than the one we knew and has nothing in it: then a disk went away and left an
+// empty place behind, which says nothing about the files.
+bool isLeftBehind(SQLite& connection, const QString& spaceID, quint64 identity, bool isEmpty)
+{
+    const QString key = u"spaceFolder."_s + spaceID;
+    const QString seen = QString::number(identity);
+    const auto known = setting(connection, key);
+    if (known && *known != seen && isEmpty)
+        return true;
+    if (known != seen)
+        (void)setSetting(connection, key, seen);
+    return false;
+}
+
+// The top folders that a pass may judge, scanned.
+Result<DiskPlan::Scans> scanSpaces(SQLite& connection, const QString& root,
+    QHash<QString, QString>& folders, NameCase nameCase, std::stop_token stop)
+{
+    const auto spaces = readSpaces(connection);
+    if (!spaces)
+        return spaces.failure();
+    DiskPlan::Scans scans;
+    for (const auto& [id, folder] : *spaces) {
+        const auto facts = fileFacts(QFile::encodeName(root + u'/' + folder));
+        if (!facts || facts->kind != FileFacts::Kind::Folder)
+            continue;
+        auto found = DiskPlan::scanTree(root, std::span(&folder, 1), stop);
+        const auto top = found.find(folder);
+        if (top == found.end() || isLeftBehind(connection, id, facts->identity, top->second.empty()))
+            continue;
+        folders.insert(pathKey(folder, nameCase), QString());
+        scans.merge(found);
+    }
+    return scans;
+}
+
+// Folders that came may be where missing things went: only they come in now, and nothing is taken for gone before the next
+// look.
+void bringFoldersFirst(DiskPass& pass)
+{
+    std::erase_if(pass.arriving, [](const ArrivingItem& item) { return !item.folder; });
+    std::erase_if(pass.actions,
+        [](const DiskPlan::Action& action) { return std::holds_alternative<DiskPlan::Removed>(action); });
+    pass.lookAgain = true;
+}
+
+void measurePictures(DiskPass& pass, const QString& root)
+{
+    FileTypes types;
+    const auto measure = [&](const QString& id, const DiskPlan::Entry& entry) {
+        if (!entry.folder && types.mimeOf(lastComponent(entry.path)).startsWith(u"image/"))
+            if (const auto size = pictureSize(root + u'/' + entry.path))
+                pass.pictureSizes.insert(id, *size);
+    };
+    for (const DiskPlan::Action& action : pass.actions) {
+        if (const auto* change = std::get_if<DiskPlan::Changed>(&action))
+            measure(change->id, change->entry);
+        else if (const auto* move = std::get_if<DiskPlan::Moved>(&action))
+            measure(move->id, move->to);
+        else if (const auto* back = std::get_if<DiskPlan::Restored>(&action))
+            measure(back->id, back->to);
+    }
+}
+
+void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans)
+{
+    bool anyRemoved = false, anyNewFolder = false;
+    for (DiskPlan::Action& action : outcome.actions) {
+        if (const auto* added = std::get_if<DiskPlan::Added>(&action)) {
+            anyNewFolder |= added->entry.folder;
+            addWithContents(scans, added->entry, pass.arriving);
+            continue;
+        }
+        anyRemoved |= std::holds_alternative<DiskPlan::Removed>(action);
+        if (const auto* move = std::get_if<DiskPlan::Moved>(&action))
+            pass.lookAgain |= move->to.folder;
+        if (const auto* back = std::get_if<DiskPlan::Restored>(&action))
+            pass.lookAgain |= back->to.folder;
+        pass.actions.push_back(std::move(action));
+    }
+    if (anyRemoved && anyNewFolder)
+        bringFoldersFirst(pass);
+}
+
+} // namespace
+
+Result<DiskPass> lookAtDisk(const QString& root, std::stop_token stop)
+{
+    auto connection = SQLite::open(databasePath(root));
+    if (!connection)
+        return connection.failure();
+    DiskPass pass;
+    pass.nameCase = probeNameCase(hiddenFolder(root));
+
+    // The disk first: what is made between the two reads is then rather looked for again than taken for gone.
+    auto scans = scanSpaces(*connection, root, pass.folders, pass.nameCase, stop);
+    if (!scans)
+        return scans.failure();
+    const auto rows = readRows(*connection);
+    if (!rows)
+        return rows.failure();
+    const QStringList tops = [&] {
+        QStringList names;
+        for (const auto& [path, entries] : *scans)
+            if (!path.contains(u'/'))
+                names.append(path);
+        return names;
+    }();
+
+    TrashTest trash(*rows);
+    std::vector<DiskPlan::Known> known;
+    known.reserve(rows->size());
+    QHash<quint64, QString> trashed;
+    for (size_t i = 0; i < rows->size(); ++i) {
+        const Row& row = (*rows)[i];
+        if ((!row.folder && !row.file) || row.path.isEmpty() || row.path.startsWith(u'/'))
+            continue;
+        if (trash.isInTrash(i)) {
+            if (row.fileID)
+                trashed.insert(*row.fileID, row.id);
+            continue;
+        }
+        if (std::none_of(tops.begin(), tops.end(), [&](const QString& top) { return liesIn(row.path, top); }))
+            continue;
+        known.push_back({row.id, row.path, row.folder, row.fileID, row.size, row.modified});
+        if (row.folder)
+            pass.folders.insert(pathKey(row.path, pass.nameCase), row.id);
+    }
+    if (stop.stop_requested())
+        return Failure(u"stopped"_s);
+
+    const QSet<QString> folderKeys(pass.folders.keyBegin(), pass.folders.keyEnd());
+    takeOutcome(pass,
+        DiskPlan::compare(
+            *scans, known, trashed, folderKeys, DiskPlan::Pass::Structural, pass.nameCase),
+        *scans);
+    measurePictures(pass, root);
+    return pass;
+}
+
+} // namespace corvelle

@@ -1,0 +1,103 @@
+// Paints the canvas and turns pointer, wheel and key events into calls of its model.
+#pragma once
+
+#include "canvas/CanvasModel.h"
+#include "canvas/Gestures.h"
+#include "interface/canvas/FaceStore.h"
+#include "interface/canvas/FrameMeter.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <QWidget>
+
+#include <optional>
+
+namespace corvelle {
+
+class CanvasView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit CanvasView(CanvasModel& model, QWidget* parent = nullptr);
+    ~CanvasView() override;
+
+    void setScheme(Scheme scheme);
+    void setShowsDots(bool shows);
+
+    // Moves the camera there over time, at once where motion is reduced. Any new gesture ends it.
+    void glideTo(const Camera& camera);
+    bool isGliding() const { return m_glide.has_value(); }
+
+    // Whether every face in sight is drawn for the zoom that the camera rests at.
+    bool isSettled() const;
+
+    FrameMeter& frames() { return m_frames; }
+
+    // The percent of the zoom label: a glide tells its target from its start.
+    int shownZoomPercent() const;
+
+signals:
+    void zoomLabelChanged();
+    void painted();
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+
+private:
+    struct Glide
+    {
+        Camera from, to;
+        QElapsedTimer time;
+        int durationMs = 0;
+    };
+
+    void cameraChanged();
+    void tickGlide();
+    void stopGlide();
+    void wantFaces();
+    void paintCard(QPainter& painter, const PlacedCard& card);
+    void paintRings(QPainter& painter);
+    void paintFarHint(QPainter& painter);
+    QRectF cardOnScreen(const PlacedCard& card) const;
+    CardFace::Kind faceKind(const Node& node) const;
+    FaceRequest describe(const QString& key) const;
+    void setPointed(const QString& key);
+    void updateCard(const QString& key);
+    void callOffGestures();
+    bool zoomKey(QKeyEvent* event);
+    bool selectionKey(QKeyEvent* event);
+    const Palette& colors() const { return palette(m_scheme); }
+
+    CanvasModel& m_model;
+    FaceStore m_faces;
+    FrameMeter m_frames;
+    Scheme m_scheme = Scheme::Light;
+    bool m_showsDots = true;
+
+    std::optional<Glide> m_glide;
+    QTimer m_glideTick;
+    QTimer m_rest; // runs out when the camera has stood still for a moment
+
+    std::optional<PanGesture> m_pan;
+    std::optional<MarqueeGesture> m_marquee;
+    bool m_spaceHeld = false;
+    QString m_pressed; // the card whose plain press waits for its release
+    bool m_ignoresPress = false; // the rest of a double click
+    QString m_pointed;
+    double m_frameMs = 0; // work of the model since the last frame
+};
+
+} // namespace corvelle
