@@ -212,9 +212,9 @@ Height height(double dy1, double blur1, double light1, double dark1, double dy2,
         {{{dy1, blur1, rgb(night, dark1)}, {dy2, blur2, rgb(night, dark2)}}}};
 }
 
-const std::array<Height, 10>& heights()
+const std::array<Height, 12>& heights()
 {
-    static const std::array<Height, 10> table = {
+    static const std::array<Height, 12> table = {
         height(1, 2, 0.07, 0.34, 4, 14, 0.055, 0.26), // rest
         height(2, 4, 0.08, 0.38, 10, 26, 0.1, 0.4),   // hover
         height(1, 2, 0.02, 0.06, 10, 26, 0.075,
@@ -225,6 +225,8 @@ const std::array<Height, 10>& heights()
         height(2, 6, 0.08, 0.38, 24, 64, 0.2, 0.6),   // panel
         height(1, 3, 0.08, 0.36, 16, 48, 0.14, 0.46), // sheet
         height(0, 0, 0, 0, 2, 10, 0.22, 0.5),         // hint
+        height(0, 0, 0, 0, 1, 4, 0.14, 0.4),          // peek
+        height(0, 0, 0, 0, 2, 8, 0.1, 0.1),           // paper
         height(0, 0, 0, 0, 1, 2, 0.06, 0.2),          // far
     };
     return table;

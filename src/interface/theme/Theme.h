@@ -74,6 +74,8 @@ enum class Elevation : unsigned char {
     Panel,
     Sheet,
     Hint,
+    Peek,
+    Paper,
     Far
 };
 
