@@ -1,0 +1,145 @@
+#include "interface/theme/Fonts.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QTextLayout>
+
+#include <cmath>
+
+namespace corvelle {
+namespace {
+
+QStringList families(TypeFamily family)
+{
+    switch (family) {
+    case TypeFamily::Text:
+        return {QStringLiteral("Inter")};
+    case TypeFamily::Display:
+        return {QStringLiteral("Inter Display"), QStringLiteral("Inter")};
+    case TypeFamily::Mono:
+        return {QStringLiteral("JetBrains Mono"), QStringLiteral("DejaVu Sans Mono")};
+    case TypeFamily::Sheet:
+        return {QStringLiteral("Liberation Sans"), QStringLiteral("Inter")};
+    }
+    return {};
+}
+
+QFont fontOf(const TypeSpec& spec, int pixels)
+{
+    QFont font(families(spec.family));
+    font.setPixelSize(pixels);
+    font.setWeight(static_cast<QFont::Weight>(spec.weight));
+    // Without hinting letters stand at quarters of a pixel, and a text is as wide at one zoom as at
+    // the next.
+    font.setHintingPreference(QFont::PreferNoHinting);
+    if (spec.tracking != 0)
+        font.setLetterSpacing(QFont::AbsoluteSpacing, spec.tracking * pixels);
+    return font;
+}
+
+int wholePixels(double size)
+{
+    return std::max(1, static_cast<int>(std::lround(size)));
+}
+
+} // namespace
+
+QFont font(TypeStyle style, double scale)
+{
+    const TypeSpec& spec = typeSpec(style);
+    return fontOf(spec, wholePixels(spec.size * scale));
+}
+
+Lettering::Lettering(TypeStyle style, double scale)
+    : Lettering(typeSpec(style), scale)
+{}
+
+// A font of a fractional size comes out at the next whole one, so a font of whole pixels is drawn
+// through a scaled painter. The nearest size is taken because the rasteriser strengthens small
+// letters by the size of the font, not of the painter.
+Lettering::Lettering(const TypeSpec& spec, double scale)
+    : m_spec(spec)
+    , m_size(spec.size * scale)
+    , m_line(spec.line * scale)
+    , m_pixels(wholePixels(m_size))
+    , m_factor(m_size / m_pixels)
+    , m_font(fontOf(spec, m_pixels))
+{}
+
+double Lettering::width(const QString& text) const
+{
+    return QFontMetricsF(m_font).horizontalAdvance(text) * m_factor;
+}
+
+QString Lettering::elided(const QString& text, double width, Qt::TextElideMode mode) const
+{
+    return QFontMetricsF(m_font).elidedText(text, mode, width / m_factor);
+}
+
+std::vector<QString> Lettering::lines(const QString& text, double width, int most) const
+{
+    std::vector<QString> found;
+    if (text.isEmpty() || most < 1 || width <= 0)
+        return found;
+
+    QString separated = text;
+    separated.replace(u'\n', QChar::LineSeparator);
+    QTextLayout layout(separated, m_font);
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(width / m_factor);
+        const bool last = static_cast<int>(found.size()) + 1 == most;
+        const qsizetype end = line.textStart() + line.textLength();
+        if (last && end < separated.size()) {
+            found.push_back(elided(text.mid(line.textStart()).simplified(), width, Qt::ElideRight));
+            break;
+        }
+        found.push_back(text.mid(line.textStart(), line.textLength()).trimmed());
+        if (last)
+            break;
+    }
+    layout.endLayout();
+    return found;
+}
+
+double Lettering::baseline(double top, double lineHeight) const
+{
+    // The text is centred by the font's whole ascent and descent, so neighbouring sizes keep their
+    // optical middle.
+    const QFontMetricsF metrics(m_font);
+    const double ascent = std::round(metrics.ascent() * m_factor);
+    const double descent = std::round(metrics.descent() * m_factor);
+    return std::round(top + (lineHeight - ascent - descent) / 2 + ascent);
+}
+
+void Lettering::draw(QPainter& painter, QPointF start, const QString& text) const
+{
+    const QTransform& device = painter.deviceTransform();
+    const double deviceSize = m_size * std::hypot(device.m11(), device.m12());
+    const int pixels = wholePixels(deviceSize);
+    const double factor = m_size / pixels;
+
+    painter.save();
+    painter.setFont(pixels == m_pixels ? m_font : fontOf(m_spec, pixels));
+    painter.translate(start);
+    if (factor != 1)
+        painter.scale(factor, factor);
+    painter.drawText(QPointF(0, 0), text);
+    painter.restore();
+}
+
+void Lettering::draw(
+    QPainter& painter, const QRectF& box, Qt::Alignment horizontal, const QString& text) const
+{
+    double x = box.left();
+    if (horizontal & Qt::AlignRight)
+        x = box.right() - width(text);
+    else if (horizontal & Qt::AlignHCenter)
+        x = box.center().x() - width(text) / 2;
+    draw(painter, QPointF(x, baseline(box.top(), box.height())), text);
+}
+
+} // namespace corvelle
