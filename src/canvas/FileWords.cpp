@@ -72,7 +72,7 @@ QString sizeWords(qint64 bytes)
     QString number = QString::number(amount, 'f', decimals);
     if (number.endsWith(u".0"))
         number.chop(2);
-    return number + u' ' + units[unit];
+    return number + u' ' + units[unit].toString();
 }
 
 } // namespace corvelle
