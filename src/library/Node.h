@@ -1,6 +1,7 @@
 // The records of a library's tree, as they stand in the tables `nodes` and `spaces`.
 #pragma once
 
+#include "base/Clock.h"
 #include "base/NodeKind.h"
 
 #include <QString>
@@ -9,9 +10,6 @@
 #include <optional>
 
 namespace corvelle {
-
-// What a time that the table doesn't tell reads as.
-inline constexpr double distantPast = -62135769600.0;
 
 // One item. A null text stands for an absent optional one.
 struct Node

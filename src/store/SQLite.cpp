@@ -1,6 +1,7 @@
 #include "store/SQLite.h"
 
 #include "base/Text.h"
+#include "store/StatementCounter.h"
 
 #include <sqlite3.h>
 
@@ -96,6 +97,7 @@ void SQLStatement::Finalize::operator()(sqlite3_stmt* statement) const
 void SQLStatement::bind(std::span<const SQLValue> values)
 {
     sqlite3_stmt* statement = m_statement.get();
+    countStatement(sqlite3_stmt_readonly(statement));
     sqlite3_reset(statement);
     sqlite3_clear_bindings(statement);
     int position = 0;

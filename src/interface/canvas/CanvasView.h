@@ -79,7 +79,7 @@ private:
     void callOffGestures();
     bool zoomKey(QKeyEvent* event);
     bool selectionKey(QKeyEvent* event);
-    const Palette& colors() const { return palette(m_scheme); }
+    const Palette& colors() const { return corvelle::palette(m_scheme); }
 
     CanvasModel& m_model;
     FaceStore m_faces;
