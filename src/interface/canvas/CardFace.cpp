@@ -78,8 +78,10 @@ void drawSurface(const FaceBrush& brush, const CardFace& face)
     painter.setClipPath(outline);
     drawContent(brush, face);
     painter.restore();
-    strokeInside(
-        painter, brush.card, radius, face.missing ? missingPen(colors) : QPen(colors.hairline, 1));
+    // From far the line goes round the card, where it shows on the white of pages too.
+    const double out = far && !face.missing ? 1 : 0;
+    strokeInside(painter, brush.card.adjusted(-out, -out, out, out), radius + out,
+        face.missing ? missingPen(colors) : QPen(colors.hairline, 1));
 }
 
 // The way round a folder at a distance, as its stroker's outer edge.

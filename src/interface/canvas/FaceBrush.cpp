@@ -56,7 +56,10 @@ void FaceBrush::picture(const QRectF& box, const QImage& picture, Crop crop) con
     if (picture.isNull() || box.isEmpty())
         return;
     const double ratio = painter.device()->devicePixelRatio();
-    const QSizeF whole = QSizeF(picture.size()).scaled(box.size(), Qt::KeepAspectRatioByExpanding);
+    QSizeF whole = QSizeF(picture.size()).scaled(box.size(), Qt::KeepAspectRatioByExpanding);
+    if (crop == Crop::Below)
+        whole = QSizeF(box.width(), box.width() * picture.height() / picture.width());
+    const double shown = std::min(box.height(), whole.height());
     const QSize pixels = (whole * ratio).toSize().expandedTo({1, 1});
     // The painter itself looks at four pixels for each it makes, too few for a picture that
     // shrinks.
@@ -66,11 +69,11 @@ void FaceBrush::picture(const QRectF& box, const QImage& picture, Crop crop) con
             : picture;
 
     const QSizeF perPixel(fitting.width() / whole.width(), fitting.height() / whole.height());
-    const double over = crop == Crop::Top ? 0 : (whole.height() - box.height()) / 2;
+    const double over = crop != Crop::Middle ? 0 : (whole.height() - box.height()) / 2;
     const QRectF source((whole.width() - box.width()) / 2 * perPixel.width(),
-        over * perPixel.height(), box.width() * perPixel.width(), box.height() * perPixel.height());
+        over * perPixel.height(), box.width() * perPixel.width(), shown * perPixel.height());
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(box, fitting, source);
+    painter.drawImage(QRectF(box.topLeft(), QSizeF(box.width(), shown)), fitting, source);
 }
 
 void FaceBrush::hatch(const QRectF& box) const

@@ -42,17 +42,16 @@ struct FaceBrush
     void text(const Lettering& lettering, const QRectF& box, const QColor& color,
         const QString& text, Qt::TextElideMode mode = Qt::ElideRight) const;
 
-    // Fills the box with the picture; what doesn't fit is cut off at both ends, or only below.
-    enum class Crop : unsigned char { Middle, Top };
+    // Middle and Top fill the box, and cut off what doesn't fit at both ends or below. Below keeps
+    // the picture's width and leaves the rest of the box as it is when the picture is too short.
+    enum class Crop : unsigned char { Middle, Top, Below };
     void picture(const QRectF& box, const QImage& picture, Crop crop = Crop::Middle) const;
 
     // Slanted hairlines over areas whose picture is not there.
     void hatch(const QRectF& box) const;
 };
 
-// Below this size text is drawn as bars.
-inline constexpr double leastTextPixels = 8;
-// What titles keep when only they are words.
+// Titles never get smaller while they are words.
 inline constexpr double leastTitlePixels = 11;
 
 void drawFolderFace(const FaceBrush& brush, const CardFace& face);

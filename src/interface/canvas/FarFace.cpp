@@ -65,14 +65,14 @@ void drawPage(const FaceBrush& brush, const CardFace& face)
     const Lettering lettering(TypeStyle::FarPageTitle);
     brush.text(lettering, QRectF(inner.left(), inner.top(), inner.width(), lettering.lineHeight()),
         brush.colors.ink, face.title);
-    // As many bars as the page has lines, as long as these are, up to what the card takes.
-    constexpr double unitsPerBar = 26;
+    // The bars of the page's lines, as they would break.
+    constexpr double unitsPerBar = 30, shortest = 0.3;
+    constexpr std::size_t most = 7;
     std::vector<double> shares;
     for (const CardFace::Line& line : face.lines) {
-        if (shares.size() == 7)
-            break;
-        shares.push_back(
-            std::clamp(static_cast<double>(line.text.size()) / unitsPerBar, 0.25, 1.0));
+        for (double rest = static_cast<double>(line.text.size()) / unitsPerBar;
+             rest > 0 && shares.size() < most; rest -= 1)
+            shares.push_back(rest > 1 ? 0.96 : std::max(shortest, rest));
     }
     drawBars(brush, inner.adjusted(0, lettering.lineHeight() + 4, 0, 0), shares,
         faint(brush.colors.ink4, 0.42F));
@@ -99,7 +99,7 @@ void drawFile(const FaceBrush& brush, const CardFace& face)
         } else {
             brush.picture(
                 QRectF(paper.topLeft(), QSizeF(paper.width(), field.bottom() - paper.top())),
-                face.picture, FaceBrush::Crop::Top);
+                face.picture, FaceBrush::Crop::Below);
         }
     }
     painter.restore();

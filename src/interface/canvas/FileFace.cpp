@@ -74,7 +74,7 @@ double drawPaper(const FaceBrush& brush, double insetPt, double topPt, const QIm
     if (picture.isNull())
         drawBars(brush, paper);
     else
-        brush.picture(paper, picture, FaceBrush::Crop::Top);
+        brush.picture(paper, picture, FaceBrush::Crop::Below);
     if (brush.isDark())
         brush.fill(paper, QColor(16, 21, 24, 26)); // white is too loud on a dark ground
     return topPt + height;

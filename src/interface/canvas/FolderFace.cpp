@@ -95,7 +95,7 @@ private:
         case Peek::Kind::File:
             if (pictured)
                 m_brush.picture(
-                    at(0, 0, peekWidthPt, peekHeightPt), peek.picture, FaceBrush::Crop::Top);
+                    at(0, 0, peekWidthPt, peekHeightPt), peek.picture, FaceBrush::Crop::Below);
             else
                 drawBars({30, 44, 40, 43, 34, 42, 38}, 8);
             break;
@@ -127,7 +127,8 @@ private:
         for (const double width : {34, 28, 32, 24, 30}) {
             m_brush.painter.setPen(QPen(m_brush.colors.ink4, m_brush.px(1)));
             m_brush.painter.setBrush(Qt::NoBrush);
-            m_brush.painter.drawRoundedRect(at(8.5, y + 0.5, 4, 4), m_brush.px(1), m_brush.px(1));
+            m_brush.painter.drawRoundedRect(
+                at(8.5, y + 0.5, 4, 4), m_brush.px(0.5), m_brush.px(0.5));
             m_brush.bar(at(16, y + 1.3, width, 2.4), 0.5);
             y += 8.6;
         }
@@ -167,13 +168,13 @@ void drawPeeks(const FaceBrush& brush, const std::vector<Peek>& peeks)
     const std::vector<PeekPlace> places = peekPlaces(count);
     for (std::size_t i = 0; i < count; ++i) {
         const PeekPlace& place = places[i];
-        const QPointF centre =
-            brush.box(place.x + peekWidthPt / 2, place.y + peekHeightPt / 2, 0, 0).topLeft();
+        // Upright sheets stand on whole pixels, and tilted ones turn about such a place.
+        const QPointF corner = brush.sharp(place.x, place.y, 0, 0).topLeft();
+        const QPointF half(brush.px(peekWidthPt / 2), brush.px(peekHeightPt / 2));
         painter.save();
-        painter.translate(centre);
+        painter.translate(corner + half);
         painter.rotate(place.tilt);
-        PeekPainter(brush, {-brush.px(peekWidthPt / 2), -brush.px(peekHeightPt / 2)})
-            .draw(peeks[i]);
+        PeekPainter(brush, -half).draw(peeks[i]);
         painter.restore();
     }
     painter.restore();

@@ -122,7 +122,7 @@ private:
     void drawRow(
         Line::Kind kind, const Lettering& lettering, const QRectF& box, const QString& row) const
     {
-        if (m_brush.detail == Detail::Full && lettering.size() >= leastTextPixels) {
+        if (m_brush.detail == Detail::Full) {
             m_brush.painter.setPen(inkOf(kind, m_brush.colors));
             lettering.draw(m_brush.painter, box, Qt::AlignLeft, row);
             return;

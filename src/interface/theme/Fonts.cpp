@@ -42,6 +42,17 @@ int wholePixels(double size)
     return std::max(1, static_cast<int>(std::lround(size)));
 }
 
+// The rasteriser strengthens the stems of small letters, by the size of the font and not by that of
+// the painter. Dark ink needs that and takes the font that is nearest. Light ink spreads on a dark
+// ground by itself: it takes a larger font through a smaller scale.
+int fontPixels(double deviceSize, const QColor& ink)
+{
+    constexpr float light = 0.6F;
+    constexpr int larger = 3;
+    const bool spreads = ink.lightnessF() > light;
+    return wholePixels(deviceSize) * (spreads ? larger : 1);
+}
+
 } // namespace
 
 QFont font(TypeStyle style, double scale)
@@ -55,8 +66,7 @@ Lettering::Lettering(TypeStyle style, double scale)
 {}
 
 // A font of a fractional size comes out at the next whole one, so a font of whole pixels is drawn
-// through a scaled painter. The nearest size is taken because the rasteriser strengthens small
-// letters by the size of the font, not of the painter.
+// through a scaled painter.
 Lettering::Lettering(const TypeSpec& spec, double scale)
     : m_spec(spec)
     , m_size(spec.size * scale)
@@ -112,14 +122,14 @@ double Lettering::baseline(double top, double lineHeight) const
     const QFontMetricsF metrics(m_font);
     const double ascent = std::round(metrics.ascent() * m_factor);
     const double descent = std::round(metrics.descent() * m_factor);
-    return std::round(top + (lineHeight - ascent - descent) / 2 + ascent);
+    return std::round(top + std::floor((lineHeight - ascent - descent) / 2) + ascent);
 }
 
 void Lettering::draw(QPainter& painter, QPointF start, const QString& text) const
 {
     const QTransform& device = painter.deviceTransform();
-    const double deviceSize = m_size * std::hypot(device.m11(), device.m12());
-    const int pixels = wholePixels(deviceSize);
+    const int pixels =
+        fontPixels(m_size * std::hypot(device.m11(), device.m12()), painter.pen().color());
     const double factor = m_size / pixels;
 
     painter.save();
