@@ -1,0 +1,423 @@
+#include "app/Application.h"
+
+#include "app/KeyMigration.h"
+#include "app/Relaunch.h"
+#include "app/TestDriver.h"
+#include "base/Log.h"
+#include "interface/wording/Wording.h"
+#include "library/DataSteps.h"
+#include "platform/Desktop.h"
+#include "platform/KeyStore.h"
+
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QSocketNotifier>
+#include <QThread>
+#include <QUrl>
+#include <QWheelEvent>
+#include <QWindow>
+
+#include <csignal>
+#include <sys/socket.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+const QString libraryChangedMessage = u"app.corvelle.library-changed"_s;
+const QString showMessage = u"app.corvelle.show"_s;
+const QString openItemMessage = u"app.corvelle.open-item"_s;
+
+constexpr int handOverTries = 40; // the other copy may still be starting
+constexpr unsigned long handOverStepMs = 50;
+
+QString activationToken()
+{
+    const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+    return token.isEmpty() ? qEnvironmentVariable("DESKTOP_STARTUP_ID") : token;
+}
+
+// The write end of a socket pair that a signal handler may use.
+int signalSocket = -1;
+
+void onSignal(int)
+{
+    const char byte = 0;
+    (void)!::write(signalSocket, &byte, 1);
+}
+
+} // namespace
+
+bool TimedApplication::notify(QObject* receiver, QEvent* event)
+{
+    if (m_depth > 0)
+        return QApplication::notify(receiver, event);
+    QElapsedTimer time;
+    time.start();
+    ++m_depth;
+    const bool result = QApplication::notify(receiver, event);
+    --m_depth;
+    m_longestMs = std::max(m_longestMs, static_cast<double>(time.nsecsElapsed()) / 1e6);
+    return result;
+}
+
+Application::Application(TimedApplication& toolkit, LaunchOptions options, LibraryPlace place,
+    std::future<LibraryOpening> opening)
+    : m_toolkit(toolkit)
+    , m_options(std::move(options))
+    , m_opening(std::move(opening))
+    , m_library(std::move(place), OpenMode::Application)
+    , m_canvas(m_library)
+    , m_diskSync(m_library)
+    , m_bus(std::make_unique<MessageBus>())
+    , m_background(u"corvelle.background"_s)
+{}
+
+Application::~Application() = default;
+
+// ---- start ----
+
+bool Application::handOver()
+{
+    if (m_options.itemID.isEmpty())
+        return false;
+    m_opened = m_opening.get();
+    if (!m_opened->heldBy)
+        return false;
+    const BusMessage message{openItemMessage, m_options.itemID, activationToken()};
+    for (int i = 0; i < handOverTries; ++i) {
+        if (m_bus->send(message, *m_opened->heldBy))
+            return true;
+        QThread::msleep(handOverStepMs);
+    }
+    return false;
+}
+
+void Application::start()
+{
+    watchSignals();
+    m_window = std::make_unique<MainWindow>(m_canvas, m_options.showsScratchNote());
+    m_window->canvasView().setShowsDots(m_defaults.showsDots());
+    if (m_options.probeMs)
+        m_window->canvasView().frames().setSlowLimit(*m_options.probeMs);
+    if (m_options.size)
+        m_window->setContentSize(*m_options.size);
+    if (m_options.background)
+        m_window->setAttribute(Qt::WA_ShowWithoutActivating);
+    connect(m_window.get(), &MainWindow::closed, this, &Application::quit);
+    connect(m_window.get(), &MainWindow::switchLibraryWanted, this, &Application::chooseLibrary);
+    connect(&m_canvas, &CanvasModel::openItem, this, &Application::openItem);
+    connect(m_bus.get(), &MessageBus::received, this, &Application::received);
+
+    if (!m_options.driverFile.isEmpty())
+        m_driver = std::make_unique<TestDriver>(*this, m_options.driverFile);
+    if (!m_options.isUnderTest())
+        m_background.async([] {
+            migrateKey(keysFilePath(),
+                [](const QString& key) { return saveKey(u"ANTHROPIC_API_KEY"_s, key); });
+        });
+
+    m_library.open(m_opened ? std::move(*m_opened) : m_opening.get());
+    m_opened.reset();
+    m_window->show();
+    libraryOpened();
+}
+
+void Application::libraryOpened()
+{
+    if (!m_library.isOpen()) {
+        tellProblem();
+        return;
+    }
+    // After the first picture, which shows what the table says.
+    QTimer::singleShot(0, this, &Application::startServices);
+    if (!m_started) {
+        m_started = true;
+        m_canvas.open(m_options.folder);
+        openAddressed(m_options.itemID);
+    }
+}
+
+void Application::startServices()
+{
+    m_background.async([root = m_library.root()] {
+        if (auto connection = SQLite::open(databasePath(root)))
+            runDataSteps(*connection);
+    });
+    m_diskSync.start();
+}
+
+// ---- problems at the opening ----
+
+void Application::tellProblem()
+{
+    if (m_options.background) {
+        if (m_library.heldBy())
+            quit();
+        return;
+    }
+    if (m_library.heldBy())
+        tellSecondCopy();
+    else if (m_library.isMissingFolder())
+        tellMissing();
+    else
+        tellFailed();
+}
+
+void Application::tellSecondCopy()
+{
+    m_window->showAlert({u"“%1” is already open"_s.arg(m_library.name()),
+                            u"Another copy of Corvelle has this library open. A library opens in one copy at a time, so neither "
+                            u"saves over the other’s changes. This copy will close and show you that one."_s,
+                            {{u"Show Other Copy"_s, AlertButton::Role::Default}}},
+        [this](int) {
+            if (*m_library.heldBy() >= 1)
+                m_bus->send({showMessage, {}, activationToken()}, *m_library.heldBy());
+            quit();
+        });
+}
+
+void Application::tellMissing()
+{
+    const QString parent = QFileInfo(m_library.place().root).absolutePath();
+    m_window->showAlert({u"Can’t find the library “%1”"_s.arg(m_library.name()),
+                            u"It was in %1. It may have been renamed or moved in Finder, or be on a disk that isn’t connected. "
+                            u"Nothing in it has changed."_s.arg(parent),
+                            {{u"Choose Library…"_s, AlertButton::Role::Default}, {u"Try Again"_s, AlertButton::Role::Other},
+                                {u"Back to Corvelle Library"_s, AlertButton::Role::WayOut}}},
+        [this](int button) {
+            if (button == 0)
+                chooseLibrary();
+            else if (button == 1)
+                tryAgain();
+            else
+                switchTo(defaultLibrary());
+        });
+}
+
+void Application::tellFailed()
+{
+    m_window->showAlert({u"Couldn’t open the library “%1”"_s.arg(m_library.name()),
+                            u"Corvelle couldn’t read it, or couldn’t save in its folder: its data may be damaged, or the folder "
+                            u"may not allow changes. Nothing in it has changed."_s,
+                            {{u"Choose Library…"_s, AlertButton::Role::Default}, {u"Show in Finder"_s, AlertButton::Role::Other},
+                                {u"Quit"_s, AlertButton::Role::WayOut}}},
+        [this](int button) {
+            if (button == 0) {
+                chooseLibrary();
+            } else if (button == 1) {
+                showInFileManager(m_library.place().root);
+                tellFailed();
+            } else {
+                quit();
+            }
+        });
+}
+
+void Application::tryAgain()
+{
+    const LibraryPlace place = m_library.place();
+    if (isMissing(place)) {
+        tellMissing();
+        return;
+    }
+    m_library.open(openLibrary(place, OpenMode::Application, m_library.takeLock()));
+    libraryOpened();
+}
+
+void Application::chooseLibrary()
+{
+    auto* dialog = new QFileDialog(m_window.get(), shown(u"Choose a library folder, or make an empty one for a new library."_s));
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    dialog->setLabelText(QFileDialog::Accept, u"Open Library"_s);
+    dialog->setDirectory(QFileInfo(m_library.place().root).absolutePath());
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QFileDialog::fileSelected, this, &Application::switchTo);
+    connect(dialog, &QFileDialog::rejected, this, [this] {
+        if (!m_library.isOpen())
+            tellProblem();
+    });
+    dialog->open();
+}
+
+void Application::tellNotALibrary(const QString& folder)
+{
+    m_window->showAlert({u"“%1” isn’t a library"_s.arg(QFileInfo(folder).fileName()),
+                            u"Choose an empty folder to start a new library, or one you’ve opened as a library before. A new "
+                            u"library can bring in files from this folder with Corvelle ▸ Onboarding."_s,
+                            {{u"Choose Another…"_s, AlertButton::Role::Default}, {u"Cancel"_s, AlertButton::Role::WayOut}}},
+        [this](int button) {
+            if (button == 0)
+                chooseLibrary();
+            else if (!m_library.isOpen())
+                tellProblem();
+        });
+}
+
+void Application::switchTo(const QString& folder)
+{
+    const QString chosen = expandedPath(folder);
+    if (m_library.isOpen() && QFileInfo(chosen).canonicalFilePath() == m_library.root())
+        return;
+    if (!passesLibraryTest(chosen)) {
+        tellNotALibrary(chosen);
+        return;
+    }
+    m_pendingRelaunch = chosen == defaultLibrary() ? QString() : chosen;
+    quit();
+}
+
+// ---- stop ----
+
+void Application::quit()
+{
+    // A field that is being edited gives up focus first, so that its edit is committed.
+    if (QWidget* focused = QApplication::focusWidget())
+        focused->clearFocus();
+    relaunchIfPending();
+    QCoreApplication::quit();
+}
+
+void Application::relaunchIfPending()
+{
+    if (!m_pendingRelaunch)
+        return;
+    m_defaults.setLibraryPath(*m_pendingRelaunch);
+    m_pendingRelaunch.reset();
+    relaunch(m_options.background);
+}
+
+void Application::watchSignals()
+{
+    int sockets[2] = {};
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0)
+        return;
+    signalSocket = sockets[0];
+    auto* notifier = new QSocketNotifier(sockets[1], QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
+        notifier->setEnabled(false);
+        quit();
+    });
+    struct sigaction action = {};
+    action.sa_handler = onSignal;
+    action.sa_flags = SA_RESTART;
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+        ::sigaction(signal, &action, nullptr);
+}
+
+// ---- other programs ----
+
+void Application::received(const BusMessage& message)
+{
+    if (message.name == libraryChangedMessage) {
+        if (message.object.isEmpty() || message.object == m_library.root())
+            m_library.reload();
+    } else if (message.name == showMessage) {
+        bringToFront(message.token);
+    } else if (message.name == openItemMessage) {
+        bringToFront(message.token);
+        openAddressed(message.object);
+    }
+}
+
+void Application::bringToFront(const QString& token)
+{
+    // Where the window system wants a token for this, the toolkit takes it from here.
+    if (!token.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+    m_window->setWindowState(m_window->windowState() & ~Qt::WindowMinimized);
+    m_window->show();
+    m_window->raise();
+    m_window->activateWindow();
+}
+
+void Application::openAddressed(const QString& id)
+{
+    const Node* node = m_library.node(id);
+    if (!node || m_library.isInTrash(id))
+        return;
+    if (node->kind == NodeKind::Folder) {
+        m_canvas.open(id);
+        return;
+    }
+    m_canvas.open(node->parentID);
+    m_canvas.select({id});
+    openItem(id);
+}
+
+void Application::openItem(const QString& id)
+{
+    const Node* node = m_library.node(id);
+    if (!node)
+        return;
+    QUrl target;
+    if (node->kind == NodeKind::File)
+        target = QUrl::fromLocalFile(m_library.filePath(*node));
+    else if (node->kind == NodeKind::Link)
+        target = QUrl(node->url);
+    if (target.isEmpty())
+        return;
+    if (!QDesktopServices::openUrl(target))
+        m_library.fail(u"Couldn’t open “%1”: no application on this Mac opens it."_s.arg(node->title));
+}
+
+void Application::closeOverlay()
+{
+    m_window->closeAlert();
+}
+
+// ---- for the test driver ----
+
+QStringList Application::busyWith() const
+{
+    QStringList busy;
+    if (!m_diskSync.isIdle())
+        busy.append(u"disk"_s);
+    if (m_library.isReloading())
+        busy.append(u"reload"_s);
+    if (!m_background.isIdle())
+        busy.append(u"upkeep"_s);
+    if (!m_window->canvasView().isSettled())
+        busy.append(u"cards"_s);
+    return busy;
+}
+
+void Application::postKey(int key, Qt::KeyboardModifiers modifiers, const QString& text)
+{
+    QWidget* focused = QApplication::focusWidget();
+    QObject* target = focused ? static_cast<QObject*>(focused) : m_window.get();
+    QString typed = text;
+    if (typed.isEmpty() && !(modifiers & ~Qt::ShiftModifier) && key < 0x80)
+        typed = QChar(key).toLower();
+    QCoreApplication::postEvent(target, new QKeyEvent(QEvent::KeyPress, key, modifiers, typed));
+    QCoreApplication::postEvent(target, new QKeyEvent(QEvent::KeyRelease, key, modifiers, typed));
+}
+
+void Application::postMouse(
+    QEvent::Type type, QPointF at, Qt::MouseButton button, Qt::KeyboardModifiers modifiers)
+{
+    if (type == QEvent::MouseButtonRelease)
+        m_buttonsHeld &= ~Qt::MouseButtons(button);
+    else if (type != QEvent::MouseMove)
+        m_buttonsHeld |= button;
+    QWindow* window = m_window->windowHandle();
+    QCoreApplication::postEvent(
+        window, new QMouseEvent(type, at, window->mapToGlobal(at), button, m_buttonsHeld, modifiers));
+}
+
+void Application::postWheel(QPointF at, QPoint pixels, QPoint angle, Qt::KeyboardModifiers modifiers)
+{
+    QWindow* window = m_window->windowHandle();
+    QCoreApplication::postEvent(window,
+        new QWheelEvent(at, window->mapToGlobal(at), pixels, angle, m_buttonsHeld, modifiers,
+            Qt::NoScrollPhase, false));
+}
+
+} // namespace corvelle
