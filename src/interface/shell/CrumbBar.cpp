@@ -1,0 +1,147 @@
+#include "interface/shell/CrumbBar.h"
+
+#include "interface/theme/Fonts.h"
+#include "interface/widgets/BarButton.h"
+#include "interface/widgets/Look.h"
+
+#include <QHBoxLayout>
+#include <QKeySequence>
+#include <QPainter>
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+constexpr double widestCrumb = 200; // pixels of a title
+constexpr int barHeight = 44;
+constexpr size_t leastCrumbs = 1; // the place where one is always shows
+
+// A hairline between groups, or the small sign between crumbs.
+class Divider : public QWidget
+{
+public:
+    enum class Kind { Line, Chevron };
+
+    Divider(Kind kind, QWidget* parent)
+        : QWidget(parent)
+        , m_kind(kind)
+    {
+        setFixedSize(kind == Kind::Line ? 11 : 16, 32);
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        const Palette& colors = corvelle::palette(schemeOf(*this));
+        if (m_kind == Kind::Line)
+            painter.fillRect(QRect(5, 6, 1, 20), colors.hairline);
+        else
+            drawIcon(painter, Icon::ChevronRight, QRectF(2, 10, 12, 12), colors.ink4);
+    }
+
+private:
+    const Kind m_kind;
+};
+
+QString shownTitle(const QString& title)
+{
+    return Lettering(TypeStyle::Label).elided(title, widestCrumb, Qt::ElideMiddle);
+}
+
+} // namespace
+
+CrumbBar::CrumbBar(CanvasModel& model, QWidget* parent)
+    : GlassPanel(Fill::Glass, radius::bar, parent)
+    , m_model(model)
+    , m_back(new BarButton(Icon::Back, u"Back"_s, this))
+    , m_forward(new BarButton(Icon::Forward, u"Forward"_s, this))
+    , m_row(new QHBoxLayout(this))
+{
+    setAccessibleName(u"Where you are"_s);
+    m_row->setContentsMargins(6, 6, 6, 6);
+    m_row->setSpacing(0);
+    m_row->addWidget(m_back);
+    m_row->addWidget(m_forward);
+    m_row->addWidget(new Divider(Divider::Kind::Line, this));
+    m_back->setName(u"Back"_s, QKeySequence(u"Alt+Left"_s).toString(QKeySequence::NativeText));
+    m_forward->setName(u"Forward"_s, QKeySequence(u"Alt+Right"_s).toString(QKeySequence::NativeText));
+    connect(m_back, &QAbstractButton::clicked, &model, &CanvasModel::goBack);
+    connect(m_forward, &QAbstractButton::clicked, &model, &CanvasModel::goForward);
+    connect(&model, &CanvasModel::folderChanged, this, &CrumbBar::rebuild);
+    connect(&model.library(), &Library::treeChanged, this, [this](const TreeChange& change) {
+        const auto crumbs = m_model.crumbs();
+        if (change.everything || std::any_of(crumbs.begin(), crumbs.end(),
+                [&](const QString& id) { return change.nodes.contains(id); }))
+            rebuild();
+    });
+    rebuild();
+}
+
+void CrumbBar::setMostWidth(int pixels)
+{
+    if (pixels == m_mostWidth)
+        return;
+    m_mostWidth = pixels;
+    rebuild();
+}
+
+void CrumbBar::rebuild()
+{
+    m_back->setEnabled(m_model.canGoBack());
+    m_forward->setEnabled(m_model.canGoForward());
+    const std::vector<QString> path = m_model.crumbs();
+
+    // Leave out from the top until it fits.
+    for (size_t left = 0; left == 0 || left + leastCrumbs <= path.size(); ++left) {
+        for (QWidget* crumb : m_crumbs) {
+            m_row->removeWidget(crumb);
+            crumb->hide();
+            crumb->deleteLater();
+        }
+        m_crumbs.clear();
+        addCrumb({}, u"Home"_s, path.empty());
+        if (left > 0)
+            addEllipsis(path[left - 1], m_model.library().node(path[left - 1])->title);
+        for (size_t i = left; i < path.size(); ++i)
+            addCrumb(path[i], m_model.library().node(path[i])->title, i + 1 == path.size());
+        if (m_row->sizeHint().width() <= m_mostWidth)
+            break;
+    }
+    setFixedSize(m_row->sizeHint().width(), barHeight);
+    emit resized();
+}
+
+void CrumbBar::addCrumb(const QString& id, const QString& title, bool isHere)
+{
+    if (!m_crumbs.empty()) {
+        auto* divider = new Divider(Divider::Kind::Chevron, this);
+        m_row->addWidget(divider);
+        divider->show();
+        m_crumbs.push_back(divider);
+    }
+    auto* crumb = new BarButton(shownTitle(title), this, BarButton::Form::Crumb);
+    if (id.isEmpty()) {
+        crumb->setSign(Icon::Home);
+        crumb->setSignSize(18);
+        if (!isHere)
+            crumb->setText({});
+    }
+    crumb->setAccessibleName(title);
+    crumb->setHere(isHere);
+    connect(crumb, &QAbstractButton::clicked, &m_model, [this, id] { m_model.open(id); });
+    m_row->addWidget(crumb);
+    crumb->show();
+    m_crumbs.push_back(crumb);
+}
+
+void CrumbBar::addEllipsis(const QString& target, const QString& name)
+{
+    addCrumb(target, u"…"_s, false);
+    m_crumbs.back()->setAccessibleName(name);
+}
+
+} // namespace corvelle

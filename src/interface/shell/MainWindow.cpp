@@ -1,0 +1,243 @@
+#include "interface/shell/MainWindow.h"
+
+#include "interface/shell/CanvasNotes.h"
+#include "interface/shell/CrumbBar.h"
+#include "interface/shell/ZoomBar.h"
+#include "interface/theme/Shadows.h"
+#include "interface/widgets/Look.h"
+#include "interface/wording/Wording.h"
+
+#include <QCloseEvent>
+#include <QContextMenuEvent>
+#include <QGuiApplication>
+#include <QLocale>
+#include <QMenu>
+#include <QScreen>
+#include <QShortcut>
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+constexpr QSize firstSize(1440, 900);
+constexpr QSize leastSize(760, 480);
+constexpr int edge = 16;         // of the chrome from the window's sides and top
+constexpr int bottomEdge = 20;   // and from its lower edge
+constexpr int emptyNoteTop = 330; // of 900: a little above the middle
+constexpr double keyZoomFactor = 1.2;
+
+} // namespace
+
+MainWindow::MainWindow(CanvasModel& model, bool showsScratchNote)
+    : m_model(model)
+    , m_crumbs(new CrumbBar(model, this))
+    , m_canvas(new CanvasView(model, this))
+    , m_zoom(new ZoomBar(this))
+    , m_empty(new EmptyNote(this))
+    , m_progress(new LineNote(LineNote::Tone::Inverse, this))
+{
+    setWindowTitle(u"Corvelle"_s);
+    setMinimumSize(leastSize);
+    resize(firstSize);
+    m_canvas->lower();
+    m_toasts = new ToastStack(*this);
+    m_toasts->setBottom(bottomEdge + edge);
+    if (showsScratchNote) {
+        m_scratch = new LineNote(LineNote::Tone::Quiet, this);
+        m_scratch->setWords(u"Test copy · scratch library"_s);
+    }
+    m_progress->hide();
+    setTabOrder(m_crumbs, m_canvas);
+    setTabOrder(m_canvas, m_zoom);
+
+    Library& library = model.library();
+    connect(&model, &CanvasModel::cardsChanged, this, &MainWindow::updateEmptyNote);
+    connect(&library, &Library::loadErrorChanged, this, &MainWindow::updateEmptyNote);
+    connect(&library, &Library::importProgressChanged, this, &MainWindow::updateProgress);
+    connect(&library, &Library::failed, this, [this](const QString& message) {
+        m_toasts->show({u"failure"_s, Icon::Alert, shown(message), {}, {}});
+    });
+    connect(m_crumbs, &CrumbBar::resized, this, &MainWindow::layOut);
+    connect(m_canvas, &CanvasView::zoomLabelChanged, this,
+        [this] { m_zoom->setPercent(m_canvas->shownZoomPercent()); });
+    connect(m_zoom, &ZoomBar::zoomInWanted, this, [this] { zoomBy(keyZoomFactor); });
+    connect(m_zoom, &ZoomBar::zoomOutWanted, this, [this] { zoomBy(1 / keyZoomFactor); });
+    m_zoom->setPercent(m_canvas->shownZoomPercent());
+
+    addShortcuts();
+    takeScheme();
+    updateEmptyNote();
+    m_canvas->setFocus();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::addShortcuts()
+{
+    const auto add = [this](const QKeySequence& key, auto act) {
+        connect(new QShortcut(key, this), &QShortcut::activated, this, act);
+    };
+    add(u"Alt+Left"_s, [this] { m_model.goBack(); });
+    add(u"Alt+Right"_s, [this] { m_model.goForward(); });
+    add(u"Alt+Home"_s, [this] { m_model.goHome(); });
+    add(u"Ctrl+Shift+O"_s, [this] { emit switchLibraryWanted(); });
+    add(QKeySequence::Quit, [this] { close(); });
+}
+
+void MainWindow::setContentSize(QSize size)
+{
+    setMinimumSize(leastSize.boundedTo(size));
+    resize(size);
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        move(screen->availableGeometry().center() - QPoint(size.width() / 2, size.height() / 2));
+}
+
+// ---- layout ----
+
+void MainWindow::layOut()
+{
+    m_canvas->setGeometry(rect());
+    m_crumbs->setMostWidth(width() - 2 * edge);
+    m_crumbs->move(edge, edge);
+    m_zoom->move(width() - edge - m_zoom->width(), height() - bottomEdge - m_zoom->height());
+    m_empty->move((width() - m_empty->width()) / 2, height() * emptyNoteTop / firstSize.height());
+    const int reach = shadowReach(Elevation::Hint);
+    m_progress->move((width() - m_progress->width()) / 2, height() - bottomEdge - m_progress->height() + reach);
+    if (m_scratch)
+        m_scratch->move(edge - reach, height() - bottomEdge - m_scratch->height() + reach);
+}
+
+void MainWindow::resizeEvent(QResizeEvent*)
+{
+    layOut();
+}
+
+void MainWindow::updateEmptyNote()
+{
+    m_empty->setVisible(m_model.library().isOpen() && m_model.cards().empty());
+}
+
+void MainWindow::updateProgress()
+{
+    const auto& progress = m_model.library().importProgress();
+    m_progress->setVisible(progress.has_value());
+    if (!progress)
+        return;
+    const QLocale english(QLocale::English);
+    const QString done = english.toString(progress->done);
+    m_progress->setWords(progress->total
+            ? u"Bringing in %1 of %2 items"_s.arg(done, english.toString(*progress->total))
+            : u"Bringing in %1 items"_s.arg(done));
+    layOut();
+}
+
+// ---- light and dark ----
+
+void MainWindow::takeScheme()
+{
+    m_canvas->setScheme(schemeOf(*this));
+}
+
+void MainWindow::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::PaletteChange)
+        takeScheme();
+    QWidget::changeEvent(event);
+}
+
+// ---- acts ----
+
+void MainWindow::zoomBy(double factor)
+{
+    const Camera& camera = m_model.camera();
+    const QPointF centre(m_canvas->width() / 2.0, m_canvas->height() / 2.0);
+    m_canvas->glideTo(zoomedAt(camera, camera.zoom * factor, centre, m_model.viewport()));
+}
+
+void MainWindow::contextMenuEvent(QContextMenuEvent* event)
+{
+    if (m_alertPanel)
+        return;
+    QMenu menu(this);
+    auto* shownMenu = new QMenu(this);
+    shownMenu->setAttribute(Qt::WA_DeleteOnClose);
+    shownMenu->addAction(
+        u"Switch Library…"_s, QKeySequence(u"Ctrl+Shift+O"_s), this, [this] { emit switchLibraryWanted(); });
+    shownMenu->popup(event->globalPos());
+}
+
+void MainWindow::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::BackButton)
+        m_model.goBack();
+    else if (event->button() == Qt::ForwardButton)
+        m_model.goForward();
+    else
+        QWidget::mousePressEvent(event);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    event->accept();
+    emit closed();
+}
+
+// ---- alerts ----
+
+void MainWindow::showAlert(const Alert& alert, std::function<void(int)> chosen)
+{
+    closeAlert();
+    Alert words = alert;
+    words.title = shown(words.title);
+    words.text = shown(words.text);
+    for (Alert::Answer& answer : words.answers)
+        answer.words = shown(answer.words);
+    m_alert = words;
+    m_alertPanel = new AlertPanel(words, *this);
+    connect(m_alertPanel, &AlertPanel::chosen, this, [this, chosen = std::move(chosen)](int answer) {
+        m_alert.reset();
+        m_alertPanel.clear();
+        m_canvas->setFocus();
+        chosen(answer);
+    });
+}
+
+void MainWindow::closeAlert()
+{
+    if (m_alertPanel)
+        m_alertPanel->deleteLater();
+    m_alertPanel.clear();
+    m_alert.reset();
+}
+
+// ---- for scripts ----
+
+QJsonArray MainWindow::toastsJson() const
+{
+    QJsonArray list;
+    const auto text = [](const QString& words) { return words.isEmpty() ? QJsonValue() : QJsonValue(words); };
+    for (const auto& standing : m_toasts->model().toasts()) {
+        const Toast& toast = standing.toast;
+        list.append(QJsonObject{{u"key"_s, text(toast.key)}, {u"text"_s, toast.text}, {u"detail"_s, text(toast.detail)},
+            {u"button"_s, text(toast.action)},
+            {u"icon"_s, toast.icon ? QJsonValue(static_cast<int>(*toast.icon)) : QJsonValue()}});
+    }
+    if (m_progress->isVisible())
+        list.append(QJsonObject{{u"key"_s, u"arrivals"_s}, {u"text"_s, m_progress->words()}, {u"detail"_s, QJsonValue()},
+            {u"button"_s, QJsonValue()}, {u"icon"_s, QJsonValue()}});
+    return list;
+}
+
+std::optional<QJsonObject> MainWindow::alertJson() const
+{
+    if (!m_alert)
+        return std::nullopt;
+    QJsonArray buttons;
+    for (const Alert::Answer& answer : m_alert->answers)
+        buttons.append(answer.words);
+    return QJsonObject{{u"title"_s, m_alert->title}, {u"text"_s, m_alert->text}, {u"buttons"_s, buttons}};
+}
+
+} // namespace corvelle

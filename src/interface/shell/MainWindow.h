@@ -1,0 +1,76 @@
+// The one window: the canvas, and the chrome that floats over it.
+#pragma once
+
+#include "canvas/CanvasModel.h"
+#include "interface/canvas/CanvasView.h"
+#include "interface/widgets/AlertPanel.h"
+#include "interface/widgets/ToastStack.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QPointer>
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+
+namespace corvelle {
+
+class CrumbBar;
+class EmptyNote;
+class LineNote;
+class ZoomBar;
+
+class MainWindow : public QWidget
+{
+    Q_OBJECT
+
+public:
+    MainWindow(CanvasModel& model, bool showsScratchNote);
+    ~MainWindow() override;
+
+    // Sizes the window's content and centres the window on its screen.
+    void setContentSize(QSize size);
+
+    CanvasView& canvasView() { return *m_canvas; }
+
+    // Shows the alert over all else; `chosen` gets the number of the answer. One alert at a time: a newer one takes its place.
+    void showAlert(const Alert& alert, std::function<void(int)> chosen);
+    void closeAlert();
+
+    // What a script sees of the toasts and of the alert.
+    QJsonArray toastsJson() const;
+    std::optional<QJsonObject> alertJson() const;
+
+signals:
+    void closed();
+    void switchLibraryWanted();
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+
+private:
+    void addShortcuts();
+    void layOut();
+    void takeScheme();
+    void updateEmptyNote();
+    void updateProgress();
+    void zoomBy(double factor);
+
+    CanvasModel& m_model;
+    CrumbBar* m_crumbs;
+    CanvasView* m_canvas;
+    ZoomBar* m_zoom;
+    EmptyNote* m_empty;
+    LineNote* m_progress;
+    LineNote* m_scratch = nullptr;
+    ToastStack* m_toasts = nullptr;
+    QPointer<AlertPanel> m_alertPanel;
+    std::optional<Alert> m_alert; // while its panel shows
+};
+
+} // namespace corvelle
