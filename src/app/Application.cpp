@@ -175,7 +175,7 @@ void Application::tellSecondCopy()
     m_window->showAlert({u"“%1” is already open"_s.arg(m_library.name()),
                             u"Another copy of Corvelle has this library open. A library opens in one copy at a time, so neither "
                             u"saves over the other’s changes. This copy will close and show you that one."_s,
-                            {{u"Show Other Copy"_s, AlertButton::Role::Default}}},
+                            {{u"Show Other Copy"_s, Alert::Role::Likely}}},
         [this](int) {
             if (*m_library.heldBy() >= 1)
                 m_bus->send({showMessage, {}, activationToken()}, *m_library.heldBy());
@@ -189,15 +189,15 @@ void Application::tellMissing()
     m_window->showAlert({u"Can’t find the library “%1”"_s.arg(m_library.name()),
                             u"It was in %1. It may have been renamed or moved in Finder, or be on a disk that isn’t connected. "
                             u"Nothing in it has changed."_s.arg(parent),
-                            {{u"Choose Library…"_s, AlertButton::Role::Default}, {u"Try Again"_s, AlertButton::Role::Other},
-                                {u"Back to Corvelle Library"_s, AlertButton::Role::WayOut}}},
-        [this](int button) {
-            if (button == 0)
-                chooseLibrary();
-            else if (button == 1)
+                            {{u"Back to Corvelle Library"_s, Alert::Role::WayOut}, {u"Try Again"_s, Alert::Role::Other},
+                                {u"Choose Library…"_s, Alert::Role::Likely}}},
+        [this](int answer) {
+            if (answer == 0)
+                switchTo(defaultLibrary());
+            else if (answer == 1)
                 tryAgain();
             else
-                switchTo(defaultLibrary());
+                chooseLibrary();
         });
 }
 
@@ -206,16 +206,16 @@ void Application::tellFailed()
     m_window->showAlert({u"Couldn’t open the library “%1”"_s.arg(m_library.name()),
                             u"Corvelle couldn’t read it, or couldn’t save in its folder: its data may be damaged, or the folder "
                             u"may not allow changes. Nothing in it has changed."_s,
-                            {{u"Choose Library…"_s, AlertButton::Role::Default}, {u"Show in Finder"_s, AlertButton::Role::Other},
-                                {u"Quit"_s, AlertButton::Role::WayOut}}},
-        [this](int button) {
-            if (button == 0) {
-                chooseLibrary();
-            } else if (button == 1) {
+                            {{u"Quit"_s, Alert::Role::WayOut}, {u"Show in Finder"_s, Alert::Role::Other},
+                                {u"Choose Library…"_s, Alert::Role::Likely}}},
+        [this](int answer) {
+            if (answer == 0) {
+                quit();
+            } else if (answer == 1) {
                 showInFileManager(m_library.place().root);
                 tellFailed();
             } else {
-                quit();
+                chooseLibrary();
             }
         });
 }
@@ -252,9 +252,9 @@ void Application::tellNotALibrary(const QString& folder)
     m_window->showAlert({u"“%1” isn’t a library"_s.arg(QFileInfo(folder).fileName()),
                             u"Choose an empty folder to start a new library, or one you’ve opened as a library before. A new "
                             u"library can bring in files from this folder with Corvelle ▸ Onboarding."_s,
-                            {{u"Choose Another…"_s, AlertButton::Role::Default}, {u"Cancel"_s, AlertButton::Role::WayOut}}},
-        [this](int button) {
-            if (button == 0)
+                            {{u"Cancel"_s, Alert::Role::WayOut}, {u"Choose Another…"_s, Alert::Role::Likely}}},
+        [this](int answer) {
+            if (answer == 1)
                 chooseLibrary();
             else if (!m_library.isOpen())
                 tellProblem();
@@ -392,7 +392,7 @@ QStringList Application::busyWith() const
 void Application::postKey(int key, Qt::KeyboardModifiers modifiers, const QString& text)
 {
     QWidget* focused = QApplication::focusWidget();
-    QObject* target = focused ? static_cast<QObject*>(focused) : m_window.get();
+    QObject* target = focused ? focused : &m_window->canvasView();
     QString typed = text;
     if (typed.isEmpty() && !(modifiers & ~Qt::ShiftModifier) && key < 0x80)
         typed = QChar(key).toLower();

@@ -19,13 +19,57 @@ QPainterPath rounded(const QRectF& box, double radius)
     return path;
 }
 
-// A hairline inside the edge, where it doesn't depend on what lies below the card.
+// A translucent line downward. The toolkit hands a fill of many rows to other threads and waits for
+// them, which takes longer than the whole card; short pieces it fills at once.
+void fillColumn(
+    QPainter& painter, double x, double top, double bottom, double width, const QColor& color)
+{
+    constexpr double mostRows = 64;
+    const double step = std::floor(mostRows / painter.device()->devicePixelRatio());
+    for (double y = top; y < bottom; y += step)
+        painter.fillRect(QRectF(x, y, width, std::min(step, bottom - y)), color);
+}
+
+// A hairline inside the edge. Its sides are filled boxes and only its corners are curves: stroking
+// the whole outline costs ten times as much.
+void drawHairline(QPainter& painter, const QRectF& box, double radius, const QColor& color)
+{
+    constexpr double width = 1;
+    // The curves end on whole pixels, so that no piece overlaps another.
+    const double r = std::ceil(std::max(width, radius));
+    painter.fillRect(QRectF(box.left() + r, box.top(), box.width() - 2 * r, width), color);
+    painter.fillRect(
+        QRectF(box.left() + r, box.bottom() - width, box.width() - 2 * r, width), color);
+    fillColumn(painter, box.left(), box.top() + r, box.bottom() - r, width, color);
+    fillColumn(painter, box.right() - width, box.top() + r, box.bottom() - r, width, color);
+
+    const QRectF corners[] = {{box.left(), box.top(), r, r}, {box.right() - r, box.top(), r, r},
+        {box.right() - r, box.bottom() - r, r, r}, {box.left(), box.bottom() - r, r, r}};
+    const QPainterPath ring =
+        rounded(box, radius) - rounded(box.adjusted(width, width, -width, -width), radius - width);
+    for (const QRectF& corner : corners) {
+        painter.save();
+        painter.setClipRect(corner, Qt::IntersectClip);
+        painter.fillPath(ring, color);
+        painter.restore();
+    }
+}
+
 void strokeInside(QPainter& painter, const QRectF& box, double radius, const QPen& pen)
 {
     const double half = pen.widthF() / 2;
     painter.setPen(pen);
     painter.setBrush(Qt::NoBrush);
     painter.drawRoundedRect(box.adjusted(half, half, -half, -half), radius - half, radius - half);
+}
+
+// The colour that a translucent one gives on an opaque one.
+QColor over(const QColor& below, const QColor& above)
+{
+    const float share = above.alphaF();
+    const auto mix = [share](float a, float b) { return a + (b - a) * share; };
+    return QColor::fromRgbF(mix(below.redF(), above.redF()), mix(below.greenF(), above.greenF()),
+        mix(below.blueF(), above.blueF()));
 }
 
 QPen missingPen(const Palette& colors)
@@ -78,10 +122,13 @@ void drawSurface(const FaceBrush& brush, const CardFace& face)
     painter.setClipPath(outline);
     drawContent(brush, face);
     painter.restore();
+    if (face.missing) {
+        strokeInside(painter, brush.card, radius, missingPen(colors));
+        return;
+    }
     // From far the line goes round the card, where it shows on the white of pages too.
-    const double out = far && !face.missing ? 1 : 0;
-    strokeInside(painter, brush.card.adjusted(-out, -out, out, out), radius + out,
-        face.missing ? missingPen(colors) : QPen(colors.hairline, 1));
+    const double out = far ? 1 : 0;
+    drawHairline(painter, brush.card.adjusted(-out, -out, out, out), radius + out, colors.hairline);
 }
 
 // The way round a folder at a distance, as its stroker's outer edge.
@@ -171,10 +218,8 @@ void plainCard(QPainter& painter, const QRectF& card, CardFace::Kind kind, NodeC
     painter.setRenderHint(QPainter::Antialiasing);
     if (kind != CardFace::Kind::Folder) {
         const double radius = cornerRadius(kind, scale);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(colors.surface);
-        painter.drawRoundedRect(card, radius, radius);
-        strokeInside(painter, card, radius, QPen(colors.hairline, 1));
+        painter.fillPath(rounded(card, radius), over(colors.surface, colors.hairline));
+        painter.fillPath(rounded(card.adjusted(1, 1, -1, -1), radius - 1), colors.surface);
         return;
     }
     const NodeTones& tones = colors.tones(color);
@@ -241,7 +286,7 @@ void paintHover(QPainter& painter, const QRectF& card, CardFace::Kind kind, Node
         painter.fillPath(rounded(button, radius), QColor(255, 255, 255, dark ? 31 : 140));
         drawIcon(painter, Icon::More, sign, dark ? colors.ink : colors.tones(color).ink);
     } else {
-        strokeInside(painter, card, cornerRadius(kind, scale), QPen(colors.hairline, 1));
+        drawHairline(painter, card, cornerRadius(kind, scale), colors.hairline);
         drawShadow(painter, button, radius, Elevation::Peek, colors.scheme);
         painter.fillPath(rounded(button.adjusted(-1, -1, 1, 1), radius + 1), colors.glassEdge);
         painter.fillPath(rounded(button, radius), colors.glass);
