@@ -1,6 +1,7 @@
 #include "disk/DiskScan.h"
 
 #include "support/Printing.h"
+#include "support/RefusedCall.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,11 +12,15 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <chrono>
 #include <climits>
 #include <filesystem>
+#include <thread>
 
 using namespace corvelle;
 using namespace corvelle::DiskPlan;
@@ -338,15 +343,37 @@ TEST_F(DiskScanTest, aFolderThatWentAwayIsLeftOutOfTheMap)
     EXPECT_TRUE(scanTree(root() + "/f", QStringList("")).empty());
 }
 
-TEST_F(DiskScanTest, aStoppedScanSaysNothing)
+TEST_F(DiskScanTest, aFolderOnAFailingDiskIsLeftOutOfTheMap)
 {
     givenFile("Space/a.txt");
-    std::stop_source source;
+    EXPECT_EXIT(
+        {
+            const bool isRefused = refuseCall(SYS_getdents64, EIO);
+            ::_exit(!isRefused ? 2 : tree({"Space"}).empty() && folders({"Space"}).empty() ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST_F(DiskScanTest, aStoppedScanSaysNothing)
+{
+    for (int i = 0; i < 200; ++i)
+        givenFolder(QString("Space/f%1").arg(i));
     const QStringList tops = {"Space"};
-    EXPECT_EQ(scanTree(root(), tops, source.get_token()).size(), 1u);
-    source.request_stop();
-    EXPECT_TRUE(scanTree(root(), tops, source.get_token()).empty());
-    EXPECT_TRUE(scanFolders(root(), tops, source.get_token()).empty());
+    const size_t whole = tree(tops).size();
+    ASSERT_EQ(whole, 201u);
+    for (int microseconds = 0; microseconds < 1000; microseconds += 20) {
+        std::stop_source source;
+        std::jthread stopper([&] {
+            std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
+            source.request_stop();
+        });
+        const size_t size = scanTree(root(), tops, source.get_token()).size();
+        EXPECT_TRUE(size == 0 || size == whole) << size;
+    }
+    std::stop_source stopped;
+    stopped.request_stop();
+    EXPECT_TRUE(scanTree(root(), tops, stopped.get_token()).empty());
+    EXPECT_TRUE(scanFolders(root(), tops, stopped.get_token()).empty());
 }
 
 TEST_F(DiskScanTest, planAndScanFollowAMoveOnTheRealDisk)
