@@ -10,7 +10,8 @@ namespace corvelle::DiskPlan {
 
 namespace {
 
-constexpr qsizetype longestPath = PATH_MAX - 1; // bytes of an absolute path that can still be opened
+// Bytes of an absolute path that can still be opened: the kernel counts the zero byte behind it.
+constexpr qsizetype longestPath = PATH_MAX - 1;
 
 bool isFolder(const FileFacts& facts)
 {
@@ -75,8 +76,8 @@ private:
     };
 
     std::optional<Listing> read(const QString& folder);
-    bool readChild(const Directory& directory, const QString& folder, qsizetype folderBytes, QByteArrayView name,
-        Listing& listing);
+    bool readChild(const Directory& directory, const QString& folder, qsizetype folderBytes,
+        QByteArrayView name, Listing& listing);
     Result<Directory> open(const QByteArray& folder) const;
     static bool isLoop(const std::vector<Visit>& visits, const Visit& visit);
 
@@ -96,6 +97,11 @@ Scan::Scan(const QString& root, std::stop_token stop)
 
 void Scan::list(const QString& folder)
 {
+    if (m_root && !folder.isEmpty()) {
+        const Result<std::optional<FileFacts>> found = m_root->facts(folder.toUtf8().constData());
+        if (!found || !*found || (*found)->mountTrigger)
+            return;
+    }
     if (std::optional<Listing> listing = read(folder))
         m_scans.insert_or_assign(folder, std::move(listing->entries));
 }
@@ -136,7 +142,8 @@ std::optional<Scan::Listing> Scan::read(const QString& folder)
         return std::nullopt;
     Listing listing;
     while (const auto name = directory->nextName())
-        if (m_stop.stop_requested() || !readChild(*directory, folder, folderBytes.size(), *name, listing))
+        if (m_stop.stop_requested() ||
+            !readChild(*directory, folder, folderBytes.size(), *name, listing))
             return std::nullopt;
     if (directory->isBroken())
         return std::nullopt;
@@ -145,8 +152,8 @@ std::optional<Scan::Listing> Scan::read(const QString& folder)
 
 // False when it can't be told whether the child is there: its folder then counts as not looked at, or everything in a
 // folder whose rights were taken away would seem deleted.
-bool Scan::readChild(const Directory& directory, const QString& folder, qsizetype folderBytes, QByteArrayView name,
-    Listing& listing)
+bool Scan::readChild(const Directory& directory, const QString& folder, qsizetype folderBytes,
+    QByteArrayView name, Listing& listing)
 {
     const std::optional<QString> text = nameText(name);
     if (!text) {
@@ -170,7 +177,8 @@ bool Scan::readChild(const Directory& directory, const QString& folder, qsizetyp
     if (entry.folder) {
         const Generated generated = generatedByName(*text);
         if (generated == Generated::IfMarked) {
-            const auto mark = directory.facts((name.toByteArray() + '/' + generatedMark).constData());
+            const auto mark =
+                directory.facts((name.toByteArray() + '/' + generatedMark).constData());
             entry.generated = mark && *mark && !isFolder(**mark);
         } else {
             entry.generated = generated == Generated::Yes;

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int openFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
 constexpr int stepFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-constexpr qsizetype recordBytes = 32 * 1024;
+constexpr qsizetype recordBytes = 32'768;
 
 // As the kernel lays out one entry; the C library has no declaration of it under this name.
 struct Record
@@ -39,8 +39,8 @@ Failure lastError()
 
 bool leadsUpward(const QByteArray& path)
 {
-    return path.startsWith('/') || path == ".." || path.startsWith("../") || path.endsWith("/..")
-        || path.contains("/../");
+    return path.startsWith('/') || path == ".." || path.startsWith("../") || path.endsWith("/..") ||
+           path.contains("/../");
 }
 
 // The same as openat2() with RESOLVE_BENEATH and RESOLVE_NO_SYMLINKS, for kernels and containers that refuse that call.

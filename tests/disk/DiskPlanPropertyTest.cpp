@@ -70,7 +70,10 @@ public:
 
 private:
     unsigned upTo(unsigned count) { return m_random() % count; }
-    const Entry& any() { return std::next(m_things.begin(), upTo(unsigned(m_things.size())))->second; }
+    const Entry& any()
+    {
+        return std::next(m_things.begin(), upTo(unsigned(m_things.size())))->second;
+    }
     QString anyFolder();
     QString anyName();
     void put(Entry thing);
@@ -159,7 +162,8 @@ QString Disk::rename(const QString& from, const QString& to)
     const bool isSamePlace = key(from) == key(to);
     if (from == "Space" || from == to || (!isSamePlace && isAtOrBelow(key(to), key(from))))
         return {};
-    if (target && !isSamePlace && (target->folder || source->folder || target->inode == source->inode))
+    if (target && !isSamePlace &&
+        (target->folder || source->folder || target->inode == source->inode))
         return {};
     std::vector<Entry> moving;
     for (const auto& [thingKey, thing] : m_things)
@@ -252,7 +256,8 @@ public:
 private:
     Known& node(const QString& id)
     {
-        return *std::find_if(m_nodes.begin(), m_nodes.end(), [&](const Known& node) { return node.id == id; });
+        return *std::find_if(
+            m_nodes.begin(), m_nodes.end(), [&](const Known& node) { return node.id == id; });
     }
 
     static void refresh(Known& node, const Entry& entry)
@@ -275,8 +280,8 @@ private:
         if (!top.folder)
             return;
         for (const auto& [key, thing] : m_disk.things())
-            if (key != m_disk.key(top.path) && isAtOrBelow(key, m_disk.key(top.path))
-                && !m_disk.isGenerated(thing.path))
+            if (key != m_disk.key(top.path) && isAtOrBelow(key, m_disk.key(top.path)) &&
+                !m_disk.isGenerated(thing.path))
                 add(thing);
     }
 
@@ -311,7 +316,8 @@ private:
     {
         const Known gone = node(action.id);
         std::erase_if(m_nodes, [&](const Known& one) {
-            const bool isGone = one.id == gone.id || (gone.folder && one.path.startsWith(gone.path + u'/'));
+            const bool isGone =
+                one.id == gone.id || (gone.folder && one.path.startsWith(gone.path + u'/'));
             if (isGone)
                 m_trashed.insert(*one.inode, one.id);
             return isGone;
@@ -375,8 +381,9 @@ std::map<QString, QString> idsToKeep(const Disk& disk, const Tree& tree)
         const QString& to = now[0]->path;
         const Entry* oldFolder = disk.at(parentPath(node.path));
         const bool isMove = !taken.contains(disk.key(to)) && !disk.at(node.path);
-        const bool isInSight = oldFolder && oldFolder->folder && folderKeys.contains(disk.key(parentPath(to)))
-            && !disk.isGenerated(to);
+        const bool isInSight = oldFolder && oldFolder->folder &&
+                               folderKeys.contains(disk.key(parentPath(to))) &&
+                               !disk.isGenerated(to);
         if (isMove && isInSight)
             ids[to] = node.id;
     }
@@ -392,7 +399,8 @@ int follow(Tree& tree, const Disk& disk, bool incrementalFirst)
         if (incrementalFirst) {
             const Outcome first = tree.plan(disk.scan(), Pass::Incremental);
             for (const Action& action : first.actions)
-                EXPECT_TRUE(std::holds_alternative<Changed>(action) || std::holds_alternative<Identity>(action));
+                EXPECT_TRUE(std::holds_alternative<Changed>(action) ||
+                            std::holds_alternative<Identity>(action));
             tree.carryOut(first.actions);
             folders = first.again;
         }

@@ -46,12 +46,30 @@ Known withoutSize(Known known)
     return known;
 }
 
-QString told(const Changed& action) { return "changed " + action.id + ' ' + action.entry.path; }
-QString told(const Identity& action) { return "identity " + action.id + ' ' + action.entry.path; }
-QString told(const Moved& action) { return "moved " + action.id + ' ' + action.to.path; }
-QString told(const Restored& action) { return "restored " + action.id + ' ' + action.to.path; }
-QString told(const Added& action) { return "added " + action.entry.path; }
-QString told(const Removed& action) { return "removed " + action.id; }
+QString told(const Changed& action)
+{
+    return "changed " + action.id + ' ' + action.entry.path;
+}
+QString told(const Identity& action)
+{
+    return "identity " + action.id + ' ' + action.entry.path;
+}
+QString told(const Moved& action)
+{
+    return "moved " + action.id + ' ' + action.to.path;
+}
+QString told(const Restored& action)
+{
+    return "restored " + action.id + ' ' + action.to.path;
+}
+QString told(const Added& action)
+{
+    return "added " + action.entry.path;
+}
+QString told(const Removed& action)
+{
+    return "removed " + action.id;
+}
 
 QStringList told(const std::vector<Action>& actions)
 {
@@ -118,23 +136,37 @@ TEST(DiskPlan, contentsThatChangedAreToldApartFromAnIdentityThatDid)
     const Entry seen = file("Space/a", 1, 10, 1000);
     const Known known = node("n", seen);
     const Known folderKnown = node("f", folder("Space/f", 5, 1000));
-    const struct { const char* what; Known known; Entry found; QStringList expected; } cases[] = {
+    const struct
+    {
+        const char* what;
+        Known known;
+        Entry found;
+        QStringList expected;
+    } cases[] = {
         {"nothing", known, seen, {}},
         {"another size", known, file("Space/a", 1, 11, 1000), {"changed n Space/a"}},
         {"a second later", known, file("Space/a", 1, 10, 1001), {}},
         {"a second earlier", known, file("Space/a", 1, 10, 999), {}},
-        {"a little more than a second later", known, file("Space/a", 1, 10, 1001.001), {"changed n Space/a"}},
-        {"a little more than a second earlier", known, file("Space/a", 1, 10, 998.999), {"changed n Space/a"}},
-        {"replaced by the same contents", known, file("Space/a", 2, 10, 1000.5), {"identity n Space/a"}},
+        {"a little more than a second later", known, file("Space/a", 1, 10, 1001.001),
+            {"changed n Space/a"}},
+        {"a little more than a second earlier", known, file("Space/a", 1, 10, 998.999),
+            {"changed n Space/a"}},
+        {"replaced by the same contents", known, file("Space/a", 2, 10, 1000.5),
+            {"identity n Space/a"}},
         {"replaced by others", known, file("Space/a", 2, 12, 1000), {"changed n Space/a"}},
-        {"no time stored", withoutTime(known), file("Space/a", 1, 99, 5000), {"identity n Space/a"}},
+        {"no time stored", withoutTime(known), file("Space/a", 1, 99, 5000),
+            {"identity n Space/a"}},
         {"no size stored", withoutSize(known), file("Space/a", 1, 99, 1000), {}},
-        {"no size stored, later", withoutSize(known), file("Space/a", 1, 99, 2000), {"changed n Space/a"}},
+        {"no size stored, later", withoutSize(known), file("Space/a", 1, 99, 2000),
+            {"changed n Space/a"}},
         {"nothing stored", neverSeen("n", seen), seen, {"identity n Space/a"}},
-        {"the time became unknown", known, file("Space/a", 1, 10, distantPast), {"changed n Space/a"}},
+        {"the time became unknown", known, file("Space/a", 1, 10, distantPast),
+            {"changed n Space/a"}},
         {"a folder's time", folderKnown, folder("Space/f", 5, 9000), {}},
-        {"a folder without a stored time", withoutTime(folderKnown), folder("Space/f", 5, 1000), {}},
-        {"another folder of this name", folderKnown, folder("Space/f", 6, 9000), {"identity f Space/f"}},
+        {"a folder without a stored time", withoutTime(folderKnown), folder("Space/f", 5, 1000),
+            {}},
+        {"another folder of this name", folderKnown, folder("Space/f", 6, 9000),
+            {"identity f Space/f"}},
     };
     for (const auto& c : cases)
         check({{c.what, {{"Space"}, {c.found}, {c.known}}, c.expected, c.expected}});
@@ -143,8 +175,7 @@ TEST(DiskPlan, contentsThatChangedAreToldApartFromAnIdentityThatDid)
 TEST(DiskPlan, aRenameOrMoveIsFollowedByIdentityInAStructuralPassOnly)
 {
     check({
-        {"a rename in place",
-            {{"Space"}, {file("Space/b", 1)}, {node("n", file("Space/a", 1))}},
+        {"a rename in place", {{"Space"}, {file("Space/b", 1)}, {node("n", file("Space/a", 1))}},
             {"moved n Space/b"}, {}, {"Space"}},
         {"a move to another folder",
             {{"Space", "Space/f"}, {folder("Space/f", 9), file("Space/f/a", 1)},
@@ -166,10 +197,12 @@ TEST(DiskPlan, aRenameOrMoveIsFollowedByIdentityInAStructuralPassOnly)
             {{"Space"}, {file("Space/b", 1)}, {node("f", folder("Space/a", 1))}},
             {"added Space/b", "removed f"}, {}, {"Space"}},
         {"two nodes of one file: the first gets it",
-            {{"Space"}, {file("Space/c", 1)}, {node("m", file("Space/b", 1)), node("n", file("Space/a", 1))}},
+            {{"Space"}, {file("Space/c", 1)},
+                {node("m", file("Space/b", 1)), node("n", file("Space/a", 1))}},
             {"moved m Space/c", "removed n"}, {}, {"Space"}},
         {"out of sight, into a folder without a node",
-            {{"Space", "Space/x"}, {folder("Space/x", 9), file("Space/x/a", 1)}, {node("n", file("Space/a", 1))}},
+            {{"Space", "Space/x"}, {folder("Space/x", 9), file("Space/x/a", 1)},
+                {node("n", file("Space/a", 1))}},
             {"added Space/x", "removed n"}, {}, {"Space"}},
     });
 }
@@ -177,8 +210,9 @@ TEST(DiskPlan, aRenameOrMoveIsFollowedByIdentityInAStructuralPassOnly)
 TEST(DiskPlan, hardLinksAreNeverMatched)
 {
     check({{"two new links to the file of a missing node",
-        {{"Space"}, {file("Space/c", 1), file("Space/b", 1)}, {node("n", file("Space/a", 1))}},
-        {"added Space/b", "added Space/c", "removed n"}, {}, {"Space"}},
+               {{"Space"}, {file("Space/c", 1), file("Space/b", 1)},
+                   {node("n", file("Space/a", 1))}},
+               {"added Space/b", "added Space/c", "removed n"}, {}, {"Space"}},
         {"three",
             {{"Space"}, {file("Space/c", 1), file("Space/b", 1), file("Space/d", 1)},
                 {node("n", file("Space/a", 1))}},
@@ -196,20 +230,21 @@ TEST(DiskPlan, aRenameInCaseIsAMoveWhereTheVolumeIgnoresCaseAndAnywhere)
         {"ignored: the contents come with the next pass",
             {{"Space"}, found, known, {}, {"Space"}, NameCase::Ignored},
             {"moved n Space/report.docx"}, {}, {"Space"}},
-        {"kept",
-            {{"Space"}, found, known}, {"moved n Space/report.docx"}, {}, {"Space"}},
+        {"kept", {{"Space"}, found, known}, {"moved n Space/report.docx"}, {}, {"Space"}},
         {"kept: both are there",
             {{"Space"}, {file("Space/report.docx", 2), file("Space/Report.DOCX", 1)}, known},
             {"added Space/report.docx"}, {}, {"Space"}},
         {"a parent in another case is no rename of the file",
-            {{"space"}, {file("space/Report.DOCX", 1)}, known, {}, {"Space"}, NameCase::Ignored}, {}},
+            {{"space"}, {file("space/Report.DOCX", 1)}, known, {}, {"Space"}, NameCase::Ignored},
+            {}},
         {"composition alone",
-            {{"Space"}, {file(QString("Space/u") + QChar(0x0308), 1)}, {node("n", file("Space/ü", 1))}, {},
-                {"Space"}, NameCase::Ignored},
+            {{"Space"}, {file(QString("Space/u") + QChar(0x0308), 1)},
+                {node("n", file("Space/ü", 1))}, {}, {"Space"}, NameCase::Ignored},
             {QString("moved n Space/u") + QChar(0x0308)}, {}, {"Space"}},
         {"of two entries with one key the later counts",
-            {{"Space"}, {file("Space/A", 1), file("Space/a", 2)}, {node("n", file("Space/a", 2))}, {},
-                {"Space"}, NameCase::Ignored}, {}},
+            {{"Space"}, {file("Space/A", 1), file("Space/a", 2)}, {node("n", file("Space/a", 2))},
+                {}, {"Space"}, NameCase::Ignored},
+            {}},
         {"a folder in Greek capitals is found again from what lies in it",
             {{"Space/ΟΔΟΣ"}, {file("Space/ΟΔΟΣ/b", 2)}, {node("n", file("Space/οδος/a", 1))}, {},
                 {"Space/οδος"}, NameCase::Ignored},
@@ -222,14 +257,14 @@ TEST(DiskPlan, onlyFoldersThatWereScannedSayAnything)
     check({
         {"a folder that couldn't be listed",
             {{"Space"}, {folder("Space/f", 9)},
-                {node("f", folder("Space/f", 9)), node("n", file("Space/f/a", 1))}}, {}},
+                {node("f", folder("Space/f", 9)), node("n", file("Space/f/a", 1))}},
+            {}},
         {"a folder that was empty",
             {{"Space", "Space/f"}, {folder("Space/f", 9)},
                 {node("f", folder("Space/f", 9)), node("n", file("Space/f/a", 1))}},
             {"removed n"}, {}, {"Space/f"}},
         {"nothing at all", {{}, {}, {node("n", file("Space/a", 1))}}, {}},
-        {"the root itself",
-            {{""}, {file("b", 2)}, {node("n", file("a", 1))}, {}, {""}},
+        {"the root itself", {{""}, {file("b", 2)}, {node("n", file("a", 1))}, {}, {""}},
             {"added b", "removed n"}, {}, {""}},
     });
 }
@@ -239,8 +274,8 @@ TEST(DiskPlan, aNewFolderStandsForWhatLiesInItAndGeneratedFoldersForNothing)
     check({
         {"by path, a folder first, and whatever lies in it not at all",
             {{"Space", "Space/f", "Space/f/g"},
-                {file("Space/z", 1), folder("Space/f", 2), file("Space/f/a", 3), folder("Space/f/g", 4),
-                    file("Space/a", 5)}},
+                {file("Space/z", 1), folder("Space/f", 2), file("Space/f/a", 3),
+                    folder("Space/f/g", 4), file("Space/a", 5)}},
             {"added Space/a", "added Space/f", "added Space/z"}, {}, {"Space"}},
         {"a generated folder", {{"Space"}, {generated("Space/node_modules", 2)}}, {}},
         {"a generated folder that has a node already",
@@ -249,7 +284,8 @@ TEST(DiskPlan, aNewFolderStandsForWhatLiesInItAndGeneratedFoldersForNothing)
             {{"Space"}, {generated("Space/Pods", 2)}, {node("f", folder("Space/Peas", 2))}},
             {"removed f"}, {}, {"Space"}},
         {"a file in place of a folder",
-            {{"Space"}, {file("Space/a", 3)}, {node("f", folder("Space/a", 2)), node("n", file("Space/a/b", 4))}},
+            {{"Space"}, {file("Space/a", 3)},
+                {node("f", folder("Space/a", 2)), node("n", file("Space/a/b", 4))}},
             {"added Space/a", "removed f"}, {}, {"Space"}},
     });
 }
@@ -258,7 +294,8 @@ TEST(DiskPlan, aNodeInTheTrashReturnsOnce)
 {
     const QHash<quint64, QString> trashed = {{1, "t"}};
     check({
-        {"in its place", {{"Space"}, {file("Space/a", 1)}, {}, trashed}, {"restored t Space/a"}, {}, {"Space"}},
+        {"in its place", {{"Space"}, {file("Space/a", 1)}, {}, trashed}, {"restored t Space/a"}, {},
+            {"Space"}},
         {"the first link by path, the others are new",
             {{"Space"}, {file("Space/c", 1), file("Space/a", 1), file("Space/b", 1)}, {}, trashed},
             {"restored t Space/a", "added Space/b", "added Space/c"}, {}, {"Space"}},
@@ -276,29 +313,32 @@ TEST(DiskPlan, theRemovalOfAFolderCoversWhatLayInIt)
     for (quint64 i = 0; i < 1000; ++i)
         look.known.push_back(node("n", file(QString("Space/f/g/%1").arg(i), 10 + i)));
     look.known.push_back(node("like", file("Space/f2", 5)));
-    EXPECT_EQ(told(look.compared(Pass::Structural).actions), QStringList({"removed f", "removed like"}));
+    EXPECT_EQ(
+        told(look.compared(Pass::Structural).actions), QStringList({"removed f", "removed like"}));
 }
 
 TEST(DiskPlan, actionsComeInTheOrderInWhichTheyAreCarriedOut)
 {
     const Look look{{"Space"},
-        {file("Space/new", 20), file("Space/back", 30), file("Space/to", 40), file("Space/same", 51),
-            file("Space/edited", 60, 99)},
+        {file("Space/new", 20), file("Space/back", 30), file("Space/to", 40),
+            file("Space/same", 51), file("Space/edited", 60, 99)},
         {node("gone", file("Space/gone", 10)), node("moved", file("Space/from", 40)),
             node("same", file("Space/same", 50)), node("edited", file("Space/edited", 60))},
         {{30, "back"}}};
     EXPECT_EQ(told(look.compared(Pass::Structural).actions),
-        QStringList({"identity same Space/same", "changed edited Space/edited", "moved moved Space/to",
-            "restored back Space/back", "added Space/new", "removed gone"}));
+        QStringList(
+            {"identity same Space/same", "changed edited Space/edited", "moved moved Space/to",
+                "restored back Space/back", "added Space/new", "removed gone"}));
 }
 
 TEST(DiskPlan, namesThatProgramsWorkUnderAreSkipped)
 {
-    for (const char* name : {".hidden", ".", "~$Report.docx", "notes.txt~", "~", "Icon\r", "a.sb-1234", "a.TMP",
-             "a.b.crdownload", "a.Download", "a.part", "a.partial", "#notes#", "4913"})
+    for (const char* name :
+        {".hidden", ".", "~$Report.docx", "notes.txt~", "~", "Icon\r", "a.sb-1234", "a.TMP",
+            "a.b.crdownload", "a.Download", "a.part", "a.partial", "#notes#", "4913"})
         EXPECT_TRUE(isSkippedName(QString(name))) << name;
-    for (const char* name : {"notes.txt", "~notes", "$~a", "Icon", "icon\r", "tmp", "part", "a.tmp.txt", "a.parts",
-             "a.tmp.", "#", "##", "#notes", "4914", "04913", "a.sb", ""})
+    for (const char* name : {"notes.txt", "~notes", "$~a", "Icon", "icon\r", "tmp", "part",
+             "a.tmp.txt", "a.parts", "a.tmp.", "#", "##", "#notes", "4914", "04913", "a.sb", ""})
         EXPECT_FALSE(isSkippedName(QString(name))) << name;
 }
 

@@ -50,7 +50,10 @@ protected:
         file.write(contents);
     }
 
-    void givenFolder(const QString& path) const { ASSERT_TRUE(QDir(root()).mkpath(path.isEmpty() ? "." : path)); }
+    void givenFolder(const QString& path) const
+    {
+        ASSERT_TRUE(QDir(root()).mkpath(path.isEmpty() ? "." : path));
+    }
 
     void givenLink(const char* name, const char* target) const
     {
@@ -60,7 +63,10 @@ protected:
     Scans tree(const QStringList& tops = {""}) const { return scanTree(root(), tops); }
     Scans folders(const QStringList& some) const { return scanFolders(root(), some); }
 
-    std::optional<Entry> entryAt(const QString& path) const { return entry(root() + u'/' + path, path); }
+    std::optional<Entry> entryAt(const QString& path) const
+    {
+        return entry(root() + u'/' + path, path);
+    }
 
 private:
     QTemporaryDir m_root;
@@ -265,16 +271,18 @@ TEST_F(DiskScanTest, generatedFoldersAreToldButNotEntered)
     EXPECT_EQ(shape(tree({"Space"})),
         "Space: Pods f/ g/ node_modules* venv*\nSpace/f: venv/\nSpace/f/venv: b.txt\n"
         "Space/g: venv/\nSpace/g/venv: pyvenv.cfg/\nSpace/g/venv/pyvenv.cfg: \n");
-    EXPECT_EQ(shape(folders({"Space/node_modules", "Space/node_modules/left", "Space/venv", "Space/venv/lib",
-                  "Space/f/venv"})),
+    EXPECT_EQ(shape(folders({"Space/node_modules", "Space/node_modules/left", "Space/venv",
+                  "Space/venv/lib", "Space/f/venv"})),
         "Space/f/venv: b.txt\n");
     EXPECT_TRUE(entryAt("Space/venv")->generated);
     EXPECT_FALSE(entryAt("Space/f/venv")->generated);
     EXPECT_FALSE(entryAt("Space/Pods")->generated);
 
-    for (const char* path : {"Space/node_modules", "Space/node_modules/left/index.js", "Space/venv/lib/none"})
+    for (const char* path :
+        {"Space/node_modules", "Space/node_modules/left/index.js", "Space/venv/lib/none"})
         EXPECT_TRUE(isInsideGenerated(path, root())) << path;
-    for (const char* path : {"", "Space", "Space/f/venv/b.txt", "Space/Node_modules/a", "node_modules2"})
+    for (const char* path :
+        {"", "Space", "Space/f/venv/b.txt", "Space/Node_modules/a", "node_modules2"})
         EXPECT_FALSE(isInsideGenerated(path, root())) << path;
 }
 
@@ -320,7 +328,8 @@ TEST_F(DiskScanTest, aFolderThatCannotBeReadIsLeftOutOfTheMap)
     givenFile("open/a.txt");
     ASSERT_EQ(::chmod(root().toUtf8().constData(), 0755), 0);
     ASSERT_EQ(::chmod(native("closed").constData(), 0), 0);
-    ASSERT_EQ(::chmod(native("names only").constData(), 0444), 0); // listed, but nothing in it can be looked at
+    // It can be listed, but nothing in it can be looked at.
+    ASSERT_EQ(::chmod(native("names only").constData(), 0444), 0);
     Scans scans;
     bool isOrdinary = false;
     {
@@ -386,7 +395,8 @@ TEST_F(DiskScanTest, planAndScanFollowAMoveOnTheRealDisk)
             known.push_back({one.path, one.path, one.folder, one.inode, one.size, one.modified});
     const QSet<QString> withNode = {"Space", "Space/f"};
     const auto planned = [&] {
-        return compare(tree({"Space"}), known, {}, withNode, Pass::Structural, NameCase::Kept).actions;
+        return compare(tree({"Space"}), known, {}, withNode, Pass::Structural, NameCase::Kept)
+            .actions;
     };
     EXPECT_TRUE(planned().empty());
 

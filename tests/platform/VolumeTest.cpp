@@ -34,7 +34,8 @@ TEST(Volume, theProbeIsRightAndLeavesNothingBehind)
 {
     const QTemporaryDir folder;
     EXPECT_EQ(probeNameCase(folder.path()), actual(folder));
-    EXPECT_TRUE(QDir(folder.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+    EXPECT_TRUE(
+        QDir(folder.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
     EXPECT_EQ(probeNameCase(folder.filePath("nothing")), NameCase::Kept);
 }
 
@@ -54,7 +55,8 @@ TEST(Volume, twoLinksToOneFileAreNotTakenForOneName)
 {
     const QTemporaryDir folder;
     givenFile(folder.filePath("a"));
-    if (::link(folder.filePath("a").toUtf8().constData(), folder.filePath("A").toUtf8().constData()) != 0)
+    if (::link(folder.filePath("a").toUtf8().constData(),
+            folder.filePath("A").toUtf8().constData()) != 0)
         GTEST_SKIP() << "this volume ignores case or has no links";
     EXPECT_EQ(lookUpNameCase(folder.path()), NameCase::Kept);
 }
