@@ -75,6 +75,7 @@ private:
         std::vector<Visit> inner; // the folders among them that may be entered
     };
 
+    std::optional<Visit> start(const QString& folder) const;
     std::optional<Listing> read(const QString& folder);
     bool readChild(const Directory& directory, const QString& folder, qsizetype folderBytes,
         QByteArrayView name, Listing& listing);
@@ -97,11 +98,8 @@ Scan::Scan(const QString& root, std::stop_token stop)
 
 void Scan::list(const QString& folder)
 {
-    if (m_root && !folder.isEmpty()) {
-        const Result<std::optional<FileFacts>> found = m_root->facts(folder.toUtf8().constData());
-        if (!found || !*found || (*found)->mountTrigger)
-            return;
-    }
+    if (!start(folder))
+        return;
     if (std::optional<Listing> listing = read(folder))
         m_scans.insert_or_assign(folder, std::move(listing->entries));
 }
@@ -109,7 +107,10 @@ void Scan::list(const QString& folder)
 // Level by level, so that neither the stack nor the number of open folders grows with the depth of the tree.
 void Scan::walk(const QString& topFolder)
 {
-    std::vector<Visit> visits = {Visit{topFolder}};
+    const std::optional<Visit> first = start(topFolder);
+    if (!first)
+        return;
+    std::vector<Visit> visits = {*first};
     for (size_t i = 0; i < visits.size() && !m_stop.stop_requested(); ++i) {
         std::optional<Listing> listing = read(visits[i].path);
         if (!listing)
@@ -132,6 +133,18 @@ Scans Scan::take()
     if (m_tooLong > 0)
         logLine(QString("disk scan: left out %1 paths that are too long to open").arg(m_tooLong));
     return std::move(m_scans);
+}
+
+// None where there is nothing to enter, or where entering would mount a disk.
+std::optional<Visit> Scan::start(const QString& folder) const
+{
+    if (!m_root)
+        return std::nullopt;
+    const QByteArray path = folder.isEmpty() ? QByteArray(".") : folder.toUtf8();
+    const Result<std::optional<FileFacts>> found = m_root->facts(path.constData());
+    if (!found || !*found || (*found)->mountTrigger)
+        return std::nullopt;
+    return Visit{folder, Visit::top, (*found)->identity, (*found)->device};
 }
 
 std::optional<Scan::Listing> Scan::read(const QString& folder)
