@@ -30,8 +30,8 @@ struct Place
 {
     QString key;
     const Entry* entry = nullptr;
-    std::optional<bool> nodeIsFolder = std::nullopt; // of the last node with this key; none without one
-    bool claimed = false;                            // a missing node has moved here
+    std::optional<bool> nodeIsFolder = {}; // of the last node with this key; none without one
+    bool claimed = false;                  // a missing node has moved here
 };
 
 struct Missing
@@ -126,7 +126,8 @@ void Comparison::lookAt(const Known& node, const Entry& entry)
         return;
     }
     const bool hasOtherSize = node.size && *node.size != entry.size;
-    const bool hasOtherTime = node.modified && std::abs(*node.modified - entry.modified) > timeTolerance;
+    const bool hasOtherTime =
+        node.modified && std::abs(*node.modified - entry.modified) > timeTolerance;
     if (!node.folder && node.modified && (hasOtherSize || hasOtherTime)) {
         outcome.actions.push_back(Changed{node.id, entry});
         return;
@@ -222,8 +223,9 @@ void Comparison::takeRemovals()
 
 } // namespace
 
-Outcome compare(const Scans& scans, std::span<const Known> known, const QHash<quint64, QString>& trashed,
-    const QSet<QString>& folders, Pass pass, NameCase nameCase)
+Outcome compare(const Scans& scans, std::span<const Known> known,
+    const QHash<quint64, QString>& trashed, const QSet<QString>& folders, Pass pass,
+    NameCase nameCase)
 {
     Comparison comparison(pass, nameCase);
     comparison.readScans(scans);
@@ -258,7 +260,8 @@ bool isSkippedName(QStringView name)
 
 Generated generatedByName(QStringView name)
 {
-    if (name == u"node_modules" || name == u"__pycache__" || name == u"Pods" || name == u"DerivedData")
+    if (name == u"node_modules" || name == u"__pycache__" || name == u"Pods" ||
+        name == u"DerivedData")
         return Generated::Yes;
     return name == u"venv" ? Generated::IfMarked : Generated::No;
 }

@@ -105,14 +105,15 @@ enum class Pass { Incremental, Structural };
 
 // `trashed` gives the node in the Trash for a file identity, `folders` holds the path keys of the folders that have a
 // node. Of the nodes only those count whose folder was scanned. Additions are told only for folders with a node.
-Outcome compare(const Scans& scans, std::span<const Known> known, const QHash<quint64, QString>& trashed,
-    const QSet<QString>& folders, Pass pass, NameCase nameCase);
+Outcome compare(const Scans& scans, std::span<const Known> known,
+    const QHash<quint64, QString>& trashed, const QSet<QString>& folders, Pass pass,
+    NameCase nameCase);
 
 // A name that no scan ever reports: hidden, or one under which programs keep what they are working on.
 bool isSkippedName(QStringView name);
 
-// Whether a folder of this name holds generated files.
-enum class Generated { No, Yes, IfMarked }; // IfMarked: if a file named generatedMark lies directly in it
+// Whether a folder of this name holds generated files; IfMarked: if a file named generatedMark lies directly in it.
+enum class Generated { No, Yes, IfMarked };
 inline constexpr char generatedMark[] = "pyvenv.cfg";
 Generated generatedByName(QStringView name);
 

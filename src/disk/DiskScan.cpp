@@ -10,7 +10,8 @@ namespace corvelle::DiskPlan {
 
 namespace {
 
-constexpr qsizetype longestPath = PATH_MAX - 1; // bytes of an absolute path that can still be opened
+// Bytes of an absolute path that can still be opened: the kernel counts the zero byte behind it.
+constexpr qsizetype longestPath = PATH_MAX - 1;
 
 bool isFolder(const FileFacts& facts)
 {
@@ -74,9 +75,10 @@ private:
         std::vector<Visit> inner; // the folders among them that may be entered
     };
 
+    std::optional<Visit> start(const QString& folder) const;
     std::optional<Listing> read(const QString& folder);
-    bool readChild(const Directory& directory, const QString& folder, qsizetype folderBytes, QByteArrayView name,
-        Listing& listing);
+    bool readChild(const Directory& directory, const QString& folder, qsizetype folderBytes,
+        QByteArrayView name, Listing& listing);
     Result<Directory> open(const QByteArray& folder) const;
     static bool isLoop(const std::vector<Visit>& visits, const Visit& visit);
 
@@ -96,6 +98,8 @@ Scan::Scan(const QString& root, std::stop_token stop)
 
 void Scan::list(const QString& folder)
 {
+    if (!start(folder))
+        return;
     if (std::optional<Listing> listing = read(folder))
         m_scans.insert_or_assign(folder, std::move(listing->entries));
 }
@@ -103,7 +107,10 @@ void Scan::list(const QString& folder)
 // Level by level, so that neither the stack nor the number of open folders grows with the depth of the tree.
 void Scan::walk(const QString& topFolder)
 {
-    std::vector<Visit> visits = {Visit{topFolder}};
+    const std::optional<Visit> first = start(topFolder);
+    if (!first)
+        return;
+    std::vector<Visit> visits = {*first};
     for (size_t i = 0; i < visits.size() && !m_stop.stop_requested(); ++i) {
         std::optional<Listing> listing = read(visits[i].path);
         if (!listing)
@@ -128,6 +135,18 @@ Scans Scan::take()
     return std::move(m_scans);
 }
 
+// None where there is nothing to enter, or where entering would mount a disk.
+std::optional<Visit> Scan::start(const QString& folder) const
+{
+    if (!m_root)
+        return std::nullopt;
+    const QByteArray path = folder.isEmpty() ? QByteArray(".") : folder.toUtf8();
+    const Result<std::optional<FileFacts>> found = m_root->facts(path.constData());
+    if (!found || !*found || (*found)->mountTrigger)
+        return std::nullopt;
+    return Visit{folder, Visit::top, (*found)->identity, (*found)->device};
+}
+
 std::optional<Scan::Listing> Scan::read(const QString& folder)
 {
     const QByteArray folderBytes = folder.toUtf8();
@@ -136,7 +155,8 @@ std::optional<Scan::Listing> Scan::read(const QString& folder)
         return std::nullopt;
     Listing listing;
     while (const auto name = directory->nextName())
-        if (m_stop.stop_requested() || !readChild(*directory, folder, folderBytes.size(), *name, listing))
+        if (m_stop.stop_requested() ||
+            !readChild(*directory, folder, folderBytes.size(), *name, listing))
             return std::nullopt;
     if (directory->isBroken())
         return std::nullopt;
@@ -145,8 +165,8 @@ std::optional<Scan::Listing> Scan::read(const QString& folder)
 
 // False when it can't be told whether the child is there: its folder then counts as not looked at, or everything in a
 // folder whose rights were taken away would seem deleted.
-bool Scan::readChild(const Directory& directory, const QString& folder, qsizetype folderBytes, QByteArrayView name,
-    Listing& listing)
+bool Scan::readChild(const Directory& directory, const QString& folder, qsizetype folderBytes,
+    QByteArrayView name, Listing& listing)
 {
     const std::optional<QString> text = nameText(name);
     if (!text) {
@@ -170,7 +190,8 @@ bool Scan::readChild(const Directory& directory, const QString& folder, qsizetyp
     if (entry.folder) {
         const Generated generated = generatedByName(*text);
         if (generated == Generated::IfMarked) {
-            const auto mark = directory.facts((name.toByteArray() + '/' + generatedMark).constData());
+            const auto mark =
+                directory.facts((name.toByteArray() + '/' + generatedMark).constData());
             entry.generated = mark && *mark && !isFolder(**mark);
         } else {
             entry.generated = generated == Generated::Yes;

@@ -24,7 +24,8 @@ Scans scanTree(const QString& root, std::span<const QString> folders, std::stop_
 enum class NameRules { Apply, Ignore };
 
 // The entry of one item, under the given relative path. None when it isn't there or is none of ours.
-std::optional<Entry> entry(const QString& absolutePath, const QString& path, NameRules rules = NameRules::Apply);
+std::optional<Entry> entry(
+    const QString& absolutePath, const QString& path, NameRules rules = NameRules::Apply);
 
 // Whether the folder at this absolute path, whose last component is `name`, holds generated files.
 bool isGeneratedFolder(QStringView name, const QString& absolutePath);

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int openFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
 constexpr int stepFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-constexpr qsizetype recordBytes = 32 * 1024;
+constexpr qsizetype recordBytes = 32'768;
 
 // As the kernel lays out one entry; the C library has no declaration of it under this name.
 struct Record
@@ -37,6 +37,12 @@ Failure lastError()
     return Failure(QString::fromLocal8Bit(std::strerror(errno)));
 }
 
+bool leadsUpward(const QByteArray& path)
+{
+    return path.startsWith('/') || path == ".." || path.startsWith("../") || path.endsWith("/..") ||
+           path.contains("/../");
+}
+
 // The same as openat2() with RESOLVE_BENEATH and RESOLVE_NO_SYMLINKS, for kernels and containers that refuse that call.
 int openStepByStep(int from, const QByteArray& relativePath)
 {
@@ -44,9 +50,8 @@ int openStepByStep(int from, const QByteArray& relativePath)
     const QList<QByteArray> names = relativePath.split('/');
     for (qsizetype i = 0; at >= 0 && i < names.size(); ++i) {
         const bool isLast = i + 1 == names.size();
-        const bool leavesUs = names[i].isEmpty() || names[i] == "..";
-        const int next = leavesUs ? -1 : ::openat(at, names[i].constData(), isLast ? openFlags : stepFlags);
-        const int error = leavesUs ? EXDEV : errno;
+        const int next = ::openat(at, names[i].constData(), isLast ? openFlags : stepFlags);
+        const int error = errno;
         ::close(at);
         errno = error;
         at = next;
@@ -56,6 +61,10 @@ int openStepByStep(int from, const QByteArray& relativePath)
 
 int openInside(int from, const QByteArray& relativePath)
 {
+    if (leadsUpward(relativePath)) {
+        errno = EXDEV;
+        return -1;
+    }
     open_how how = {};
     how.flags = openFlags;
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;

@@ -1,7 +1,8 @@
 // One open folder: its names, and the facts of what lies in it.
 //
 // Everything is looked up from the folder itself, so it doesn't matter how long its path is or whether it was moved
-// meanwhile. No symbolic link is followed and nothing is mounted. One thread at a time.
+// meanwhile. No symbolic link in it is followed. Only opening a folder can mount a disk, and FileFacts::mountTrigger says
+// so beforehand. One thread at a time.
 #pragma once
 
 #include "base/Result.h"

@@ -40,8 +40,8 @@ quint64 mixed(quint64 seed, const statx_timestamp& time)
 // Some file systems claim to know a birth time and then give the zero point.
 bool hasBirthTime(const struct statx& status)
 {
-    return (status.stx_mask & STATX_BTIME)
-        && (status.stx_btime.tv_sec != 0 || status.stx_btime.tv_nsec != 0);
+    return (status.stx_mask & STATX_BTIME) &&
+           (status.stx_btime.tv_sec != 0 || status.stx_btime.tv_nsec != 0);
 }
 
 // A freed inode is handed out again at once, so that a new file often has the inode of the one just deleted. The birth
@@ -70,7 +70,8 @@ std::optional<FileFacts> factsOf(const struct statx& status)
     if (status.stx_mask & STATX_SIZE)
         facts.size = static_cast<qint64>(status.stx_size);
     if (status.stx_mask & STATX_MTIME)
-        facts.modified = static_cast<double>(status.stx_mtime.tv_sec) + status.stx_mtime.tv_nsec / 1e9;
+        facts.modified =
+            static_cast<double>(status.stx_mtime.tv_sec) + status.stx_mtime.tv_nsec / 1e9;
     facts.identity = identityOf(status);
     facts.device = (quint64(status.stx_dev_major) << 32) | status.stx_dev_minor;
     return facts;
@@ -79,7 +80,8 @@ std::optional<FileFacts> factsOf(const struct statx& status)
 std::optional<FileFacts> fileFacts(const QByteArray& path)
 {
     struct statx status;
-    if (::statx(AT_FDCWD, path.constData(), AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, factsMask, &status) != 0)
+    if (::statx(AT_FDCWD, path.constData(), AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, factsMask,
+            &status) != 0)
         return std::nullopt;
     return factsOf(status);
 }

@@ -14,11 +14,11 @@ struct FileFacts
     enum class Kind : unsigned char { Regular, Folder, SymbolicLink, Other };
 
     Kind kind = Kind::Other;
-    bool mountTrigger = false;      // entering this folder would mount a disk that isn't mounted now
-    qint64 size = 0;                // bytes
+    bool mountTrigger = false; // entering this folder would mount a disk that isn't mounted now
+    qint64 size = 0;           // bytes
     std::optional<double> modified; // seconds since 1970; none when the file system doesn't know
-    quint64 identity = 0;           // the same as long as the file lives, wherever it is moved; never 0
-    quint64 device = 0;             // changes when a disk is plugged in again: not for storing
+    quint64 identity = 0; // the same as long as the file lives, wherever it is moved; never 0
+    quint64 device = 0;   // changes when a disk is plugged in again: not for storing
 
     bool operator==(const FileFacts&) const = default;
 };

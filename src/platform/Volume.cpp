@@ -48,7 +48,8 @@ NameCase caseOfChild(const QByteArray& folder, const QByteArray& name)
     if (!isSameFile(folder + '/' + name, folder + '/' + other))
         return NameCase::Kept;
     // Two names that are listed both are two links to one file, on a volume that keeps them apart.
-    const QByteArray link = firstName(folder, [&](QByteArrayView listed) { return listed == other; });
+    const QByteArray link =
+        firstName(folder, [&](QByteArrayView listed) { return listed == other; });
     return link.isEmpty() ? NameCase::Ignored : NameCase::Kept;
 }
 
@@ -65,7 +66,8 @@ NameCase probeNameCase(const QString& folder)
     const QByteArray path = folder.toUtf8();
     const QByteArray name = "case-" + newID().toUtf8();
     const QByteArray file = path + '/' + name;
-    const int fd = ::open(file.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
+    const int fd =
+        ::open(file.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (fd < 0)
         return NameCase::Kept;
     ::close(fd);
