@@ -348,7 +348,9 @@ TestDriver::Answer TestDriver::perf(const QJsonObject& arguments)
     const StatementCounts statements = mainThreadStatements();
     const QJsonObject result{{u"frames"_s, frames.frames}, {u"p50"_s, frames.p50Ms}, {u"p95"_s, frames.p95Ms},
         {u"max"_s, frames.maxMs}, {u"slow"_s, frames.slow}, {u"reads"_s, statements.reads},
-        {u"writes"_s, statements.writes}, {u"longestBlock"_s, m_application.longestEventMs()}};
+        {u"writes"_s, statements.writes}, {u"longestBlock"_s, m_application.longestEventMs()},
+        {u"firstCardsAt"_s, m_application.window().canvasView().firstCardsAt()},
+        {u"firstFacesAt"_s, m_application.window().canvasView().firstFacesAt()}};
     if (arguments[u"reset"].toBool()) {
         meter.reset();
         resetMainThreadStatements();

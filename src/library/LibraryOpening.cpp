@@ -77,7 +77,7 @@ Result<void> openStore(LibraryOpening& opening, OpenMode mode)
     if (mode == OpenMode::Application)
         if (auto made = makeFirstSpace(*connection, opening.root); !made)
             return made;
-    auto snapshot = readSnapshot(*connection);
+    auto snapshot = readSnapshot(*connection, TextLife::Process);
     if (!snapshot)
         return snapshot.failure();
     opening.tree.apply(std::move(*snapshot));

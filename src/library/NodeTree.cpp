@@ -17,14 +17,14 @@ constexpr int deepestChain = 512;
 
 const Node* NodeTree::node(const QString& id) const
 {
-    const auto found = m_nodes.find(id);
-    return found == m_nodes.end() ? nullptr : &found->second.node;
+    const NodeRecord* found = record(id);
+    return found ? &found->node : nullptr;
 }
 
 SeenFile NodeTree::seen(const QString& id) const
 {
-    const auto found = m_nodes.find(id);
-    return found == m_nodes.end() ? SeenFile{} : found->second.seen;
+    const NodeRecord* found = record(id);
+    return found ? found->seen : SeenFile{};
 }
 
 const std::vector<QString>& NodeTree::children(const QString& parent) const
@@ -79,11 +79,11 @@ TreeChange NodeTree::apply(Snapshot snapshot)
     }
     m_pageStamps = std::move(snapshot.pageStamps);
 
-    if (m_nodes.empty()) {
+    if (m_nodes.isEmpty()) {
         change.everything = !snapshot.nodes.empty();
         change.linkedItems = std::any_of(snapshot.nodes.begin(), snapshot.nodes.end(),
-            [](const Node& node) { return node.isLinked(); });
-        takeAll(std::move(snapshot.nodes), std::move(snapshot.seen));
+            [](const NodeRecord* record) { return record->node.isLinked(); });
+        takeAll(snapshot);
         return change;
     }
 
@@ -93,12 +93,12 @@ TreeChange NodeTree::apply(Snapshot snapshot)
     };
     QSet<QString> kept;
     kept.reserve(static_cast<qsizetype>(snapshot.nodes.size()));
-    for (size_t i = 0; i < snapshot.nodes.size(); ++i) {
-        Node& fresh = snapshot.nodes[i];
+    for (NodeRecord* read : snapshot.nodes) {
+        Node& fresh = read->node;
         kept.insert(fresh.id);
         const Node* old = node(fresh.id);
         if (old && *old == fresh) {
-            setSeen(fresh.id, snapshot.seen[i]);
+            setSeen(fresh.id, read->seen);
             continue;
         }
         if (old)
@@ -106,14 +106,14 @@ TreeChange NodeTree::apply(Snapshot snapshot)
         note(fresh);
         change.linkedItems |= (fresh.isLinked() || (old && old->isLinked()))
             && (!old || old->deletedAt != fresh.deletedAt || old->path != fresh.path);
-        put(std::move(fresh), snapshot.seen[i]);
+        put(std::move(fresh), read->seen);
     }
     std::vector<QString> gone;
-    for (const auto& [id, record] : m_nodes)
-        if (!kept.contains(id)) {
-            note(record.node);
-            change.linkedItems |= record.node.isLinked();
-            gone.push_back(id);
+    for (const NodeRecord* record : std::as_const(m_nodes))
+        if (!kept.contains(record->node.id)) {
+            note(record->node);
+            change.linkedItems |= record->node.isLinked();
+            gone.push_back(record->node.id);
         }
     for (const QString& id : gone)
         remove(id);
@@ -122,35 +122,39 @@ TreeChange NodeTree::apply(Snapshot snapshot)
 
 void NodeTree::put(Node node, SeenFile seen)
 {
-    if (const auto old = m_nodes.find(node.id); old != m_nodes.end()) {
-        const Node& was = old->second.node;
-        const bool sameList = was.isLive() == node.isLive() && was.parentID == node.parentID
-            && was.position == node.position;
-        if (!sameList)
-            unlink(was);
-        old->second = Record{std::move(node), seen};
-        if (!sameList)
-            link(old->second.node);
+    NodeRecord* known = record(node.id);
+    if (!known) {
+        known = m_pool.add();
+        m_nodes.insert(node.id, known);
+        *known = {std::move(node), seen};
+        link(known->node);
         return;
     }
-    const QString id = node.id;
-    link(m_nodes.emplace(id, Record{std::move(node), seen}).first->second.node);
+    const Node& was = known->node;
+    const bool sameList
+        = was.isLive() == node.isLive() && was.parentID == node.parentID && was.position == node.position;
+    if (!sameList)
+        unlink(was);
+    *known = {std::move(node), seen};
+    if (!sameList)
+        link(known->node);
 }
 
 void NodeTree::setSeen(const QString& id, SeenFile seen)
 {
-    if (const auto found = m_nodes.find(id); found != m_nodes.end())
-        found->second.seen = seen;
+    if (NodeRecord* known = record(id))
+        known->seen = seen;
 }
 
 void NodeTree::remove(const QString& id)
 {
-    const auto found = m_nodes.find(id);
-    if (found == m_nodes.end())
+    NodeRecord* known = record(id);
+    if (!known)
         return;
-    unlink(found->second.node);
+    unlink(known->node);
     m_pageStamps.remove(id);
-    m_nodes.erase(found);
+    m_nodes.remove(id);
+    m_pool.release(known);
 }
 
 // Where the node stands, or would stand, among its siblings.
@@ -188,26 +192,36 @@ void NodeTree::unlink(const Node& node)
         m_children.erase(list);
 }
 
-void NodeTree::takeAll(std::vector<Node> nodes, std::vector<SeenFile> seen)
+void NodeTree::takeAll(Snapshot& snapshot)
 {
-    m_nodes.reserve(nodes.size());
+    m_pool = std::move(snapshot.pool);
+    m_nodes.reserve(static_cast<qsizetype>(snapshot.nodes.size()));
     m_children.clear();
     std::unordered_map<QString, std::vector<const Node*>, TextHash> lists;
-    for (size_t i = 0; i < nodes.size(); ++i) {
-        const QString id = nodes[i].id;
-        const auto [at, isNew] = m_nodes.try_emplace(id, Record{std::move(nodes[i]), seen[i]});
-        if (isNew && at->second.node.isLive())
-            lists[at->second.node.parentID].push_back(&at->second.node);
+    std::vector<const Node*>* list = nullptr; // of the row before: siblings come together
+    QString parent;
+    for (NodeRecord* record : snapshot.nodes) {
+        const Node& node = record->node;
+        m_nodes.insert(node.id, record);
+        if (!node.isLive())
+            continue;
+        if (!list || node.parentID != parent) {
+            parent = node.parentID;
+            list = &lists[parent];
+        }
+        list->push_back(&node);
     }
+    const auto before = [](const Node* left, const Node* right) {
+        const int order = compareByCodePoints(left->position, right->position);
+        return order != 0 ? order < 0 : left->id < right->id;
+    };
     m_children.reserve(lists.size());
-    for (auto& [parent, list] : lists) {
-        std::sort(list.begin(), list.end(), [](const Node* left, const Node* right) {
-            const int order = compareByCodePoints(left->position, right->position);
-            return order != 0 ? order < 0 : left->id < right->id;
-        });
-        auto& ids = m_children[parent];
-        ids.reserve(list.size());
-        for (const Node* node : list)
+    for (auto& [folder, nodes] : lists) {
+        if (!std::is_sorted(nodes.begin(), nodes.end(), before))
+            std::sort(nodes.begin(), nodes.end(), before);
+        auto& ids = m_children[folder];
+        ids.reserve(nodes.size());
+        for (const Node* node : nodes)
             ids.push_back(node->id);
     }
 }

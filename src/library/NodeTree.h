@@ -5,6 +5,7 @@
 #pragma once
 
 #include "library/Node.h"
+#include "library/RecordPool.h"
 
 #include <QHash>
 #include <QSet>
@@ -19,8 +20,8 @@ namespace corvelle {
 struct Snapshot
 {
     std::vector<Space> spaces; // by their creation
-    std::vector<Node> nodes;
-    std::vector<SeenFile> seen; // beside `nodes`, place by place
+    RecordPool pool; // of the nodes' records
+    std::vector<NodeRecord*> nodes;
     QHash<QString, double> pageStamps;
 };
 
@@ -44,7 +45,7 @@ class NodeTree
 {
 public:
     const std::vector<Space>& spaces() const { return m_spaces; }
-    size_t size() const { return m_nodes.size(); }
+    qsizetype size() const { return m_nodes.size(); }
 
     // Null when there is none.
     const Node* node(const QString& id) const;
@@ -70,8 +71,8 @@ public:
     template<class Visit>
     void eachNode(Visit visit) const
     {
-        for (const auto& [id, record] : m_nodes)
-            visit(record.node, record.seen);
+        for (const NodeRecord* record : m_nodes)
+            visit(record->node, record->seen);
     }
 
     // Takes the snapshot for the truth: equal nodes stay as they are, others are replaced, those it doesn't hold go.
@@ -84,24 +85,20 @@ public:
     void remove(const QString& id);
 
 private:
-    struct Record
-    {
-        Node node;
-        SeenFile seen;
-    };
     struct TextHash
     {
         size_t operator()(const QString& text) const { return qHash(text); }
     };
 
-    void takeAll(std::vector<Node> nodes, std::vector<SeenFile> seen);
+    void takeAll(Snapshot& snapshot);
+    NodeRecord* record(const QString& id) const { return m_nodes.value(id); }
     void link(const Node& node);
     void unlink(const Node& node);
     std::vector<QString>::iterator place(std::vector<QString>& siblings, const Node& node);
 
     std::vector<Space> m_spaces;
-    // Node-based: growing to a hundred thousand nodes moves no record, so no single insertion is slow.
-    std::unordered_map<QString, Record, TextHash> m_nodes;
+    RecordPool m_pool;
+    QHash<QString, NodeRecord*> m_nodes; // in the pool
     std::unordered_map<QString, std::vector<QString>, TextHash> m_children;
     QHash<QString, double> m_pageStamps;
 };

@@ -1,5 +1,7 @@
 #include "library/SnapshotReader.h"
 
+#include "library/TextArena.h"
+
 #include <QHash>
 
 namespace corvelle {
@@ -35,15 +37,20 @@ private:
     QString m_last;
 };
 
-struct Interned
+struct Texts
 {
+    TextLife life = TextLife::Own;
     SharedTexts ids, mimes, icons, spaces, positions;
-};
+    TextArena arena;
 
-QString own(QByteArrayView utf8)
-{
-    return utf8.isNull() ? QString() : QString::fromUtf8(utf8);
-}
+    // A text that only one row tells.
+    QString own(QByteArrayView utf8)
+    {
+        if (life == TextLife::Process)
+            return arena.text(utf8);
+        return utf8.isNull() ? QString() : QString::fromUtf8(utf8);
+    }
+};
 
 std::optional<int> optionalInt(const SQLRow& row, int column)
 {
@@ -56,21 +63,21 @@ NodeKind kindFrom(QByteArrayView utf8)
     return nodeKind(QString::fromUtf8(utf8));
 }
 
-Node nodeFrom(const SQLRow& row, Interned& texts)
+Node nodeFrom(const SQLRow& row, Texts& texts)
 {
     Node node;
     node.kind = kindFrom(row.utf8(3));
     // Folders' ids are told again by every child.
-    node.id = node.kind == NodeKind::Folder ? texts.ids.shared(row.utf8(0)) : own(row.utf8(0));
+    node.id = node.kind == NodeKind::Folder ? texts.ids.shared(row.utf8(0)) : texts.own(row.utf8(0));
     node.spaceID = texts.spaces.shared(row.utf8(1));
     node.parentID = texts.ids.shared(row.utf8(2));
-    node.title = own(row.utf8(4));
+    node.title = texts.own(row.utf8(4));
     node.icon = texts.icons.shared(row.utf8(5));
     node.color = nodeColor(QString::fromUtf8(row.utf8(6)));
     node.x = row.real(7);
     node.y = row.real(8);
     node.position = texts.positions.shared(row.utf8(9));
-    node.path = own(row.utf8(10));
+    node.path = texts.own(row.utf8(10));
     node.createdAt = row.date(11).value_or(distantPast);
     node.updatedAt = row.date(12).value_or(distantPast);
     node.deletedAt = row.date(13);
@@ -78,7 +85,7 @@ Node nodeFrom(const SQLRow& row, Interned& texts)
     node.byteSize = row.optionalInteger(15);
     node.width = optionalInt(row, 16);
     node.height = optionalInt(row, 17);
-    node.url = own(row.utf8(18));
+    node.url = texts.own(row.utf8(18));
     return node;
 }
 
@@ -98,7 +105,7 @@ SQLValue orNull(const QString& text)
 
 } // namespace
 
-Result<Snapshot> readSnapshot(SQLite& connection)
+Result<Snapshot> readSnapshot(SQLite& connection, TextLife life)
 {
     Snapshot snapshot;
     auto spaces = connection.query("SELECT id, slug, name, mode, folder FROM spaces ORDER BY created_at",
@@ -118,11 +125,13 @@ Result<Snapshot> readSnapshot(SQLite& connection)
     (void)connection.each("SELECT count(*) FROM nodes", {},
         [&](const SQLRow& row) { count = static_cast<size_t>(row.integer(0)); });
     snapshot.nodes.reserve(count);
-    snapshot.seen.reserve(count);
-    Interned texts;
+    Texts texts;
+    texts.life = life;
     auto read = connection.each(nodeColumns, {}, [&](const SQLRow& row) {
-        snapshot.nodes.push_back(nodeFrom(row, texts));
-        snapshot.seen.push_back(seenFrom(row));
+        NodeRecord* record = snapshot.pool.add();
+        record->node = nodeFrom(row, texts);
+        record->seen = seenFrom(row);
+        snapshot.nodes.push_back(record);
     });
     if (!read)
         return read.failure();
@@ -137,7 +146,7 @@ Result<Snapshot> readSnapshot(SQLite& connection)
 Result<std::optional<std::pair<Node, SeenFile>>> readNode(SQLite& connection, const QString& id)
 {
     std::optional<std::pair<Node, SeenFile>> found;
-    Interned texts;
+    Texts texts;
     const auto read = connection.each(QByteArray(nodeColumns) + " WHERE id = ?", {id},
         [&](const SQLRow& row) { found.emplace(nodeFrom(row, texts), seenFrom(row)); });
     if (!read)

@@ -5,8 +5,12 @@
 
 namespace corvelle {
 
+// Whether the texts of a snapshot may stay in memory to the end of the process, which makes reading them much cheaper. For the
+// first read of a library.
+enum class TextLife { Own, Process };
+
 // Reads the whole tree. Texts that many rows repeat (parents, types, icons, spaces) are held once.
-Result<Snapshot> readSnapshot(SQLite& connection);
+Result<Snapshot> readSnapshot(SQLite& connection, TextLife life = TextLife::Own);
 
 // Reads one node's row; none when it is not there.
 Result<std::optional<std::pair<Node, SeenFile>>> readNode(SQLite& connection, const QString& id);

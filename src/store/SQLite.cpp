@@ -37,10 +37,13 @@ void ulower(sqlite3_context* context, int, sqlite3_value** arguments)
 
 // ---- rows ----
 
+// A connection stays on its owner's thread, so a value may be taken out once and asked without the lock that each call for a
+// column takes.
 QByteArrayView SQLRow::utf8(int column) const
 {
-    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(m_statement, column));
-    return QByteArrayView(text, text ? sqlite3_column_bytes(m_statement, column) : 0);
+    sqlite3_value* value = sqlite3_column_value(m_statement, column);
+    const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+    return QByteArrayView(text, text ? sqlite3_value_bytes(value) : 0);
 }
 
 bool SQLRow::isNull(int column) const
@@ -65,7 +68,10 @@ qint64 SQLRow::integer(int column) const
 
 std::optional<qint64> SQLRow::optionalInteger(int column) const
 {
-    return isNull(column) ? std::nullopt : std::optional(integer(column));
+    sqlite3_value* value = sqlite3_column_value(m_statement, column);
+    if (sqlite3_value_type(value) == SQLITE_NULL)
+        return std::nullopt;
+    return sqlite3_value_int64(value);
 }
 
 double SQLRow::real(int column) const
@@ -75,7 +81,10 @@ double SQLRow::real(int column) const
 
 std::optional<double> SQLRow::date(int column) const
 {
-    return isNull(column) ? std::nullopt : std::optional(real(column));
+    sqlite3_value* value = sqlite3_column_value(m_statement, column);
+    if (sqlite3_value_type(value) == SQLITE_NULL)
+        return std::nullopt;
+    return sqlite3_value_double(value);
 }
 
 std::optional<QByteArray> SQLRow::bytes(int column) const

@@ -25,8 +25,10 @@ Node node(const QString& id, const QString& parent = {}, const QString& position
 Snapshot snapshot(std::vector<Node> nodes)
 {
     Snapshot result;
-    result.seen.resize(nodes.size());
-    result.nodes = std::move(nodes);
+    for (Node& value : nodes) {
+        result.nodes.push_back(result.pool.add());
+        result.nodes.back()->node = std::move(value);
+    }
     return result;
 }
 
@@ -104,10 +106,10 @@ TEST(NodeTree, aPageWhoseStampMovedIsTold)
     NodeTree t;
     Snapshot first = snapshot({node("page")});
     first.pageStamps = {{"page", 1.0}};
-    EXPECT_TRUE(t.apply(first).changedPages.isEmpty()) << "a page that had no stamp is new, not changed";
-    Snapshot second = first;
+    EXPECT_TRUE(t.apply(std::move(first)).changedPages.isEmpty()) << "a page that had no stamp is new, not changed";
+    Snapshot second = snapshot({node("page")});
     second.pageStamps = {{"page", 2.0}};
-    EXPECT_EQ(t.apply(second).changedPages, (QSet<QString>{"page"}));
+    EXPECT_EQ(t.apply(std::move(second)).changedPages, (QSet<QString>{"page"}));
 }
 
 // Any sequence of changes leaves the lists that reading everything anew would give.

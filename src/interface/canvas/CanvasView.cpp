@@ -1,5 +1,6 @@
 #include "interface/canvas/CanvasView.h"
 
+#include "base/Clock.h"
 #include "canvas/FileWords.h"
 #include "interface/canvas/CardWords.h"
 #include "interface/canvas/Ground.h"
@@ -276,15 +277,16 @@ void CanvasView::paintEvent(QPaintEvent* event)
     const QRectF shown = QRectF(event->rect()).adjusted(-margin, -margin, margin, margin);
     const QRectF onCanvas(toCanvas(shown.topLeft(), camera, viewport), shown.size() / camera.scale());
     std::vector<const PlacedCard*> selected;
+    bool allHaveFaces = true;
     for (const int index : m_model.cardsMeeting(onCanvas)) {
         const PlacedCard& card = m_model.cards()[static_cast<size_t>(index)];
         if (m_model.selection().contains(card.key))
             selected.push_back(&card);
         else
-            paintCard(painter, card);
+            allHaveFaces &= paintCard(painter, card);
     }
     for (const PlacedCard* card : selected)
-        paintCard(painter, *card);
+        allHaveFaces &= paintCard(painter, *card);
     paintRings(painter);
     if (m_marquee && !m_marquee->rect().isNull()) {
         painter.setPen(QPen(colors().marqueeEdge, 1));
@@ -296,10 +298,22 @@ void CanvasView::paintEvent(QPaintEvent* event)
 
     m_frames.add(m_frameMs + static_cast<double>(time.nsecsElapsed()) / 1e6);
     m_frameMs = 0;
-    emit painted();
+    if (m_firstFacesAt == 0)
+        noteFirstCards(allHaveFaces);
 }
 
-void CanvasView::paintCard(QPainter& painter, const PlacedCard& card)
+void CanvasView::noteFirstCards(bool allHaveFaces)
+{
+    if (m_model.cards().empty())
+        return;
+    if (m_firstCardsAt == 0)
+        m_firstCardsAt = now();
+    if (allHaveFaces)
+        m_firstFacesAt = now();
+}
+
+// False while a plain shape stands for the face.
+bool CanvasView::paintCard(QPainter& painter, const PlacedCard& card)
 {
     const QRectF rect = cardOnScreen(card);
     const double scale = m_model.camera().scale();
@@ -324,6 +338,7 @@ void CanvasView::paintCard(QPainter& painter, const PlacedCard& card)
     }
     if (pointed)
         paintHover(painter, rect, kind, node.color, scale, colors());
+    return !face.image.isNull();
 }
 
 void CanvasView::paintRings(QPainter& painter)

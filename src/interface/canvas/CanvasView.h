@@ -34,12 +34,15 @@ public:
 
     FrameMeter& frames() { return m_frames; }
 
+    // When cards were first painted, and when all cards in sight first had their faces; seconds since 1970, 0 before.
+    double firstCardsAt() const { return m_firstCardsAt; }
+    double firstFacesAt() const { return m_firstFacesAt; }
+
     // The percent of the zoom label: a glide tells its target from its start.
     int shownZoomPercent() const;
 
 signals:
     void zoomLabelChanged();
-    void painted();
 
 protected:
     bool event(QEvent* event) override;
@@ -68,7 +71,8 @@ private:
     void tickGlide();
     void stopGlide();
     void wantFaces();
-    void paintCard(QPainter& painter, const PlacedCard& card);
+    void noteFirstCards(bool allHaveFaces);
+    bool paintCard(QPainter& painter, const PlacedCard& card);
     void paintRings(QPainter& painter);
     void paintFarHint(QPainter& painter);
     QRectF cardOnScreen(const PlacedCard& card) const;
@@ -97,6 +101,7 @@ private:
     QString m_pressed; // the card whose plain press waits for its release
     bool m_ignoresPress = false; // the rest of a double click
     QString m_pointed;
+    double m_firstCardsAt = 0, m_firstFacesAt = 0;
     double m_frameMs = 0; // work of the model since the last frame
 };
 
