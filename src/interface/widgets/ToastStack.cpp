@@ -15,7 +15,7 @@
 namespace corvelle {
 namespace {
 
-constexpr int left = 13, right = 16, gap = 10, iconSize = 20, distance = 8;
+constexpr int leftPad = 13, rightPad = 16, gap = 10, iconSize = 20, distance = 8;
 constexpr int plainHeight = 44, detailTop = 9, detailBottom = 10;
 constexpr int leastWidth = 240, mostWidth = 440, leastSide = 16;
 constexpr double textLine = 18, detailLine = 16;
@@ -77,7 +77,7 @@ protected:
         double y = plain ? (height() - textLine) / 2 : detailTop;
         if (m_toast.icon)
             drawIcon(painter, *m_toast.icon,
-                QRectF(left, plain ? (height() - iconSize) / 2 : y + 1, iconSize, iconSize),
+                QRectF(leftPad, plain ? (height() - iconSize) / 2 : y + 1, iconSize, iconSize),
                 colors.onInverse);
         const double x = textLeft();
         painter.setPen(colors.onInverse);
@@ -93,13 +93,13 @@ protected:
     }
 
 private:
-    int textLeft() const { return m_toast.icon ? left + iconSize + gap : right; }
+    int textLeft() const { return m_toast.icon ? leftPad + iconSize + gap : rightPad; }
 
     void layOut(int most)
     {
         const int actionWidth = m_action != nullptr ? gap + m_action->width() : 0;
         // The action's own padding stands in the panel's.
-        const int end = m_action != nullptr ? right - 8 : right;
+        const int end = m_action != nullptr ? rightPad - 8 : rightPad;
         const int room = std::max(40, most - textLeft() - actionWidth - end);
         m_lines = m_text.lines(m_toast.text, room, 2);
         m_details = m_detail.lines(m_toast.detail, room, 3);
