@@ -37,13 +37,17 @@ function(corvelle_use TARGET)
     endforeach()
 endfunction()
 
-# corvelle_test(NAME SOURCES … USES … [LIBS …] [LABELS …]): one test program for a module, from tests/NAME/.
+# corvelle_test(NAME SOURCES … USES … [LIBS …] [LABELS …] [MAIN file]): one test program for a module, from tests/NAME/.
+# MAIN names a file of tests/support that starts another application than TestMain.cpp.
 function(corvelle_test NAME)
-    cmake_parse_arguments(ARG "" "" "SOURCES;USES;LIBS;LABELS" ${ARGN})
+    cmake_parse_arguments(ARG "" "MAIN" "SOURCES;USES;LIBS;LABELS" ${ARGN})
+    if(NOT ARG_MAIN)
+        set(ARG_MAIN TestMain.cpp)
+    endif()
     string(REPLACE "/" "_" id ${NAME})
     set(target test_${id})
     list(TRANSFORM ARG_SOURCES PREPEND ${PROJECT_SOURCE_DIR}/tests/${NAME}/)
-    add_executable(${target} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/tests/support/TestMain.cpp)
+    add_executable(${target} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/tests/support/${ARG_MAIN})
     set_target_properties(${target} PROPERTIES AUTOMOC ON)
     target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
     target_link_libraries(${target} PRIVATE corvelle_options Qt6::Core GTest::gtest ${ARG_LIBS})

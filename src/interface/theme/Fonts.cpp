@@ -43,14 +43,15 @@ int wholePixels(double size)
 }
 
 // The rasteriser strengthens the stems of small letters, by the size of the font and not by that of
-// the painter. Dark ink needs that and takes the font that is nearest. Light ink spreads on a dark
-// ground by itself: it takes a larger font through a smaller scale.
+// the painter. Dark ink needs that and takes the font that is nearest, but for the smallest, which
+// would turn bold. Light ink spreads on a dark ground by itself: it takes a larger font through a
+// smaller scale.
 int fontPixels(double deviceSize, const QColor& ink)
 {
     constexpr float light = 0.6F;
-    constexpr int larger = 3;
+    constexpr int larger = 3, smallest = 11;
     const bool spreads = ink.lightnessF() > light;
-    return wholePixels(deviceSize) * (spreads ? larger : 1);
+    return spreads ? larger * wholePixels(deviceSize) : std::max(smallest, wholePixels(deviceSize));
 }
 
 } // namespace

@@ -18,7 +18,7 @@ namespace corvelle {
 namespace {
 
 constexpr int panelWidth = 448, side = 24, top = 24, bottom = 20, textGap = 8, buttonGap = 22,
-              between = 12;
+              between = 12, snugBetween = 8;
 constexpr int leastHostEdge = 16;
 constexpr double titleLine = 22, textLine = 20;
 
@@ -95,33 +95,14 @@ AlertPanel::AlertPanel(const Alert& alert, QWidget& host)
     m_panel = sheet;
     const int y = sheet->buttonsTop();
 
-    int widest = 0; // of a row that holds all buttons
     for (int i = 0; i < static_cast<int>(alert.answers.size()); ++i) {
-        auto* button = new PushButton(alert.answers[i].words, roleOf(alert.answers[i].role), sheet);
+        const Alert::Answer& answer = alert.answers[static_cast<std::size_t>(i)];
+        auto* button = new PushButton(answer.words, roleOf(answer.role), sheet);
         button->resize(button->sizeHint());
         connect(button, &QAbstractButton::clicked, this, [this, i] { choose(i); });
         m_buttons.push_back(button);
-        widest += button->width() + (i > 0 ? between : 0);
     }
-    if (widest > panelWidth - 2 * side) {
-        // Long words stand one below the other, the likely answer first.
-        int rowY = y;
-        for (auto button = m_buttons.rbegin(); button != m_buttons.rend(); ++button) {
-            (*button)->setGeometry(side, rowY, panelWidth - 2 * side, (*button)->height());
-            rowY += (*button)->height() + between;
-        }
-        sheet->resize(panelWidth, rowY - between + bottom);
-    } else {
-        int right = panelWidth - side;
-        for (std::size_t i = m_buttons.size(); i-- > 0;) {
-            PushButton* button = m_buttons[i];
-            const bool out = alert.answers[i].role == Alert::Role::WayOut && m_buttons.size() > 1;
-            button->move(out ? side : right - button->width(), y);
-            right -= out ? 0 : button->width() + between;
-        }
-        const int buttonHeight = m_buttons.empty() ? 0 : m_buttons.front()->height();
-        sheet->resize(panelWidth, y + buttonHeight + bottom);
-    }
+    sheet->resize(panelWidth, layOutButtons(y) + bottom);
 
     setFocusPolicy(Qt::StrongFocus);
     host.installEventFilter(this);
@@ -136,6 +117,41 @@ AlertPanel::AlertPanel(const Alert& alert, QWidget& host)
 
     QAccessibleEvent announcement(sheet, QAccessible::Alert);
     QAccessible::updateAccessibility(&announcement);
+}
+
+int AlertPanel::layOutButtons(int y)
+{
+    constexpr int room = panelWidth - 2 * side;
+    const auto rowWidth = [this](int gap) {
+        int width = -gap;
+        for (const PushButton* button : m_buttons)
+            width += button->width() + gap;
+        return width;
+    };
+    int gap = between;
+    if (rowWidth(gap) > room) {
+        gap = snugBetween;
+        for (PushButton* button : m_buttons) {
+            button->setSnug();
+            button->resize(button->sizeHint());
+        }
+    }
+    if (rowWidth(gap) > room) {
+        // Long words stand one below the other, the likely answer first.
+        for (auto button = m_buttons.rbegin(); button != m_buttons.rend(); ++button) {
+            (*button)->setGeometry(side, y, room, (*button)->height());
+            y += (*button)->height() + snugBetween;
+        }
+        return y - snugBetween;
+    }
+    int right = panelWidth - side;
+    for (std::size_t i = m_buttons.size(); i-- > 0;) {
+        PushButton* button = m_buttons[i];
+        const bool out = m_alert.answers[i].role == Alert::Role::WayOut && m_buttons.size() > 1;
+        button->move(out ? side : right - button->width(), y);
+        right -= out ? 0 : button->width() + gap;
+    }
+    return m_buttons.empty() ? y : y + m_buttons.front()->height();
 }
 
 void AlertPanel::choose(int answer)

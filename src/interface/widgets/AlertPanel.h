@@ -59,6 +59,8 @@ protected:
 
 private:
     void place();
+    // In a row from y on, or one below the other; gives their lower edge.
+    int layOutButtons(int y);
     int answerOf(bool wayOut) const;
 
     QWidget& m_host;

@@ -86,6 +86,7 @@ void GlassPanel::leave()
         return;
     m_motion.stop();
     m_place = pos();
+    m_offset = 0;
     m_isLeaving = true;
     animate(1, 0, motion::tapMs, false);
 }
@@ -112,9 +113,8 @@ void GlassPanel::setShown(double share)
         m_shadow->setOpacity(share);
     if (!m_isRising)
         return;
-    m_isMoving = true;
-    move(m_place + QPoint(0, qRound((1 - share) * risePixels)));
-    m_isMoving = false;
+    m_offset = qRound((1 - share) * risePixels);
+    move(m_place + QPoint(0, m_offset));
 }
 
 QColor GlassPanel::fillColor() const
@@ -143,7 +143,7 @@ bool GlassPanel::event(QEvent* event)
     switch (event->type()) {
     case QEvent::Move:
         // A layout that moves a rising panel moves the place where it will stand.
-        if (!m_isMoving && m_motion.state() == QAbstractAnimation::Running)
+        if (pos() != m_place + QPoint(0, m_offset))
             m_place = pos();
         placeShadow();
         break;

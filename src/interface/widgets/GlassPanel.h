@@ -58,8 +58,8 @@ private:
     QVariantAnimation m_motion;
     bool m_isLeaving = false;
     bool m_isRising = false;
-    QPoint m_place;          // where it stands once it has risen
-    bool m_isMoving = false; // by our own motion, not by a layout
+    QPoint m_place;   // where it stands once it has risen
+    int m_offset = 0; // how far below that it is
 };
 
 } // namespace corvelle

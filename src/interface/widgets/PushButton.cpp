@@ -37,6 +37,13 @@ void PushButton::setKey(const QString& key)
     update();
 }
 
+void PushButton::setSnug()
+{
+    Measures snug = measures();
+    snug.padding = 11;
+    setMeasures(snug);
+}
+
 QSize PushButton::sizeHint() const
 {
     QSize size = ButtonBase::sizeHint();

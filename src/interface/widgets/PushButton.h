@@ -25,6 +25,9 @@ public:
     // Shown after the words, paler: the key that does the same.
     void setKey(const QString& key);
 
+    // Closer at the sides, where buttons must share a row that is short.
+    void setSnug();
+
     QSize sizeHint() const override;
 
 protected:
