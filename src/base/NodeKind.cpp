@@ -12,9 +12,10 @@ constexpr QStringView colorWords[] = {
     u"gray", u"brown", u"orange", u"yellow", u"green", u"blue", u"purple", u"pink", u"red"};
 
 template<class Enum, size_t N>
-Enum parsed(QStringView word, const QStringView (&words)[N], Enum otherwise)
+Enum parsed(QAnyStringView word, const QStringView (&words)[N], Enum otherwise)
 {
-    const auto found = std::find(std::begin(words), std::end(words), word);
+    const auto found = std::find_if(
+        std::begin(words), std::end(words), [&](QStringView known) { return word == QAnyStringView(known); });
     return found == std::end(words) ? otherwise
                                     : static_cast<Enum>(std::distance(std::begin(words), found));
 }
@@ -31,12 +32,12 @@ QString word(NodeColor color)
     return colorWords[static_cast<size_t>(color)].toString();
 }
 
-NodeKind nodeKind(QStringView word)
+NodeKind nodeKind(QAnyStringView word)
 {
     return parsed(word, kindWords, NodeKind::File);
 }
 
-NodeColor nodeColor(QStringView word)
+NodeColor nodeColor(QAnyStringView word)
 {
     return parsed(word, colorWords, NodeColor::Gray);
 }

@@ -1,8 +1,8 @@
 // The words by which kinds and colours of nodes are stored.
 #pragma once
 
+#include <QAnyStringView>
 #include <QString>
-#include <QStringView>
 
 #include <array>
 
@@ -20,7 +20,7 @@ QString word(NodeKind kind);
 QString word(NodeColor color);
 
 // An unknown word reads as a file, and as gray.
-NodeKind nodeKind(QStringView word);
-NodeColor nodeColor(QStringView word);
+NodeKind nodeKind(QAnyStringView word);
+NodeColor nodeColor(QAnyStringView word);
 
 } // namespace corvelle

@@ -4,6 +4,7 @@
 #include "base/Log.h"
 #include "base/MainThread.h"
 #include "platform/FileFacts.h"
+#include "platform/LargeBlock.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -163,6 +164,7 @@ void DiskSync::endApply()
         return;
     }
     m_running = false;
+    m_queue.async(giveBackFreedMemory);
     emit finished();
 }
 

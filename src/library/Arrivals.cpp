@@ -149,7 +149,8 @@ private:
                 return insert.failure();
             for (auto& [node, seen] : batch) {
                 taken->bind({node.path});
-                bool live = false;
+                node.parentID = m_others.value(node.parentID, node.parentID);
+                QString live;
                 std::vector<QString> trashed;
                 while (true) {
                     const auto row = taken->step();
@@ -158,7 +159,7 @@ private:
                     if (!*row)
                         break;
                     if (taken->row().isNull(1))
-                        live = true;
+                        live = taken->row().text(0);
                     else
                         trashed.push_back(taken->row().text(0));
                 }
@@ -166,8 +167,8 @@ private:
                 for (const QString& id : trashed)
                     if (auto moved = giveUpPath(connection, id, node.path); !moved)
                         return moved;
-                if (live) {
-                    node.id.clear();
+                if (!live.isEmpty()) {
+                    m_others.insert(std::exchange(node.id, QString()), live);
                     continue;
                 }
                 if (auto inserted = insertNode(*insert, node, seen); !inserted)
@@ -191,6 +192,7 @@ private:
     Job m_job;
     FileTypes m_types;
     bool m_gavePathUp = false;
+    QHash<QString, QString> m_others; // ids that we would have given, to those that another process gave
 };
 
 } // namespace

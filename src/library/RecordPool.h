@@ -1,10 +1,11 @@
-// Records in blocks: none ever moves, and a hundred thousand of them are a few hundred allocations.
+// Records in large blocks: none ever moves, and a hundred thousand of them are a few allocations.
 #pragma once
 
 #include "library/Node.h"
+#include "platform/LargeBlock.h"
 
-#include <array>
-#include <memory>
+#include <new>
+#include <utility>
 #include <vector>
 
 namespace corvelle {
@@ -18,6 +19,22 @@ struct NodeRecord
 class RecordPool
 {
 public:
+    RecordPool() = default;
+    RecordPool(RecordPool&& other) noexcept { swap(other); }
+    RecordPool& operator=(RecordPool&& other) noexcept
+    {
+        swap(other);
+        return *this;
+    }
+    ~RecordPool()
+    {
+        for (size_t block = 0; block < m_blocks.size(); ++block) {
+            const size_t count = block + 1 < m_blocks.size() ? perBlock : m_used;
+            for (size_t i = 0; i < count; ++i)
+                records(block)[i].~NodeRecord();
+        }
+    }
+
     // An empty record, there until it is released.
     NodeRecord* add()
     {
@@ -26,11 +43,11 @@ public:
             m_free.pop_back();
             return record;
         }
-        if (m_used == blockSize) {
-            m_blocks.push_back(std::make_unique<Block>());
+        if (m_used == perBlock) {
+            m_blocks.push_back(newLargeBlock());
             m_used = 0;
         }
-        return &(*m_blocks.back())[m_used++];
+        return new (records(m_blocks.size() - 1) + m_used++) NodeRecord();
     }
 
     void release(NodeRecord* record)
@@ -40,11 +57,18 @@ public:
     }
 
 private:
-    static constexpr size_t blockSize = 256;
-    using Block = std::array<NodeRecord, blockSize>;
+    static constexpr size_t perBlock = largeBlockBytes / sizeof(NodeRecord);
 
-    std::vector<std::unique_ptr<Block>> m_blocks;
-    size_t m_used = blockSize; // of the last block
+    NodeRecord* records(size_t block) { return static_cast<NodeRecord*>(m_blocks[block].get()); }
+    void swap(RecordPool& other)
+    {
+        std::swap(m_blocks, other.m_blocks);
+        std::swap(m_used, other.m_used);
+        std::swap(m_free, other.m_free);
+    }
+
+    std::vector<LargeBlock> m_blocks;
+    size_t m_used = perBlock; // records made in the last block
     std::vector<NodeRecord*> m_free;
 };
 

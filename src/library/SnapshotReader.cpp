@@ -58,22 +58,22 @@ std::optional<int> optionalInt(const SQLRow& row, int column)
     return value ? std::optional(static_cast<int>(*value)) : std::nullopt;
 }
 
-NodeKind kindFrom(QByteArrayView utf8)
+QUtf8StringView asText(QByteArrayView utf8)
 {
-    return nodeKind(QString::fromUtf8(utf8));
+    return QUtf8StringView(utf8.data(), utf8.size());
 }
 
 Node nodeFrom(const SQLRow& row, Texts& texts)
 {
     Node node;
-    node.kind = kindFrom(row.utf8(3));
+    node.kind = nodeKind(asText(row.utf8(3)));
     // Folders' ids are told again by every child.
     node.id = node.kind == NodeKind::Folder ? texts.ids.shared(row.utf8(0)) : texts.own(row.utf8(0));
     node.spaceID = texts.spaces.shared(row.utf8(1));
     node.parentID = texts.ids.shared(row.utf8(2));
     node.title = texts.own(row.utf8(4));
     node.icon = texts.icons.shared(row.utf8(5));
-    node.color = nodeColor(QString::fromUtf8(row.utf8(6)));
+    node.color = nodeColor(asText(row.utf8(6)));
     node.x = row.real(7);
     node.y = row.real(8);
     node.position = texts.positions.shared(row.utf8(9));

@@ -1,7 +1,8 @@
 #include "library/TextArena.h"
 
+#include "platform/LargeBlock.h"
+
 #include <algorithm>
-#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -9,17 +10,17 @@ namespace corvelle {
 
 namespace {
 
-constexpr qsizetype chunkUnits = 128 * 1024;
+constexpr qsizetype longestText = 4096; // bytes; a longer one has an allocation of its own
+constexpr qsizetype blockUnits = largeBlockBytes / sizeof(char16_t);
 
-// Where the chunks are kept to the end of the process.
-char16_t* newChunk(qsizetype units)
+// Memory that stays to the end of the process. Blocks are kept in a list, so that no leak checker takes them for lost.
+char16_t* newBlock()
 {
     static std::mutex mutex; // two libraries may open at once in tests
-    static std::vector<std::unique_ptr<char16_t[]>>& chunks = *new std::vector<std::unique_ptr<char16_t[]>>;
+    static std::vector<LargeBlock>& blocks = *new std::vector<LargeBlock>;
     const std::lock_guard lock(mutex);
-    // Not cleared: pages that aren't used yet cost nothing.
-    chunks.push_back(std::make_unique_for_overwrite<char16_t[]>(static_cast<size_t>(units)));
-    return chunks.back().get();
+    blocks.push_back(newLargeBlock());
+    return static_cast<char16_t*>(blocks.back().get());
 }
 
 } // namespace
@@ -27,8 +28,8 @@ char16_t* newChunk(qsizetype units)
 char16_t* TextArena::room(qsizetype units)
 {
     if (units > m_left) {
-        m_left = std::max(units, chunkUnits);
-        m_next = newChunk(m_left);
+        m_left = blockUnits;
+        m_next = newBlock();
     }
     char16_t* place = m_next;
     m_next += units;
@@ -42,6 +43,8 @@ QString TextArena::text(QByteArrayView utf8)
         return {};
     if (utf8.isEmpty())
         return QString::fromLatin1("");
+    if (utf8.size() > longestText)
+        return QString::fromUtf8(utf8);
     const bool ascii = std::all_of(utf8.begin(), utf8.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
     if (ascii) {
         char16_t* place = room(utf8.size());
