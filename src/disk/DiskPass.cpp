@@ -104,8 +104,11 @@ ArrivingItem arriving(const DiskPlan::Entry& entry)
     return {entry.path, entry.folder, entry.size, entry.modified, entry.inode};
 }
 
-// Adds the entry and, below a folder, all that was found there. What lies in a folder comes by name.
-void addWithContents(const DiskPlan::Scans& scans, const DiskPlan::Entry& top, std::vector<ArrivingItem>& items)
+// Adds the entry and, below a folder, all that was found there. What lies in a folder comes by name. What `isLeftOut` is left
+// out with all below it.
+template<class Test>
+void addWithContents(
+    const DiskPlan::Scans& scans, const DiskPlan::Entry& top, std::vector<ArrivingItem>& items, Test isLeftOut)
 {
     std::vector<const DiskPlan::Entry*> waiting = {&top};
     while (!waiting.empty()) {
@@ -119,7 +122,7 @@ void addWithContents(const DiskPlan::Scans& scans, const DiskPlan::Entry& top, s
             continue;
         const size_t first = waiting.size();
         for (const DiskPlan::Entry& child : list->second)
-            if (!child.generated)
+            if (!child.generated && !isLeftOut(child))
                 waiting.push_back(&child);
         // The stack gives the last one first.
         std::sort(waiting.begin() + static_cast<std::ptrdiff_t>(first), waiting.end(),
@@ -175,16 +178,6 @@ Result<DiskPlan::Scans> scanSpaces(SQLite& connection, const QString& root,
     return scans;
 }
 
-// Folders that came may be where missing things went: only they come in now, and nothing is taken for gone before the next
-// look.
-void bringFoldersFirst(DiskPass& pass)
-{
-    std::erase_if(pass.arriving, [](const ArrivingItem& item) { return !item.folder; });
-    std::erase_if(pass.actions,
-        [](const DiskPlan::Action& action) { return std::holds_alternative<DiskPlan::Removed>(action); });
-    pass.lookAgain = true;
-}
-
 void measurePictures(DiskPass& pass, const QString& root)
 {
     FileTypes types;
@@ -203,24 +196,82 @@ void measurePictures(DiskPass& pass, const QString& root)
     }
 }
 
-void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans)
+// The rows that a pass compares with the disk.
+struct KnownRows
 {
-    bool anyRemoved = false, anyNewFolder = false;
-    for (DiskPlan::Action& action : outcome.actions) {
+    std::vector<DiskPlan::Known> live;
+    QHash<quint64, QString> trashed; // by identity
+};
+
+// Whether one of the rows may come to lie inside a folder that is new, or lies in one that has another place: the plan tells
+// that apart from things that came and went only once these folders have their rows.
+bool needsFoldersFirst(
+    const DiskPlan::Outcome& outcome, const DiskPlan::Scans& scans, const KnownRows& rows)
+{
+    bool anyRemoved = false, anyNewFolder = false, anyReturns = false;
+    for (const DiskPlan::Action& action : outcome.actions) {
         if (const auto* added = std::get_if<DiskPlan::Added>(&action)) {
             anyNewFolder |= added->entry.folder;
-            addWithContents(scans, added->entry, pass.arriving);
-            continue;
+            std::vector<ArrivingItem> items;
+            if (added->entry.folder && !rows.trashed.isEmpty())
+                addWithContents(scans, added->entry, items, [](const auto&) { return false; });
+            anyReturns |= std::any_of(items.begin(), items.end(),
+                [&](const ArrivingItem& item) { return rows.trashed.contains(item.fileID); });
+        } else if (const auto* move = std::get_if<DiskPlan::Moved>(&action)) {
+            if (move->to.folder)
+                return true;
+        } else if (const auto* back = std::get_if<DiskPlan::Restored>(&action)) {
+            if (back->to.folder)
+                return true;
+        } else {
+            anyRemoved |= std::holds_alternative<DiskPlan::Removed>(action);
         }
-        anyRemoved |= std::holds_alternative<DiskPlan::Removed>(action);
-        if (const auto* move = std::get_if<DiskPlan::Moved>(&action))
-            pass.lookAgain |= move->to.folder;
-        if (const auto* back = std::get_if<DiskPlan::Restored>(&action))
-            pass.lookAgain |= back->to.folder;
-        pass.actions.push_back(std::move(action));
     }
-    if (anyRemoved && anyNewFolder)
-        bringFoldersFirst(pass);
+    return anyReturns || (anyRemoved && anyNewFolder);
+}
+
+// New folders come in, but for those that a row may stand for. Nothing else comes, and nothing is taken for gone before the
+// next look, unless something of another kind lies in its place.
+void takeFoldersFirst(
+    DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans, const KnownRows& rows)
+{
+    QSet<quint64> identities(rows.trashed.keyBegin(), rows.trashed.keyEnd());
+    QHash<QString, QString> paths;
+    for (const DiskPlan::Known& known : rows.live) {
+        paths.insert(known.id, known.path);
+        if (known.inode)
+            identities.insert(*known.inode);
+    }
+    QSet<QString> taken;
+    for (const DiskPlan::Action& action : outcome.actions)
+        if (const auto* added = std::get_if<DiskPlan::Added>(&action))
+            taken.insert(added->entry.path);
+    for (DiskPlan::Action& action : outcome.actions) {
+        const auto* added = std::get_if<DiskPlan::Added>(&action);
+        const auto* removed = std::get_if<DiskPlan::Removed>(&action);
+        if (added && added->entry.folder)
+            addWithContents(scans, added->entry, pass.arriving, [&](const DiskPlan::Entry& entry) {
+                return !entry.folder || identities.contains(entry.inode);
+            });
+        else if (!added && (!removed || taken.contains(paths.value(removed->id))))
+            pass.actions.push_back(std::move(action));
+    }
+    pass.lookAgain = true;
+}
+
+void takeOutcome(
+    DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans, const KnownRows& rows)
+{
+    if (needsFoldersFirst(outcome, scans, rows)) {
+        takeFoldersFirst(pass, std::move(outcome), scans, rows);
+        return;
+    }
+    for (DiskPlan::Action& action : outcome.actions) {
+        if (const auto* added = std::get_if<DiskPlan::Added>(&action))
+            addWithContents(scans, added->entry, pass.arriving, [](const auto&) { return false; });
+        else
+            pass.actions.push_back(std::move(action));
+    }
 }
 
 } // namespace
@@ -249,21 +300,20 @@ Result<DiskPass> lookAtDisk(const QString& root, std::stop_token stop)
     }();
 
     TrashTest trash(*rows);
-    std::vector<DiskPlan::Known> known;
-    known.reserve(rows->size());
-    QHash<quint64, QString> trashed;
+    KnownRows known;
+    known.live.reserve(rows->size());
     for (size_t i = 0; i < rows->size(); ++i) {
         const Row& row = (*rows)[i];
         if ((!row.folder && !row.file) || row.path.isEmpty() || row.path.startsWith(u'/'))
             continue;
         if (trash.isInTrash(i)) {
             if (row.fileID)
-                trashed.insert(*row.fileID, row.id);
+                known.trashed.insert(*row.fileID, row.id);
             continue;
         }
         if (std::none_of(tops.begin(), tops.end(), [&](const QString& top) { return liesIn(row.path, top); }))
             continue;
-        known.push_back({row.id, row.path, row.folder, row.fileID, row.size, row.modified});
+        known.live.push_back({row.id, row.path, row.folder, row.fileID, row.size, row.modified});
         if (row.folder)
             pass.folders.insert(pathKey(row.path, pass.nameCase), row.id);
     }
@@ -272,9 +322,8 @@ Result<DiskPass> lookAtDisk(const QString& root, std::stop_token stop)
 
     const QSet<QString> folderKeys(pass.folders.keyBegin(), pass.folders.keyEnd());
     takeOutcome(pass,
-        DiskPlan::compare(
-            *scans, known, trashed, folderKeys, DiskPlan::Pass::Structural, pass.nameCase),
-        *scans);
+        DiskPlan::compare(*scans, known.live, known.trashed, folderKeys, DiskPlan::Pass::Structural, pass.nameCase),
+        *scans, known);
     measurePictures(pass, root);
     return pass;
 }

@@ -31,6 +31,12 @@ std::optional<FileFacts> factsAt(const QString& absolutePath)
     return fileFacts(QFile::encodeName(absolutePath));
 }
 
+// A folder in a file's place is another thing, and the other way round.
+bool isOfKind(const FileFacts& facts, NodeKind kind)
+{
+    return (facts.kind == FileFacts::Kind::Folder) == (kind == NodeKind::Folder);
+}
+
 // The title of a node whose file has another name now. A title that is the old name without its ending follows without
 // it; any other becomes the whole new name.
 QString titleAfterMove(const QString& title, const QString& oldName, const QString& newName)
@@ -247,7 +253,7 @@ void DiskSync::moved(const QString& id, const DiskPlan::Entry& to)
         return;
     // What still lies at the old path is either the same file under another case of its name, or the move isn't one.
     const auto old = factsAt(m_library.filePath(*node));
-    if (old && old->identity != to.inode)
+    if (old && isOfKind(*old, node->kind) && old->identity != to.inode)
         return;
     const bool written = wasWritten(*node, m_library.tree().seen(id), to);
     if (follow(*node, to, {}) && written)
@@ -348,7 +354,7 @@ void DiskSync::removed(const QString& id)
         m_library.refreshNode(id);
         return;
     }
-    if (factsAt(m_library.filePath(*old)))
+    if (const auto facts = factsAt(m_library.filePath(*old)); facts && isOfKind(*facts, old->kind))
         return;
     Node node = *old;
     node.deletedAt = now();

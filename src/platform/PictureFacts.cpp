@@ -1,13 +1,33 @@
 #include "platform/PictureFacts.h"
 
 #include <QColorSpace>
+#include <QFile>
 #include <QImageReader>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace corvelle {
 
 namespace {
 
 constexpr int greatestSide = 1 << 16; // pixels; more is no picture anybody laid on a canvas
+
+// Opens a regular file and nothing else: a link is never followed, and a pipe would keep us waiting for its writer.
+bool openFile(QFile& file, const QString& path)
+{
+    const int descriptor
+        = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    struct stat facts = {};
+    if (::fstat(descriptor, &facts) == 0 && S_ISREG(facts.st_mode)
+        && file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
+        return true;
+    ::close(descriptor);
+    return false;
+}
 
 bool turnsSideways(const QImageReader& reader)
 {
@@ -18,7 +38,10 @@ bool turnsSideways(const QImageReader& reader)
 
 std::optional<QSize> pictureSize(const QString& path)
 {
-    QImageReader reader(path);
+    QFile file;
+    if (!openFile(file, path))
+        return std::nullopt;
+    QImageReader reader(&file);
     const QSize size = reader.size();
     if (size.isEmpty() || size.width() > greatestSide || size.height() > greatestSide)
         return std::nullopt;
@@ -27,7 +50,10 @@ std::optional<QSize> pictureSize(const QString& path)
 
 QImage scaledPicture(const QString& path, QSize within)
 {
-    QImageReader reader(path);
+    QFile file;
+    if (!openFile(file, path))
+        return {};
+    QImageReader reader(&file);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
     if (size.width() > greatestSide || size.height() > greatestSide)
