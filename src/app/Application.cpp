@@ -4,6 +4,7 @@
 #include "app/Relaunch.h"
 #include "app/TestDriver.h"
 #include "base/Log.h"
+#include "interface/widgets/Look.h"
 #include "interface/wording/Wording.h"
 #include "library/DataSteps.h"
 #include "platform/Desktop.h"
@@ -102,6 +103,8 @@ bool Application::handOver()
 void Application::start()
 {
     watchSignals();
+    takeAppearance();
+    connect(&m_appearance, &Appearance::changed, this, &Application::takeAppearance);
     m_window = std::make_unique<MainWindow>(m_canvas, m_options.showsScratchNote());
     m_window->canvasView().setShowsDots(m_defaults.showsDots());
     if (m_options.probeMs)
@@ -127,6 +130,11 @@ void Application::start()
     m_opened.reset();
     m_window->show();
     libraryOpened();
+}
+
+void Application::takeAppearance()
+{
+    QApplication::setPalette(toolkitPalette(m_appearance.isDark() ? Scheme::Dark : Scheme::Light));
 }
 
 void Application::libraryOpened()

@@ -7,6 +7,7 @@
 #include "disk/DiskSync.h"
 #include "interface/shell/MainWindow.h"
 #include "library/Library.h"
+#include "platform/Appearance.h"
 #include "platform/MessageBus.h"
 
 #include <QApplication>
@@ -86,11 +87,13 @@ private:
     void received(const BusMessage& message);
     void bringToFront(const QString& activationToken);
     void openAddressed(const QString& id);
+    void takeAppearance();
     void watchSignals();
 
     TimedApplication& m_toolkit;
     const LaunchOptions m_options;
     Defaults m_defaults;
+    Appearance m_appearance;
     std::future<LibraryOpening> m_opening;
     std::optional<LibraryOpening> m_opened;
     Library m_library;

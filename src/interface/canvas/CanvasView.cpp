@@ -263,8 +263,6 @@ void CanvasView::wantFaces()
 
 void CanvasView::paintEvent(QPaintEvent* event)
 {
-    QElapsedTimer time;
-    time.start();
     const Camera& camera = m_model.camera();
     const QSizeF viewport = m_model.viewport();
     QPainter painter(this);
@@ -296,8 +294,6 @@ void CanvasView::paintEvent(QPaintEvent* event)
     paintFarHint(painter);
     painter.end();
 
-    m_frames.add(m_frameMs + static_cast<double>(time.nsecsElapsed()) / 1e6);
-    m_frameMs = 0;
     if (m_firstFacesAt == 0)
         noteFirstCards(allHaveFaces);
 }
@@ -427,7 +423,7 @@ void CanvasView::wheelEvent(QWheelEvent* event)
             d = d.transposed();
         m_model.pan(-d.x(), -d.y());
     }
-    m_frameMs += static_cast<double>(time.nsecsElapsed()) / 1e6;
+    m_eventMs += static_cast<double>(time.nsecsElapsed()) / 1e6;
     event->accept();
 }
 
@@ -478,7 +474,7 @@ void CanvasView::mouseMoveEvent(QMouseEvent* event)
         m_marquee->move(at);
         update();
     }
-    m_frameMs += static_cast<double>(time.nsecsElapsed()) / 1e6;
+    m_eventMs += static_cast<double>(time.nsecsElapsed()) / 1e6;
 }
 
 void CanvasView::mouseReleaseEvent(QMouseEvent* event)

@@ -11,6 +11,7 @@
 #include <QWidget>
 
 #include <optional>
+#include <utility>
 
 namespace corvelle {
 
@@ -32,7 +33,10 @@ public:
     // Whether every face in sight is drawn for the zoom that the camera rests at.
     bool isSettled() const;
 
+    // The frames of the window that this view is in; its owner adds to it.
     FrameMeter& frames() { return m_frames; }
+    // Milliseconds that events spent in the model since they were last asked for: they belong to the frame that shows them.
+    double takeEventMs() { return std::exchange(m_eventMs, 0); }
 
     // When cards were first painted, and when all cards in sight first had their faces; seconds since 1970, 0 before.
     double firstCardsAt() const { return m_firstCardsAt; }
@@ -102,7 +106,7 @@ private:
     bool m_ignoresPress = false; // the rest of a double click
     QString m_pointed;
     double m_firstCardsAt = 0, m_firstFacesAt = 0;
-    double m_frameMs = 0; // work of the model since the last frame
+    double m_eventMs = 0; // since the last frame
 };
 
 } // namespace corvelle

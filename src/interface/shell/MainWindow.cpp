@@ -9,6 +9,7 @@
 
 #include <QCloseEvent>
 #include <QContextMenuEvent>
+#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QLocale>
 #include <QMenu>
@@ -94,6 +95,18 @@ void MainWindow::setContentSize(QSize size)
         move(screen->availableGeometry().center() - QPoint(size.width() / 2, size.height() / 2));
 }
 
+// One frame: all that the window paints, and what the events before it did.
+bool MainWindow::event(QEvent* event)
+{
+    if (event->type() != QEvent::UpdateRequest)
+        return QWidget::event(event);
+    QElapsedTimer time;
+    time.start();
+    const bool result = QWidget::event(event);
+    m_canvas->frames().add(m_canvas->takeEventMs() + static_cast<double>(time.nsecsElapsed()) / 1e6);
+    return result;
+}
+
 // ---- layout ----
 
 void MainWindow::layOut()
@@ -160,12 +173,11 @@ void MainWindow::contextMenuEvent(QContextMenuEvent* event)
 {
     if (m_alertPanel)
         return;
-    QMenu menu(this);
-    auto* shownMenu = new QMenu(this);
-    shownMenu->setAttribute(Qt::WA_DeleteOnClose);
-    shownMenu->addAction(
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addAction(
         u"Switch Library…"_s, QKeySequence(u"Ctrl+Shift+O"_s), this, [this] { emit switchLibraryWanted(); });
-    shownMenu->popup(event->globalPos());
+    menu->popup(event->globalPos());
 }
 
 void MainWindow::mousePressEvent(QMouseEvent* event)
