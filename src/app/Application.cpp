@@ -4,6 +4,7 @@
 #include "app/Relaunch.h"
 #include "app/TestDriver.h"
 #include "base/Log.h"
+#include "interface/canvas/CanvasAccessible.h"
 #include "interface/widgets/Look.h"
 #include "interface/wording/Wording.h"
 #include "library/DataSteps.h"
@@ -103,6 +104,7 @@ bool Application::handOver()
 void Application::start()
 {
     watchSignals();
+    installCanvasAccessibility();
     takeAppearance();
     connect(&m_appearance, &Appearance::changed, this, &Application::takeAppearance);
     m_window = std::make_unique<MainWindow>(m_canvas, m_options.showsScratchNote());

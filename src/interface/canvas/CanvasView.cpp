@@ -7,6 +7,7 @@
 #include "interface/theme/Fonts.h"
 #include "interface/theme/Shadows.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QNativeGestureEvent>
@@ -90,7 +91,10 @@ CanvasView::CanvasView(CanvasModel& model, QWidget* parent)
 
     connect(&m_model, &CanvasModel::cameraChanged, this, &CanvasView::cameraChanged);
     connect(&m_model, &CanvasModel::cardsChanged, this, qOverload<>(&QWidget::update));
-    connect(&m_model, &CanvasModel::selectionChanged, this, qOverload<>(&QWidget::update));
+    connect(&m_model, &CanvasModel::selectionChanged, this, [this] {
+        update();
+        announceFocus();
+    });
     connect(&m_model, &CanvasModel::folderChanged, this, [this] {
         stopGlide();
         callOffGestures();
@@ -539,6 +543,19 @@ void CanvasView::hideEvent(QHideEvent*)
 {
     m_spaceHeld = false;
     callOffGestures();
+}
+
+void CanvasView::announceFocus()
+{
+    if (!QAccessible::isActive() || m_model.focus().isEmpty() || m_model.focus() == m_announced)
+        return;
+    m_announced = m_model.focus();
+    const QAccessibleInterface* list = QAccessible::queryAccessibleInterface(this);
+    QAccessibleInterface* item = list ? list->focusChild() : nullptr;
+    if (!item)
+        return;
+    QAccessibleEvent event(item, QAccessible::Focus);
+    QAccessible::updateAccessibility(&event);
 }
 
 // ---- keys ----

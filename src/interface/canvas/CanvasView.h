@@ -23,6 +23,8 @@ public:
     explicit CanvasView(CanvasModel& model, QWidget* parent = nullptr);
     ~CanvasView() override;
 
+    CanvasModel& model() const { return m_model; }
+
     void setScheme(Scheme scheme);
     void setShowsDots(bool shows);
 
@@ -85,6 +87,7 @@ private:
     void setPointed(const QString& key);
     void updateCard(const QString& key);
     void callOffGestures();
+    void announceFocus();
     bool zoomKey(QKeyEvent* event);
     bool selectionKey(QKeyEvent* event);
     const Palette& colors() const { return corvelle::palette(m_scheme); }
@@ -105,6 +108,7 @@ private:
     QString m_pressed; // the card whose plain press waits for its release
     bool m_ignoresPress = false; // the rest of a double click
     QString m_pointed;
+    QString m_announced; // the card that screen readers heard of last
     double m_firstCardsAt = 0, m_firstFacesAt = 0;
     double m_eventMs = 0; // since the last frame
 };
