@@ -282,7 +282,8 @@ void Application::quit()
     if (QWidget* focused = QApplication::focusWidget())
         focused->clearFocus();
     relaunchIfPending();
-    QCoreApplication::quit();
+    // Queued: a stop that is asked for before the event loop runs counts as well.
+    QMetaObject::invokeMethod(qApp, [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
 }
 
 void Application::relaunchIfPending()

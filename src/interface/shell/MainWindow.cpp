@@ -83,7 +83,7 @@ void MainWindow::addShortcuts()
     add(u"Alt+Right"_s, [this] { m_model.goForward(); });
     add(u"Alt+Home"_s, [this] { m_model.goHome(); });
     add(u"Ctrl+Shift+O"_s, [this] { emit switchLibraryWanted(); });
-    add(QKeySequence::Quit, [this] { close(); });
+    add(u"Ctrl+Q"_s, [this] { close(); }); // not every desktop has a standard key for it
 }
 
 void MainWindow::setContentSize(QSize size)
