@@ -390,15 +390,15 @@ QStringList Application::busyWith() const
     return busy;
 }
 
-void Application::postKey(int key, Qt::KeyboardModifiers modifiers, const QString& text)
+void Application::postKey(
+    QEvent::Type type, int key, Qt::KeyboardModifiers modifiers, const QString& text)
 {
     QWidget* focused = QApplication::focusWidget();
     QObject* target = focused ? focused : &m_window->canvasView();
     QString typed = text;
     if (typed.isEmpty() && !(modifiers & ~Qt::ShiftModifier) && key < 0x80)
         typed = QChar(key).toLower();
-    QCoreApplication::postEvent(target, new QKeyEvent(QEvent::KeyPress, key, modifiers, typed));
-    QCoreApplication::postEvent(target, new QKeyEvent(QEvent::KeyRelease, key, modifiers, typed));
+    QCoreApplication::postEvent(target, new QKeyEvent(type, key, modifiers, typed));
 }
 
 void Application::postMouse(
