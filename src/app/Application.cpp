@@ -292,7 +292,8 @@ void Application::quit()
     if (QWidget* focused = QApplication::focusWidget())
         focused->clearFocus();
     relaunchIfPending();
-    QCoreApplication::quit();
+    // Queued: a stop that is asked for before the event loop runs counts as well.
+    QMetaObject::invokeMethod(qApp, [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
 }
 
 void Application::relaunchIfPending()
@@ -399,15 +400,15 @@ QStringList Application::busyWith() const
     return busy;
 }
 
-void Application::postKey(int key, Qt::KeyboardModifiers modifiers, const QString& text)
+void Application::postKey(
+    QEvent::Type type, int key, Qt::KeyboardModifiers modifiers, const QString& text)
 {
     QWidget* focused = QApplication::focusWidget();
     QObject* target = focused ? focused : &m_window->canvasView();
     QString typed = text;
     if (typed.isEmpty() && !(modifiers & ~Qt::ShiftModifier) && key < 0x80)
         typed = QChar(key).toLower();
-    QCoreApplication::postEvent(target, new QKeyEvent(QEvent::KeyPress, key, modifiers, typed));
-    QCoreApplication::postEvent(target, new QKeyEvent(QEvent::KeyRelease, key, modifiers, typed));
+    QCoreApplication::postEvent(target, new QKeyEvent(type, key, modifiers, typed));
 }
 
 void Application::postMouse(

@@ -68,7 +68,7 @@ public:
     void resetLongestEvent() { m_toolkit.resetLongestEvent(); }
 
     // Real input events, as from the window system.
-    void postKey(int key, Qt::KeyboardModifiers modifiers, const QString& text);
+    void postKey(QEvent::Type type, int key, Qt::KeyboardModifiers modifiers, const QString& text);
     void postMouse(QEvent::Type type, QPointF at, Qt::MouseButton button, Qt::KeyboardModifiers modifiers);
     void postWheel(QPointF at, QPoint pixels, QPoint angle, Qt::KeyboardModifiers modifiers);
 

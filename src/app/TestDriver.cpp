@@ -198,7 +198,8 @@ void TestDriver::addInputVerbs()
     m_verbs[u"key"_s] = [this](const QJsonObject& a) { return key(a); };
     m_verbs[u"text"_s] = [this](const QJsonObject& a) {
         for (const QChar c : a[u"text"].toString()) {
-            m_application.postKey(0, Qt::NoModifier, c);
+            m_application.postKey(QEvent::KeyPress, 0, Qt::NoModifier, c);
+            m_application.postKey(QEvent::KeyRelease, 0, Qt::NoModifier, c);
         }
         return Answer{QJsonObject(), {}};
     };
@@ -281,9 +282,16 @@ TestDriver::Answer TestDriver::key(const QJsonObject& arguments)
     const QKeySequence sequence = QKeySequence::fromString(arguments[u"key"].toString(), QKeySequence::PortableText);
     if (sequence.count() != 1 || sequence[0].key() == Qt::Key_unknown)
         return {{}, u"There is no key of this name."_s};
+    const QString type = arguments[u"type"].toString();
+    if (!type.isEmpty() && type != u"press" && type != u"release")
+        return {{}, u"A key event is a press or a release; without a type it is both."_s};
     const int times = std::clamp(arguments[u"times"].toInt(1), 1, mostTimes);
-    for (int i = 0; i < times; ++i)
-        m_application.postKey(sequence[0].key(), sequence[0].keyboardModifiers(), {});
+    for (int i = 0; i < times; ++i) {
+        if (type != u"release")
+            m_application.postKey(QEvent::KeyPress, sequence[0].key(), sequence[0].keyboardModifiers(), {});
+        if (type != u"press")
+            m_application.postKey(QEvent::KeyRelease, sequence[0].key(), sequence[0].keyboardModifiers(), {});
+    }
     return {QJsonObject(), {}};
 }
 

@@ -78,13 +78,13 @@ void CanvasModel::goUp()
         open(folder->parentID);
 }
 
-void CanvasModel::enter(const QString& folderID)
+void CanvasModel::enter(QString folderID)
 {
     m_cameras.insert(m_folderID, m_camera);
     // The folder that we come out of keeps the focus, so that Return goes back into it.
     const Node* left = m_library.node(m_folderID);
     m_focus = left && left->parentID == folderID ? left->id : QString();
-    m_folderID = folderID;
+    m_folderID = std::move(folderID);
     m_selection.clear();
     m_needsCamera = true;
     placeCards();

@@ -129,7 +129,7 @@ signals:
     void openItem(const QString& id);
 
 private:
-    void enter(const QString& folderID);
+    void enter(QString folderID); // a copy: the caller's text may be one that changes here, such as the focus
     void takeTreeChange(const TreeChange& change);
     bool patchCards(const TreeChange& change);
     void placeCards();

@@ -5,6 +5,7 @@ namespace corvelle {
 namespace {
 
 constexpr double leastMarquee = 3; // points on the screen
+constexpr double leastExtent = 0.01;
 
 } // namespace
 
@@ -22,8 +23,9 @@ void MarqueeGesture::move(QPointF to)
     if (m_rect.isNull() && rect.width() < leastMarquee && rect.height() < leastMarquee)
         return;
     m_rect = rect;
-    const QRectF onCanvas(toCanvas(rect.topLeft(), m_model.camera(), m_model.viewport()),
-        toCanvas(rect.bottomRight(), m_model.camera(), m_model.viewport()));
+    // A line meets cards as well: drawn straight down, the rectangle has no area.
+    const QSizeF size = rect.size().expandedTo(QSizeF(leastExtent, leastExtent)) / m_model.camera().scale();
+    const QRectF onCanvas(toCanvas(rect.topLeft(), m_model.camera(), m_model.viewport()), size);
     QSet<QString> keys = m_base;
     for (const int index : m_model.cardsMeeting(onCanvas)) {
         const QString& key = m_model.cards()[static_cast<size_t>(index)].key;

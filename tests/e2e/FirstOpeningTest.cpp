@@ -15,7 +15,8 @@ namespace {
 class FirstOpening : public testing::Test
 {
 protected:
-    // Starts the program on the folder as it is, lets it come to rest and ends it. The folder must come out of it untouched.
+    // Starts the program on the folder as it is, lets it come to rest and ends it. The folder must
+    // come out of it untouched.
     Tree openOnce()
     {
         const FolderPrint before = printOf(home.library());
@@ -50,8 +51,8 @@ TEST_F(FirstOpening, bringsEveryFileAndFolderInWithItsFacts)
     const Tree tree = openOnce();
 
     EXPECT_EQ(tree.paths(),
-        (QStringList{"My Space/Trip", "My Space/Trip/Paris", "My Space/Trip/Paris/hotel.pdf", "My Space/Trip/Rome",
-            "My Space/Trip/plan.md", "My Space/letter.txt"}));
+        (QStringList{"My Space/Trip", "My Space/Trip/Paris", "My Space/Trip/Paris/hotel.pdf",
+            "My Space/Trip/Rome", "My Space/Trip/plan.md", "My Space/letter.txt"}));
     EXPECT_EQ(tree.titlesIn({}), (QStringList{"Trip", "letter.txt"}));
     EXPECT_EQ(tree.titlesIn("My Space/Trip"), (QStringList{"Paris", "Rome", "plan.md"}));
     const QJsonObject letter = tree.at("My Space/letter.txt");
@@ -97,9 +98,10 @@ TEST_F(FirstOpening, measuresPictures)
 
 TEST_F(FirstOpening, leavesOutWhatIsHiddenUnfinishedOrGenerated)
 {
-    const QStringList skipped = {".hidden", ".folder/x.txt", "~$letter.docx", "old.txt~", "Icon\r", "x.sb-1a2b",
-        "movie.mp4.part", "setup.CRDOWNLOAD", "a.tmp", "#draft#", "4913", "node_modules/m/index.js",
-        "__pycache__/a.pyc", "app/Pods/p.h", "DerivedData/d", "venv/pyvenv.cfg"};
+    const QStringList skipped = {".hidden", ".folder/x.txt", "~$letter.docx", "old.txt~", "Icon\r",
+        "x.sb-1a2b", "movie.mp4.part", "setup.CRDOWNLOAD", "a.tmp", "#draft#", "4913",
+        "node_modules/m/index.js", "__pycache__/a.pyc", "app/Pods/p.h", "DerivedData/d",
+        "venv/pyvenv.cfg"};
     for (const QString& name : skipped)
         home.givenFile(name);
     home.givenFile("tools/venv/notes.txt"); // no environment of a tool: nothing marks it
@@ -138,10 +140,11 @@ TEST_F(FirstOpening, makesEachSymbolicLinkOneFileAndFollowsNone)
     home.givenLink("disk", "/");
     const Tree tree = openOnce();
     EXPECT_EQ(tree.paths(),
-        (QStringList{"My Space/dangling", "My Space/disk", "My Space/itself", "My Space/real", "My Space/real/inside.txt",
-            "My Space/real/picture.png", "My Space/real/up", "My Space/to file.txt", "My Space/to folder",
-            "My Space/to picture.png"}));
-    for (const char* link : {"to folder", "to file.txt", "to picture.png", "dangling", "itself", "disk", "real/up"}) {
+        (QStringList{"My Space/dangling", "My Space/disk", "My Space/itself", "My Space/real",
+            "My Space/real/inside.txt", "My Space/real/picture.png", "My Space/real/up",
+            "My Space/to file.txt", "My Space/to folder", "My Space/to picture.png"}));
+    for (const char* link :
+        {"to folder", "to file.txt", "to picture.png", "dangling", "itself", "disk", "real/up"}) {
         SCOPED_TRACE(link);
         const QJsonObject node = tree.at(QString("My Space/") + link);
         EXPECT_EQ(node["kind"].toString(), "file");
@@ -163,8 +166,9 @@ TEST_F(FirstOpening, takesAnyNameThatIsText)
 {
     const QString longest = QString(125, QChar(0xe9)) + "x.txt"; // 255 bytes
     ASSERT_EQ(longest.toUtf8().size(), 255);
-    const QStringList names = {"two\nlines.txt", QString::fromUtf8("\xf0\x9f\x8e\x89 party.txt"), longest, "tab\there", "back\\slash",
-        " blanks ", "?*\"<>|%00", "-rf", "e\u0301.txt", "\u00e9.txt", "\u202ertl.txt"};
+    const QStringList names = {"two\nlines.txt", QString::fromUtf8("\xf0\x9f\x8e\x89 party.txt"),
+        longest, "tab\there", "back\\slash", " blanks ", "?*\"<>|%00", "-rf", "e\u0301.txt",
+        "\u00e9.txt", "\u202ertl.txt"};
     for (const QString& name : names)
         home.givenFile(name);
     QStringList expected = names;
@@ -231,8 +235,8 @@ TEST_F(FirstOpening, goesOnAroundAFolderThatCannotBeListed)
     const Tree tree = openOnce();
     EXPECT_EQ(tree.paths(), (QStringList{"My Space/open", "My Space/open/a.txt", "My Space/shut"}));
     ::chmod(QFile::encodeName(home.space("shut")).constData(), 0700);
-    EXPECT_EQ(openOnce().paths(),
-        (QStringList{"My Space/open", "My Space/open/a.txt", "My Space/shut", "My Space/shut/secret.txt"}));
+    EXPECT_EQ(openOnce().paths(), (QStringList{"My Space/open", "My Space/open/a.txt",
+                                      "My Space/shut", "My Space/shut/secret.txt"}));
 }
 
 TEST_F(FirstOpening, makesANewLibraryWhereNothingIs)
@@ -242,7 +246,8 @@ TEST_F(FirstOpening, makesANewLibraryWhereNothingIs)
     EXPECT_EQ(program.tree().paths(), QStringList());
     EXPECT_TRUE(QFileInfo(home.space()).isDir());
     EXPECT_EQ(QFileInfo(home.library(".corvelle")).permissions() & 0x0077, QFile::Permissions());
-    EXPECT_FALSE(QFileInfo::exists(home.path("config/Corvelle/Corvelle.conf"))); // nothing is remembered
+    EXPECT_FALSE(
+        QFileInfo::exists(home.path("config/Corvelle/Corvelle.conf"))); // nothing is remembered
     const QJsonObject camera = program.state()["camera"].toObject();
     EXPECT_EQ(camera, (QJsonObject{{"x", 0}, {"y", 0}, {"zoom", 1}}));
     EXPECT_EQ(program.quit(), 0);
@@ -250,8 +255,10 @@ TEST_F(FirstOpening, makesANewLibraryWhereNothingIs)
 
 TEST_F(FirstOpening, doesNotDependOnTheSystemsLanguage)
 {
-    const QString root = home.path(QString::fromUtf8("B\xc3\xbc" "cher \xf0\x9f\x93\x9a"));
-    home.folder.makeFile(QFileInfo(root).fileName() + "/My Space/" + QString::fromUtf8("\xc3\xa9.txt"));
+    const QString root = home.path(QString::fromUtf8("B\xc3\xbc"
+                                                     "cher \xf0\x9f\x93\x9a"));
+    home.folder.makeFile(
+        QFileInfo(root).fileName() + "/My Space/" + QString::fromUtf8("\xc3\xa9.txt"));
     Program program(home, {{}, {{"CORVELLE_LIBRARY", root}, {"LC_ALL", "C"}, {"LANG", "C"}}});
     program.settle();
     EXPECT_EQ(program.tell("ping")["library"].toString(), root);

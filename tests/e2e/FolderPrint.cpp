@@ -47,18 +47,20 @@ void read(int folder, const QByteArray& below, FolderPrint& print)
         if (::fstatat(folder, name, &facts, AT_SYMLINK_NOFOLLOW) != 0)
             continue;
         const QByteArray path = below + name;
-        QByteArray line = QByteArray::number(facts.st_mode, 8) + ' ' + QByteArray::number(facts.st_uid) + " #"
-            + QByteArray::number(static_cast<quint64>(facts.st_ino)) + ' '
-            + QByteArray::number(static_cast<qint64>(facts.st_size)) + " at "
-            + QByteArray::number(static_cast<qint64>(facts.st_mtim.tv_sec)) + '.'
-            + QByteArray::number(static_cast<qint64>(facts.st_mtim.tv_nsec)) + ' ';
+        QByteArray line = QByteArray::number(facts.st_mode, 8) + ' ' +
+                          QByteArray::number(facts.st_uid) + " #" +
+                          QByteArray::number(static_cast<quint64>(facts.st_ino)) + ' ' +
+                          QByteArray::number(static_cast<qint64>(facts.st_size)) + " at " +
+                          QByteArray::number(static_cast<qint64>(facts.st_mtim.tv_sec)) + '.' +
+                          QByteArray::number(static_cast<qint64>(facts.st_mtim.tv_nsec)) + ' ';
         if (S_ISREG(facts.st_mode))
             line += contentOf(folder, name);
         else if (S_ISLNK(facts.st_mode))
             line += targetOf(folder, name);
         print.insert(path, line);
         if (S_ISDIR(facts.st_mode)) {
-            const int inner = ::openat(folder, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
+            const int inner =
+                ::openat(folder, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
             if (inner >= 0)
                 read(inner, path + '/', print);
         }
@@ -71,7 +73,8 @@ void read(int folder, const QByteArray& below, FolderPrint& print)
 FolderPrint printOf(const QString& folder)
 {
     FolderPrint print;
-    const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int descriptor =
+        ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor >= 0)
         read(descriptor, {}, print);
     return print;

@@ -1,4 +1,5 @@
-// What one person has: a library, and places of their own for everything that a program keeps elsewhere.
+// What one person has: a library, and places of their own for everything that a program keeps
+// elsewhere.
 //
 // All of it lies in one temporary folder and is gone at the end of the test.
 #pragma once
@@ -25,7 +26,10 @@ public:
     ~Home() { std::filesystem::remove_all(path("library").toStdString()); }
 
     QString path(const QString& below) const { return folder.path(below); }
-    QString library(const QString& below = {}) const { return path(below.isEmpty() ? "library" : "library/" + below); }
+    QString library(const QString& below = {}) const
+    {
+        return path(below.isEmpty() ? "library" : "library/" + below);
+    }
     // In the folder of the first space, where the person's files are.
     QString space(const QString& below = {}) const
     {
@@ -45,17 +49,23 @@ public:
     // As a person's own programs do it. Both names are places in the space, or absolute.
     void moves(const QString& from, const QString& to) const
     {
-        const auto absolute = [&](const QString& name) { return name.startsWith('/') ? name : space(name); };
-        const int done = ::rename(
-            QFile::encodeName(absolute(from)).constData(), QFile::encodeName(absolute(to)).constData());
+        const auto absolute = [&](const QString& name) {
+            return name.startsWith('/') ? name : space(name);
+        };
+        const int done = ::rename(QFile::encodeName(absolute(from)).constData(),
+            QFile::encodeName(absolute(to)).constData());
         EXPECT_EQ(done, 0) << from.toStdString() << " to " << to.toStdString();
     }
-    void removes(const QString& below) const { std::filesystem::remove_all(space(below).toStdString()); }
+    void removes(const QString& below) const
+    {
+        std::filesystem::remove_all(space(below).toStdString());
+    }
 
     // The choice that the program remembers.
     void remembers(const QString& libraryPath) const
     {
-        folder.makeFile("config/Corvelle/Corvelle.conf", "[General]\nlibraryPath=" + libraryPath.toUtf8() + "\n");
+        folder.makeFile("config/Corvelle/Corvelle.conf",
+            "[General]\nlibraryPath=" + libraryPath.toUtf8() + "\n");
     }
 
     TempFolder folder;

@@ -8,8 +8,8 @@
 
 namespace {
 
-// Each opening is a run of the program: it starts, comes to rest, tells its tree and ends. What a person does to the folder
-// happens between two of them.
+// Each opening is a run of the program: it starts, comes to rest, tells its tree and ends. What a
+// person does to the folder happens between two of them.
 class LaterOpening : public testing::Test
 {
 protected:
@@ -30,13 +30,19 @@ protected:
     void givenTitle(const QString& id, const QString& title)
     {
         sqlite3* database = nullptr;
-        ASSERT_EQ(sqlite3_open(home.library(".corvelle/library.sqlite").toUtf8().constData(), &database), SQLITE_OK);
+        ASSERT_EQ(
+            sqlite3_open(home.library(".corvelle/library.sqlite").toUtf8().constData(), &database),
+            SQLITE_OK);
         const QString sql = QString("UPDATE nodes SET title = '%1' WHERE id = '%2'").arg(title, id);
-        EXPECT_EQ(sqlite3_exec(database, sql.toUtf8().constData(), nullptr, nullptr, nullptr), SQLITE_OK);
+        EXPECT_EQ(
+            sqlite3_exec(database, sql.toUtf8().constData(), nullptr, nullptr, nullptr), SQLITE_OK);
         sqlite3_close(database);
     }
 
-    static QPointF placeOf(const QJsonObject& node) { return {node["x"].toDouble(), node["y"].toDouble()}; }
+    static QPointF placeOf(const QJsonObject& node)
+    {
+        return {node["x"].toDouble(), node["y"].toDouble()};
+    }
 
     Home home;
 };
@@ -92,7 +98,8 @@ TEST_F(LaterOpening, letsAFileKeepItsCardInAnotherFolder)
     home.givenFile("own title.txt");
     home.givenFile("Box/there.txt");
     const Tree before = openOnce();
-    const QString moved = before.idAt("My Space/a.txt"), titled = before.idAt("My Space/own title.txt");
+    const QString moved = before.idAt("My Space/a.txt"),
+                  titled = before.idAt("My Space/own title.txt");
     givenTitle(titled, "Mine");
     home.moves("a.txt", "Box/a.txt");
     home.moves("own title.txt", "Box/own title.txt");
@@ -103,7 +110,8 @@ TEST_F(LaterOpening, letsAFileKeepItsCardInAnotherFolder)
     // Below the card that was there: 160 + 112, and the gap of 160.
     EXPECT_EQ(placeOf(after.node(moved)), QPointF(0, 432));
     EXPECT_EQ(placeOf(after.node(titled)), QPointF(256, 432));
-    EXPECT_GT(after.node(moved)["position"].toString(), after.at("My Space/Box/there.txt")["position"].toString());
+    EXPECT_GT(after.node(moved)["position"].toString(),
+        after.at("My Space/Box/there.txt")["position"].toString());
 }
 
 TEST_F(LaterOpening, letsAMovedFolderKeepAllThatLiesInIt)
@@ -115,9 +123,11 @@ TEST_F(LaterOpening, letsAMovedFolderKeepAllThatLiesInIt)
     home.moves("Work", "Archive/Work 2023");
     const Tree after = openOnce();
     EXPECT_EQ(after.paths(),
-        (QStringList{"My Space/Archive", "My Space/Archive/Work 2023", "My Space/Archive/Work 2023/Deep",
-            "My Space/Archive/Work 2023/Deep/a.txt", "My Space/Archive/Work 2023/b.txt"}));
-    for (const QString& below : {QString(), QString("/Deep"), QString("/Deep/a.txt"), QString("/b.txt")}) {
+        (QStringList{"My Space/Archive", "My Space/Archive/Work 2023",
+            "My Space/Archive/Work 2023/Deep", "My Space/Archive/Work 2023/Deep/a.txt",
+            "My Space/Archive/Work 2023/b.txt"}));
+    for (const QString& below :
+        {QString(), QString("/Deep"), QString("/Deep/a.txt"), QString("/b.txt")}) {
         SCOPED_TRACE(below.toStdString());
         const QJsonObject old = before.at("My Space/Work" + below);
         const QJsonObject node = after.at("My Space/Archive/Work 2023" + below);
@@ -127,7 +137,8 @@ TEST_F(LaterOpening, letsAMovedFolderKeepAllThatLiesInIt)
             EXPECT_EQ(node["parentID"], old["parentID"]);
         }
     }
-    EXPECT_EQ(after.at("My Space/Archive/Work 2023")["parentID"].toString(), after.idAt("My Space/Archive"));
+    EXPECT_EQ(after.at("My Space/Archive/Work 2023")["parentID"].toString(),
+        after.idAt("My Space/Archive"));
     EXPECT_EQ(after.at("My Space/Archive/Work 2023")["title"].toString(), "Work 2023");
 }
 
@@ -214,7 +225,8 @@ TEST_F(LaterOpening, takesAFolderInAFilesPlaceForSomethingElse)
     home.removes("box");
     home.givenFile("box", "a file now");
     const Tree after = openOnce();
-    EXPECT_EQ(after.paths(), (QStringList{"My Space/box", "My Space/thing", "My Space/thing/inner.txt"}));
+    EXPECT_EQ(
+        after.paths(), (QStringList{"My Space/box", "My Space/thing", "My Space/thing/inner.txt"}));
     EXPECT_EQ(after.at("My Space/box")["kind"].toString(), "file");
     EXPECT_EQ(after.at("My Space/thing")["kind"].toString(), "folder");
     EXPECT_TRUE(after.isInTrash(before.idAt("My Space/thing")));
@@ -233,7 +245,8 @@ TEST_F(LaterOpening, takesWhatIsGoneToTheTrashAndBackWhenItReturns)
     for (const char* path : {"a.txt", "Folder", "Folder/Inner", "Folder/Inner/b.txt"}) {
         const QString id = first.idAt(QString("My Space/") + path);
         EXPECT_TRUE(without.isInTrash(id)) << path;
-        EXPECT_EQ(without.node(id)["deletedAt"].isNull(), QString(path).startsWith("Folder/")) << path;
+        EXPECT_EQ(without.node(id)["deletedAt"].isNull(), QString(path).startsWith("Folder/"))
+            << path;
     }
     home.moves(home.path("a.txt"), "again.txt");
     home.moves(home.path("Folder"), "Folder again");
@@ -241,7 +254,8 @@ TEST_F(LaterOpening, takesWhatIsGoneToTheTrashAndBackWhenItReturns)
     EXPECT_EQ(back.idAt("My Space/again.txt"), first.idAt("My Space/a.txt"));
     EXPECT_EQ(back.at("My Space/again.txt")["title"].toString(), "again.txt");
     EXPECT_EQ(back.idAt("My Space/Folder again"), first.idAt("My Space/Folder"));
-    EXPECT_EQ(back.idAt("My Space/Folder again/Inner/b.txt"), first.idAt("My Space/Folder/Inner/b.txt"));
+    EXPECT_EQ(
+        back.idAt("My Space/Folder again/Inner/b.txt"), first.idAt("My Space/Folder/Inner/b.txt"));
     EXPECT_EQ(back.trashedPaths(), QStringList());
 }
 
@@ -278,7 +292,8 @@ TEST_F(LaterOpening, tellsTheNewSizeOfAChangedFile)
     EXPECT_EQ(after.idAt("My Space/p.png"), before.idAt("My Space/p.png"));
     EXPECT_EQ(after.at("My Space/p.png")["width"].toInt(), 40);
     EXPECT_EQ(after.at("My Space/p.png")["height"].toInt(), 30);
-    EXPECT_EQ(after.at("My Space/p.png")["byteSize"].toInteger(), QFileInfo(home.space("p.png")).size());
+    EXPECT_EQ(
+        after.at("My Space/p.png")["byteSize"].toInteger(), QFileInfo(home.space("p.png")).size());
 }
 
 TEST_F(LaterOpening, keepsTheCardOfAFileSavedThroughATemporaryOne)
@@ -323,7 +338,8 @@ TEST_F(LaterOpening, takesNothingToTheTrashThatLiesInAFolderItCannotList)
     home.givenFile("Shut/a.txt");
     home.givenFile("Shut/Inner/b.txt");
     const Tree before = openOnce();
-    for (const mode_t rights : {0000, 0444}) { // not even listed; listed, but nothing told of what is in it
+    for (const mode_t rights :
+        {0000, 0444}) { // not even listed; listed, but nothing told of what is in it
         ASSERT_EQ(::chmod(QFile::encodeName(home.space("Shut")).constData(), rights), 0);
         EXPECT_EQ(openOnce().nodes(), before.nodes()) << rights;
     }

@@ -25,7 +25,8 @@ void becomeOrdinary()
     ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
 }
 
-QProcessEnvironment environmentFor(const Home& home, const Program::Options& options, const QString& commands)
+QProcessEnvironment environmentFor(
+    const Home& home, const Program::Options& options, const QString& commands)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const QString& name : environment.keys())
@@ -60,8 +61,9 @@ Tree::Tree(const QJsonArray& nodes)
     std::vector<QJsonObject> sorted;
     for (const QJsonValue& node : nodes)
         sorted.push_back(node.toObject());
-    std::sort(sorted.begin(), sorted.end(),
-        [](const auto& left, const auto& right) { return left["id"].toString() < right["id"].toString(); });
+    std::sort(sorted.begin(), sorted.end(), [](const auto& left, const auto& right) {
+        return left["id"].toString() < right["id"].toString();
+    });
     for (const QJsonObject& node : sorted)
         m_nodes.append(node);
 }
@@ -189,7 +191,8 @@ QByteArray Program::nextLine(const QByteArray& told)
         }
         // Also the pause between two looks.
         if (m_process.state() == QProcess::NotRunning || m_process.waitForFinished(5)) {
-            ADD_FAILURE() << "The program ended before it answered " << told.toStdString() << "\nIt wrote:\n"
+            ADD_FAILURE() << "The program ended before it answered " << told.toStdString()
+                          << "\nIt wrote:\n"
                           << log().toStdString();
             return {};
         }
@@ -213,7 +216,8 @@ QJsonValue Program::tell(const QString& verb, QJsonObject arguments)
     arguments["do"] = verb;
     const QByteArray line = QJsonDocument(arguments).toJson(QJsonDocument::Compact);
     const QJsonObject answer = answerTo(line);
-    EXPECT_TRUE(answer["ok"].toBool()) << line.toStdString() << ": " << answer["error"].toString().toStdString();
+    EXPECT_TRUE(answer["ok"].toBool())
+        << line.toStdString() << ": " << answer["error"].toString().toStdString();
     EXPECT_EQ(answer["n"].toInt(), m_number);
     return answer["result"];
 }
@@ -227,15 +231,17 @@ void Program::settle()
 
 // ---- input ----
 
-void Program::mouse(const QString& type, QPointF at, const QString& button, const QString& modifiers)
+void Program::mouse(
+    const QString& type, QPointF at, const QString& button, const QString& modifiers)
 {
-    tell("mouse", {{"type", type}, {"x", at.x()}, {"y", at.y()}, {"button", button}, {"mods", modifiers}});
+    tell("mouse",
+        {{"type", type}, {"x", at.x()}, {"y", at.y()}, {"button", button}, {"mods", modifiers}});
 }
 
 void Program::wheel(QPointF at, QPoint notches, const QString& modifiers)
 {
-    tell("wheel",
-        {{"x", at.x()}, {"y", at.y()}, {"dx", notches.x() * 120}, {"dy", notches.y() * 120}, {"mods", modifiers}});
+    tell("wheel", {{"x", at.x()}, {"y", at.y()}, {"dx", notches.x() * 120},
+                      {"dy", notches.y() * 120}, {"mods", modifiers}});
 }
 
 // ---- what is on the screen ----

@@ -1,7 +1,9 @@
-// The real program, started without a display in a person's own places, and spoken to through its scripted channel.
+// The real program, started without a display in a person's own places, and spoken to through its
+// scripted channel.
 //
-// Whatever a command should have and hasn't is a failure of the test, told with the command. The program runs with the rights
-// of an ordinary person, also where the tests run as root: what may not be read, it can't read. It is killed with the test.
+// Whatever a command should have and hasn't is a failure of the test, told with the command. The
+// program runs with the rights of an ordinary person, also where the tests run as root: what may
+// not be read, it can't read. It is killed with the test.
 #pragma once
 
 #include "e2e/Home.h"
@@ -57,14 +59,15 @@ public:
 
     // ---- the channel ----
     QJsonValue tell(const QString& verb, QJsonObject arguments = {}); // its result
-    QJsonObject answerTo(const QByteArray& line);                     // the whole answer, whatever it says
+    QJsonObject answerTo(const QByteArray& line); // the whole answer, whatever it says
     void settle();
     QJsonObject state() { return tell("state").toObject(); }
     Tree tree() { return Tree(tell("tree", {{"trash", true}}).toArray()); }
 
     // ---- input ----
     void key(const QString& name, int times = 1) { tell("key", {{"key", name}, {"times", times}}); }
-    void mouse(const QString& type, QPointF at, const QString& button = "left", const QString& modifiers = {});
+    void mouse(const QString& type, QPointF at, const QString& button = "left",
+        const QString& modifiers = {});
     void wheel(QPointF at, QPoint notches, const QString& modifiers = {});
 
     // ---- what is on the screen ----
@@ -72,12 +75,18 @@ public:
     QStringList selection();                                  // sorted
     QJsonObject alert() { return state()["alert"].toObject(); }
     QPointF onScreen(QPointF canvas);
-    QPointF onScreen(const QJsonObject& node) { return onScreen(QPointF(node["x"].toDouble(), node["y"].toDouble())); }
+    QPointF onScreen(const QJsonObject& node)
+    {
+        return onScreen(QPointF(node["x"].toDouble(), node["y"].toDouble()));
+    }
     QPointF onCanvas(QPointF screen);
 
     // ---- its life ----
     qint64 pid() const { return m_process.processId(); }
-    bool isRunning() { return !m_process.waitForFinished(0) && m_process.state() == QProcess::Running; }
+    bool isRunning()
+    {
+        return !m_process.waitForFinished(0) && m_process.state() == QProcess::Running;
+    }
     // The exit code; none when it still runs after the time, or died of a signal.
     std::optional<int> ended(int withinMs = 20'000);
     std::optional<int> quit();

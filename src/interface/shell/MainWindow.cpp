@@ -84,7 +84,7 @@ void MainWindow::addShortcuts()
     add(u"Alt+Right"_s, [this] { m_model.goForward(); });
     add(u"Alt+Home"_s, [this] { m_model.goHome(); });
     add(u"Ctrl+Shift+O"_s, [this] { emit switchLibraryWanted(); });
-    add(QKeySequence::Quit, [this] { close(); });
+    add(u"Ctrl+Q"_s, [this] { close(); }); // not every desktop has a standard key for it
 }
 
 void MainWindow::setContentSize(QSize size)
@@ -244,12 +244,16 @@ QJsonArray MainWindow::toastsJson() const
 
 std::optional<QJsonObject> MainWindow::alertJson() const
 {
-    if (!m_alert)
+    if (!m_alert || !m_alertPanel)
         return std::nullopt;
-    QJsonArray buttons;
-    for (const Alert::Answer& answer : m_alert->answers)
-        buttons.append(answer.words);
-    return QJsonObject{{u"title"_s, m_alert->title}, {u"text"_s, m_alert->text}, {u"buttons"_s, buttons}};
+    QJsonArray buttons, places;
+    for (int i = 0; i < static_cast<int>(m_alert->answers.size()); ++i) {
+        const QRect place = m_alertPanel->answerPlace(i);
+        buttons.append(m_alert->answers[static_cast<size_t>(i)].words);
+        places.append(QJsonArray{place.x(), place.y(), place.width(), place.height()});
+    }
+    return QJsonObject{{u"title"_s, m_alert->title}, {u"text"_s, m_alert->text}, {u"buttons"_s, buttons},
+        {u"places"_s, places}};
 }
 
 } // namespace corvelle

@@ -166,6 +166,12 @@ void AlertPanel::choose(int answer)
     emit chosen(answer);
 }
 
+QRect AlertPanel::answerPlace(int answer) const
+{
+    const PushButton* button = m_buttons[static_cast<std::size_t>(answer)];
+    return QRect(button->mapTo(&m_host, QPoint(0, 0)), button->size());
+}
+
 int AlertPanel::answerOf(bool wayOut) const
 {
     for (std::size_t i = 0; i < m_alert.answers.size(); ++i) {

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <QPointer>
+#include <QRect>
 #include <QString>
 #include <QWidget>
 
@@ -45,6 +46,9 @@ public:
 
     // Gives an answer as if it had been pressed.
     void choose(int answer);
+
+    // Where the button of an answer is, in the host.
+    QRect answerPlace(int answer) const;
 
 signals:
     // The number of the answer in Alert::answers. Sent once; the panel is on its way out then.
