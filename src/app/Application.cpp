@@ -110,7 +110,7 @@ void Application::start()
     m_window = std::make_unique<MainWindow>(m_canvas, m_options.showsScratchNote());
     m_window->canvasView().setShowsDots(m_defaults.showsDots());
     if (m_options.probeMs)
-        m_window->canvasView().frames().setSlowLimit(*m_options.probeMs);
+        m_window->probe(*m_options.probeMs);
     if (m_options.size)
         m_window->setContentSize(*m_options.size);
     if (m_options.background)

@@ -79,6 +79,44 @@ int compareByCodePoints(QStringView left, QStringView right)
     return left.size() == right.size() ? 0 : left.size() < right.size() ? -1 : 1;
 }
 
+int compareNaturally(QStringView left, QStringView right)
+{
+    const auto isDigit = [](QChar c) { return c >= u'0' && c <= u'9'; };
+    const auto endOfNumber = [&](QStringView text, qsizetype from) {
+        while (from < text.size() && isDigit(text[from]))
+            ++from;
+        return from;
+    };
+    const auto withoutZeros = [](QStringView number) {
+        while (number.size() > 1 && number.front() == u'0')
+            number = number.sliced(1);
+        return number;
+    };
+    qsizetype l = 0, r = 0;
+    while (l < left.size() && r < right.size()) {
+        if (isDigit(left[l]) && isDigit(right[r])) {
+            const qsizetype lEnd = endOfNumber(left, l), rEnd = endOfNumber(right, r);
+            const QStringView lNumber = withoutZeros(left.sliced(l, lEnd - l));
+            const QStringView rNumber = withoutZeros(right.sliced(r, rEnd - r));
+            if (lNumber.size() != rNumber.size())
+                return lNumber.size() < rNumber.size() ? -1 : 1;
+            if (const int order = lNumber.compare(rNumber))
+                return order;
+            l = lEnd;
+            r = rEnd;
+            continue;
+        }
+        const QChar lFolded = left[l].toCaseFolded(), rFolded = right[r].toCaseFolded();
+        if (lFolded != rFolded)
+            return lFolded < rFolded ? -1 : 1;
+        ++l;
+        ++r;
+    }
+    if ((l < left.size()) != (r < right.size()))
+        return r < right.size() ? -1 : 1;
+    return compareByCodePoints(left, right);
+}
+
 QString lastComponent(const QString& path)
 {
     return path.mid(path.lastIndexOf(u'/') + 1);

@@ -22,6 +22,10 @@ QString pathKey(const QString& path, NameCase nameCase);
 // Negative, zero or positive, in the order of code points, which is that of the UTF-8 bytes.
 int compareByCodePoints(QStringView left, QStringView right);
 
+// The order of names that people expect: runs of digits by their value ("Page 2" before "Page 10"), letters in any case
+// alike, and code points where all that is equal.
+int compareNaturally(QStringView left, QStringView right);
+
 // The part behind the last "/", and the part before it ("" at the top).
 QString lastComponent(const QString& path);
 QString parentPath(const QString& path);

@@ -126,15 +126,9 @@ void addWithContents(
                 waiting.push_back(&child);
         // The stack gives the last one first.
         std::sort(waiting.begin() + static_cast<std::ptrdiff_t>(first), waiting.end(),
-            [](const auto* left, const auto* right) { return left->path > right->path; });
+            [](const auto* left, const auto* right) { return compareNaturally(left->path, right->path) > 0; });
     }
 }
-
-struct SpaceFolders
-{
-    QStringList all;     // of the table
-    QStringList scanned; // those that are there
-};
 
 Result<std::vector<std::pair<QString, QString>>> readSpaces(SQLite& connection)
 {

@@ -2,7 +2,11 @@
 
 #include "support/Printing.h"
 
+#include <QStringList>
+
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 using namespace corvelle;
 
@@ -26,6 +30,18 @@ TEST(Text, keysMeetInCaseAndCompositionOnlyWhereTheVolumeIgnoresCase)
     EXPECT_EQ(pathKey(decomposed, NameCase::Ignored), pathKey("Über.txt", NameCase::Ignored));
     EXPECT_NE(pathKey(decomposed, NameCase::Kept), pathKey("über.TXT", NameCase::Kept));
     EXPECT_NE(pathKey("a", NameCase::Kept), pathKey("A", NameCase::Kept));
+}
+
+TEST(Text, namesSortAsPeopleCount)
+{
+    QStringList names = {"Page 10", "page 2", "Page 1", "Page 02", "Page", "Über", "b", "a10b", "a9b", "99999999999999999999999",
+        "9"};
+    std::sort(names.begin(), names.end(),
+        [](const QString& left, const QString& right) { return compareNaturally(left, right) < 0; });
+    EXPECT_EQ(names, (QStringList{"9", "99999999999999999999999", "a9b", "a10b", "b", "Page", "Page 1", "Page 02", "page 2",
+                         "Page 10", "Über"}));
+    EXPECT_EQ(compareNaturally("same 1", "same 1"), 0);
+    EXPECT_NE(compareNaturally("a", "A"), 0) << "a strict order: two names are never equal";
 }
 
 TEST(Text, longDecomposedTextIsComposedInLinearTime)

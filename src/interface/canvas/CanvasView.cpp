@@ -337,7 +337,7 @@ bool CanvasView::paintCard(QPainter& painter, const PlacedCard& card)
             face.image);
     }
     if (pointed)
-        paintHover(painter, rect, kind, node.color, scale, colors());
+        paintHover(painter, rect, kind, scale, colors());
     return !face.image.isNull();
 }
 

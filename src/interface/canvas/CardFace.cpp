@@ -270,7 +270,18 @@ QRectF moreButton(const QRectF& card, CardFace::Kind kind, double scale)
     return {card.right() - inset - side, card.top() + top, side, side};
 }
 
-void paintHover(QPainter& painter, const QRectF& card, CardFace::Kind kind, NodeColor color,
+void paintHover(
+    QPainter& painter, const QRectF& card, CardFace::Kind kind, double scale, const Palette& colors)
+{
+    if (detailAt(scale) == Detail::Far || kind == CardFace::Kind::Folder)
+        return;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    drawHairline(painter, card, cornerRadius(kind, scale), colors.hairline);
+    painter.restore();
+}
+
+void paintMoreButton(QPainter& painter, const QRectF& card, CardFace::Kind kind, NodeColor color,
     double scale, const Palette& colors)
 {
     if (detailAt(scale) == Detail::Far)
@@ -286,7 +297,6 @@ void paintHover(QPainter& painter, const QRectF& card, CardFace::Kind kind, Node
         painter.fillPath(rounded(button, radius), QColor(255, 255, 255, dark ? 31 : 140));
         drawIcon(painter, Icon::More, sign, dark ? colors.ink : colors.tones(color).ink);
     } else {
-        drawHairline(painter, card, cornerRadius(kind, scale), colors.hairline);
         drawShadow(painter, button, radius, Elevation::Peek, colors.scheme);
         painter.fillPath(rounded(button.adjusted(-1, -1, 1, 1), radius + 1), colors.glassEdge);
         painter.fillPath(rounded(button, radius), colors.glass);

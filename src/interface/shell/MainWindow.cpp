@@ -1,5 +1,6 @@
 #include "interface/shell/MainWindow.h"
 
+#include "base/Log.h"
 #include "interface/shell/CanvasNotes.h"
 #include "interface/shell/CrumbBar.h"
 #include "interface/shell/ZoomBar.h"
@@ -15,6 +16,8 @@
 #include <QMenu>
 #include <QScreen>
 #include <QShortcut>
+
+#include <ctime>
 
 using namespace Qt::StringLiterals;
 
@@ -103,8 +106,22 @@ bool MainWindow::event(QEvent* event)
     QElapsedTimer time;
     time.start();
     const bool result = QWidget::event(event);
-    m_canvas->frames().add(m_canvas->takeEventMs() + static_cast<double>(time.nsecsElapsed()) / 1e6);
+    const double ms = m_canvas->takeEventMs() + static_cast<double>(time.nsecsElapsed()) / 1e6;
+    m_canvas->frames().add(ms);
+    if (m_probes && ms > m_canvas->frames().slowLimitMs())
+        logLine(u"canvas slow pass %1 ms (zoom %2, cards %3, overview no): cardZoom %4"_s.arg(ms, 0, 'f', 0)
+                    .arg(m_model.camera().zoom, 0, 'f', 2)
+                    .arg(m_model.mounted().size())
+                    .arg(m_model.drawnCardZoom()));
     return result;
+}
+
+void MainWindow::probe(double slowMs)
+{
+    m_probes = true;
+    m_canvas->frames().setSlowLimit(slowMs);
+    logLine(u"canvas probe on: main thread %1 ms CPU since launch (menus, library, window), not in the passes below"_s.arg(
+        1000.0 * static_cast<double>(std::clock()) / CLOCKS_PER_SEC, 0, 'f', 0));
 }
 
 // ---- layout ----

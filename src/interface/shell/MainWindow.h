@@ -32,6 +32,9 @@ public:
     // Sizes the window's content and centres the window on its screen.
     void setContentSize(QSize size);
 
+    // Logs each frame that takes longer.
+    void probe(double slowMs);
+
     CanvasView& canvasView() { return *m_canvas; }
 
     // Shows the alert over all else; `chosen` gets the number of the answer. One alert at a time: a newer one takes its place.
@@ -69,6 +72,7 @@ private:
     EmptyNote* m_empty;
     LineNote* m_progress;
     LineNote* m_scratch = nullptr;
+    bool m_probes = false;
     ToastStack* m_toasts = nullptr;
     QPointer<AlertPanel> m_alertPanel;
     std::optional<Alert> m_alert; // while its panel shows
