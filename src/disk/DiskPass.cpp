@@ -253,10 +253,10 @@ void takeFoldersFirst(
     pass.lookAgain = true;
 }
 
-void takeOutcome(
-    DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans, const KnownRows& rows)
+void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans, const KnownRows& rows,
+    Look look)
 {
-    if (needsFoldersFirst(outcome, scans, rows)) {
+    if (look == Look::Another && needsFoldersFirst(outcome, scans, rows)) {
         takeFoldersFirst(pass, std::move(outcome), scans, rows);
         return;
     }
@@ -270,7 +270,7 @@ void takeOutcome(
 
 } // namespace
 
-Result<DiskPass> lookAtDisk(const QString& root, std::stop_token stop)
+Result<DiskPass> lookAtDisk(const QString& root, Look look, std::stop_token stop)
 {
     auto connection = SQLite::open(databasePath(root));
     if (!connection)
@@ -317,7 +317,7 @@ Result<DiskPass> lookAtDisk(const QString& root, std::stop_token stop)
     const QSet<QString> folderKeys(pass.folders.keyBegin(), pass.folders.keyEnd());
     takeOutcome(pass,
         DiskPlan::compare(*scans, known.live, known.trashed, folderKeys, DiskPlan::Pass::Structural, pass.nameCase),
-        *scans, known);
+        *scans, known, look);
     measurePictures(pass, root);
     return pass;
 }

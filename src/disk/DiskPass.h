@@ -28,6 +28,9 @@ struct DiskPass
     bool lookAgain = false;
 };
 
-Result<DiskPass> lookAtDisk(const QString& root, std::stop_token stop);
+// Whether another look can follow. What only that one could tell is otherwise taken as it is now.
+enum class Look { Another, Last };
+
+Result<DiskPass> lookAtDisk(const QString& root, Look look, std::stop_token stop);
 
 } // namespace corvelle

@@ -17,7 +17,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr int mostRounds = 6;
+constexpr int mostRounds = 6; // without a folder that moved
 constexpr qint64 sliceMs = 8; // half a frame: the other half is the window's
 
 template<class... Visitors>
@@ -113,7 +113,9 @@ void DiskSync::start()
 void DiskSync::runPass()
 {
     m_running = true;
-    m_queue.run([root = m_library.root(), stop = m_stop.get_token()] { return lookAtDisk(root, stop); }, this,
+    const Look look = m_rounds + 1 < mostRounds ? Look::Another : Look::Last;
+    m_queue.run(
+        [root = m_library.root(), look, stop = m_stop.get_token()] { return lookAtDisk(root, look, stop); }, this,
         [this](Result<DiskPass> pass) { took(std::move(pass)); });
 }
 
@@ -335,6 +337,7 @@ bool DiskSync::follow(const Node& from, const DiskPlan::Entry& to, const QByteAr
                 changedNodes.emplace_back(std::move(copy), m_library.tree().seen(below->id));
             });
         m_apply->pass.folders.insert(pathKey(to.path, m_apply->pass.nameCase), node.id);
+        m_rounds = 0; // one step further down
     }
     changedNodes.emplace_back(std::move(node), seen);
     m_library.took(std::move(changedNodes));

@@ -55,7 +55,7 @@ private:
     Library& m_library;
     Arrivals m_arrivals;
     bool m_running = false;
-    int m_rounds = 0; // looks in a row that asked for another
+    int m_rounds = 0; // looks in a row that asked for another and moved no folder
     std::unique_ptr<Apply> m_apply;
     QTimer m_slice;
     std::stop_source m_stop;

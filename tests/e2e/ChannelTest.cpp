@@ -76,4 +76,22 @@ TEST(Ending, comesWithNoErrorOnEveryOrderlyWay)
     }
 }
 
+TEST(Ending, waitsForNoLookThatIsUnderWay)
+{
+    const Home home;
+    for (int i = 0; i < 3000; ++i)
+        home.givenFile(QString("%1/%2.txt").arg(i / 100).arg(i));
+    {
+        Program program(home);
+        ASSERT_TRUE(waitUntil([&] { return program.tree().paths().size() > 0; }));
+        program.terminate();
+        EXPECT_EQ(program.ended(5'000), 0);
+    }
+    Program program(home);
+    program.settle();
+    EXPECT_EQ(program.tree().paths().size(), 3030);
+    EXPECT_FALSE(program.tree().hasTwins());
+    EXPECT_EQ(program.quit(), 0);
+}
+
 } // namespace

@@ -173,23 +173,23 @@ TEST(Killed, theProgramLosesNothingAndDoublesNothingWheneverItDies)
     SCOPED_TRACE(testing::Message() << "seed " << seed);
     QElapsedTimer time;
     time.start();
+    int longestWaitMs = 0;
+    qint64 wholeLog = 0;
+    {
+        const Home other; // how long an undisturbed opening takes here
+        Changes(other, seed).fill();
+        QElapsedTimer undisturbed;
+        undisturbed.start();
+        Program program(other);
+        program.settle();
+        longestWaitMs = static_cast<int>(undisturbed.elapsed());
+        wholeLog = logSize(other);
+    }
     int done = 0, before = 0, within = 0;
     while (done < rounds && time.elapsed() < longestMs) {
         const Home home;
         Changes changes(home, seed + static_cast<unsigned>(done));
         changes.fill();
-        int longestWaitMs = 0;
-        qint64 wholeLog = 0;
-        {
-            const Home other; // how long an undisturbed opening takes here
-            Changes(other, seed).fill();
-            QElapsedTimer undisturbed;
-            undisturbed.start();
-            Program program(other);
-            program.settle();
-            longestWaitMs = static_cast<int>(undisturbed.elapsed());
-            wholeLog = logSize(other);
-        }
         for (int round = 0; round < roundsForOneLibrary; ++round, ++done) {
             if (round < firstOpenings)
                 QDir(home.library(".corvelle")).removeRecursively();

@@ -184,6 +184,72 @@ TEST_F(LaterOpening, findsAFileAgainThatWentIntoAFolderWhichWasRenamed)
     EXPECT_EQ(after.trashedPaths(), QStringList());
 }
 
+TEST_F(LaterOpening, findsAFileAgainThatReturnsInsideANewFolder)
+{
+    home.givenFile("a.txt");
+    home.givenFile("Folder/b.txt");
+    const Tree before = openOnce();
+    home.moves("a.txt", home.path("a.txt"));
+    home.moves("Folder", home.path("Folder"));
+    openOnce();
+    home.givenFile("New/Inner/fresh.txt");
+    home.moves(home.path("a.txt"), "New/Inner/a.txt");
+    home.moves(home.path("Folder"), "New/Folder");
+    const Tree after = openOnce();
+    EXPECT_EQ(after.idAt("My Space/New/Inner/a.txt"), before.idAt("My Space/a.txt"));
+    EXPECT_EQ(after.idAt("My Space/New/Folder/b.txt"), before.idAt("My Space/Folder/b.txt"));
+    EXPECT_EQ(after.trashedPaths(), QStringList());
+}
+
+TEST_F(LaterOpening, followsFoldersRenamedOneInsideTheOther)
+{
+    QString old, fresh;
+    for (int level = 0; level < 9; ++level)
+        old += QString("old%1/").arg(level);
+    home.givenFile(old + "deep.txt");
+    const Tree before = openOnce();
+    for (int level = 0; level < 9; ++level) {
+        home.moves(fresh + QString("old%1").arg(level), fresh + QString("new%1").arg(level));
+        fresh += QString("new%1/").arg(level);
+    }
+    home.givenFile("more.txt");
+    const Tree after = openOnce();
+    EXPECT_EQ(
+        after.idAt("My Space/" + fresh + "deep.txt"), before.idAt("My Space/" + old + "deep.txt"));
+    EXPECT_FALSE(after.idAt("My Space/more.txt").isEmpty());
+    EXPECT_EQ(after.trashedPaths(), QStringList());
+}
+
+TEST_F(LaterOpening, followsWhatLiesInFoldersThatChangedNames)
+{
+    home.givenFile("A/in a.txt");
+    home.givenFile("B/in b.txt");
+    const Tree before = openOnce();
+    home.moves("A", "between");
+    home.moves("B", "A");
+    home.moves("between", "B");
+    const Tree after = openOnce();
+    EXPECT_EQ(after.paths(),
+        (QStringList{"My Space/A", "My Space/A/in b.txt", "My Space/B", "My Space/B/in a.txt"}));
+    EXPECT_EQ(after.idAt("My Space/B/in a.txt"), before.idAt("My Space/A/in a.txt"));
+    EXPECT_EQ(after.idAt("My Space/A/in b.txt"), before.idAt("My Space/B/in b.txt"));
+    EXPECT_EQ(after.trashedPaths(), QStringList());
+}
+
+TEST_F(LaterOpening, doesNotGuessWhichOfTwoHardLinksAFileBecame)
+{
+    home.givenFile("a.txt");
+    const Tree before = openOnce();
+    home.moves("a.txt", "b.txt");
+    ASSERT_EQ(::link(QFile::encodeName(home.space("b.txt")).constData(),
+                  QFile::encodeName(home.space("c.txt")).constData()),
+        0);
+    const Tree after = openOnce();
+    EXPECT_EQ(after.paths(), (QStringList{"My Space/b.txt", "My Space/c.txt"}));
+    EXPECT_TRUE(after.isInTrash(before.idAt("My Space/a.txt")));
+    EXPECT_EQ(openOnce().nodes(), after.nodes());
+}
+
 TEST_F(LaterOpening, followsTwoFilesThatChangedNames)
 {
     home.givenFile("a.txt", "first");
