@@ -51,14 +51,23 @@ bool address(const QString& path, sockaddr_un& result)
     return true;
 }
 
-QByteArray encoded(const BusMessage& message)
+} // namespace
+
+QByteArray encodedMessage(const BusMessage& message)
 {
     const QJsonObject object{
         {u"name"_s, message.name}, {u"object"_s, message.object}, {u"token"_s, message.token}};
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
-} // namespace
+std::optional<BusMessage> decodedMessage(const QByteArray& datagram)
+{
+    const QJsonObject object = QJsonDocument::fromJson(datagram).object();
+    BusMessage message{object[u"name"].toString(), object[u"object"].toString(), object[u"token"].toString()};
+    if (message.name.isEmpty())
+        return std::nullopt;
+    return message;
+}
 
 MessageBus::MessageBus(QObject* parent)
     : QObject(parent)
@@ -94,7 +103,7 @@ void MessageBus::post(const BusMessage& message)
     Q_ASSERT(onMainThread());
     if (m_folder.isEmpty())
         return;
-    const QByteArray payload = encoded(message);
+    const QByteArray payload = encodedMessage(message);
     for (const QString& name : QDir(m_folder).entryList(QDir::System | QDir::Files))
         if (name != m_ownName)
             deliver(payload, name);
@@ -108,7 +117,7 @@ bool MessageBus::send(const BusMessage& message, qint64 processID)
     const QStringList names = QDir(m_folder).entryList({u"%1-*"_s.arg(processID)}, QDir::System | QDir::Files);
     for (const QString& name : names)
         if (name != m_ownName)
-            delivered |= deliver(encoded(message), name);
+            delivered |= deliver(encodedMessage(message), name);
     return delivered;
 }
 
@@ -132,11 +141,8 @@ void MessageBus::readWaiting()
         const ssize_t length = ::recv(m_socket, buffer.data(), static_cast<size_t>(buffer.size()), 0);
         if (length < 0)
             return;
-        const QJsonObject object = QJsonDocument::fromJson(buffer.left(length)).object();
-        const BusMessage message{object[u"name"].toString(), object[u"object"].toString(),
-            object[u"token"].toString()};
-        if (!message.name.isEmpty())
-            emit received(message);
+        if (const auto message = decodedMessage(buffer.left(length)))
+            emit received(*message);
     }
 }
 

@@ -4,10 +4,12 @@
 // thread only.
 #pragma once
 
+#include <QByteArray>
 #include <QObject>
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 class QSocketNotifier;
 
@@ -21,6 +23,10 @@ struct BusMessage
 
     bool operator==(const BusMessage&) const = default;
 };
+
+// One datagram. Any program of this person can send one: what isn't a message of ours with a name is none.
+QByteArray encodedMessage(const BusMessage& message);
+std::optional<BusMessage> decodedMessage(const QByteArray& datagram);
 
 class MessageBus : public QObject
 {

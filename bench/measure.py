@@ -1,0 +1,259 @@
+#!/usr/bin/env python3
+"""Measures the built program and prints one table of ratios.
+
+    measure.py BUILD [NAME...]
+
+Names are groups of rows: scan, first, opening, memory, canvas, parts; all of them when none is given. Ours and the peer are
+measured in turn, so that both see the same machine. Every figure is the median of the runs. A missed target is said, and is
+no failure of the script.
+"""
+
+import json
+import os
+import statistics
+import subprocess
+import sys
+import time
+
+import folders
+from program import Program
+
+RUNS = 5
+FRAME_LIMIT_MS = 8
+BLOCK_LIMIT_MS = 50
+BYTES_PER_NODE = 1229
+SLICE_SECONDS = 0.2  # between two looks at a program that is busy
+
+
+class Table:
+    def __init__(self):
+        self.rows = []
+
+    def ratio(self, what, ours, peer, unit, target=None):
+        ratio = ours / peer
+        self._add(what, f"{ours:,.1f} {unit}", f"{peer:,.1f} {unit}", f"{ratio:.2f}",
+                  "" if target is None else f"<= {target:g}", None if target is None else ratio <= target)
+
+    def value(self, what, ours, unit, target=None, digits=1):
+        self._add(what, f"{ours:,.{digits}f} {unit}", "", "",
+                  "" if target is None else f"<= {target:,g} {unit}", None if target is None else ours <= target)
+
+    def fact(self, what, holds, yes, no):
+        self._add(what, yes if holds else no, "", "", yes, holds)
+
+    def print(self):
+        heads = ("what", "ours", "peer", "ratio", "target", "met")
+        lines = [heads] + self.rows
+        widths = [max(len(line[i]) for line in lines) for i in range(len(heads))]
+        for number, line in enumerate(lines):
+            cells = [line[0].ljust(widths[0])] + [cell.rjust(width) for cell, width in zip(line[1:], widths[1:])]
+            print("  ".join(cells).rstrip())
+            if number == 0:
+                print("  ".join("-" * width for width in widths))
+        missed = sum(row[5] == "NO" for row in self.rows)
+        print(f"\n{missed} of {sum(bool(row[5]) for row in self.rows)} targets missed." if missed
+              else "\nAll targets met.")
+
+    def _add(self, what, ours, peer, ratio, target, met):
+        self.rows.append((what, ours, peer, ratio, target, {True: "yes", False: "NO", None: ""}[met]))
+        say(f"  {what}: {ours}" + (f" against {peer}" if peer else ""))
+
+
+def say(text):
+    print(text, file=sys.stderr, flush=True)
+
+
+def middle(values):
+    return statistics.median(values)
+
+
+class Bench:
+    def __init__(self, build):
+        self.program_path = os.path.join(build, "src", "corvelle")
+        self.programs = os.path.join(build, "bench")
+        self.data = os.path.join(os.path.dirname(os.path.abspath(build)), "bench-data")
+        self.places = os.path.join(self.data, "places")
+        self.table = Table()
+        os.makedirs(self.places, exist_ok=True)
+
+    def start(self, library, arguments=(), first=()):
+        return Program(self.program_path, library, self.places, arguments, first)
+
+    def tool_ms(self, name, *arguments):
+        """What one of our small programs says it took."""
+        done = subprocess.run([os.path.join(self.programs, name), *arguments], check=True, capture_output=True, text=True)
+        return float(done.stdout)
+
+    def opened(self, library):
+        """A library that the program has seen to the end."""
+        if not os.path.exists(folders.database(library)):
+            with self.start(library) as program:
+                program.settle()
+        return library
+
+    # ---- the rows ----
+
+    def scan(self):
+        library = folders.large(self.data)
+        ours, peer = [], []
+        for run in range(RUNS + 1):  # the first one warms up
+            ours.append(self._scan_ms(library))
+            peer.append(self._find_ms(library))
+        self.table.ratio("scan of 105,000 entries / find", middle(ours[1:]), middle(peer[1:]), "ms", 2.5)
+
+    def _scan_ms(self, library):
+        return self.tool_ms("bench_scan", library, folders.TOP)
+
+    def _find_ms(self, library):
+        start = time.perf_counter()
+        subprocess.run(["find", os.path.join(library, folders.TOP), "-printf", r"%i %s %T@ %p\n"], check=True,
+                       stdout=subprocess.DEVNULL)
+        return (time.perf_counter() - start) * 1000
+
+    def first(self):
+        library = folders.large(self.data)
+        blocks, settled, scans, inserts, shown = [], [], [], [], []
+        for run in range(RUNS):
+            folders.forget(library)
+            with self.start(library, first=[("perf", {"reset": True})]) as program:
+                progress = False
+                while not program.tell("settle", timeout=SLICE_SECONDS)["idle"]:
+                    progress |= any(toast.get("key") == "arrivals" for toast in program.tell("state")["toasts"])
+                settled.append((time.time() - program.started_at) * 1000)
+                blocks.append(program.tell("perf")["longestBlock"])
+            shown.append(progress)
+            scans.append(self._scan_ms(library))
+            inserts.append(self.tool_ms(
+                "bench_bare", "insert", folders.database(library), os.path.join(self.data, "inserted.sqlite")))
+        self.table.value("first opening: longest block of the main thread", middle(blocks), "ms", BLOCK_LIMIT_MS)
+        self.table.value("first opening: longest block, worst run", max(blocks), "ms")
+        self.table.ratio("first opening until settled / scan + bare insert", middle(settled),
+                         middle(scans) + middle(inserts), "ms")
+        self.table.fact("first opening: progress", all(shown), "shown", "not shown")
+
+    def opening(self):
+        library = self.opened(folders.large(self.data))
+        cards, faces, reads = [], [], []
+        for run in range(RUNS + 1):
+            with self.start(library) as program:
+                perf = program.tell("perf")
+                while perf["firstFacesAt"] == 0:
+                    perf = program.tell("perf")
+                cards.append((perf["firstCardsAt"] - program.started_at) * 1000)
+                faces.append((perf["firstFacesAt"] - program.started_at) * 1000)
+                program.settle()
+            start = time.perf_counter()
+            self.tool_ms("bench_bare", "read", folders.database(library))
+            reads.append((time.perf_counter() - start) * 1000)
+        peer = middle(reads[1:])
+        self.table.ratio("second opening, exec to first cards / bare read", middle(cards[1:]), peer, "ms", 3)
+        self.table.ratio("second opening, exec to first faces / bare read", middle(faces[1:]), peer, "ms", 3)
+
+    def memory(self):
+        library, empty = self.opened(folders.large(self.data)), self.opened(folders.empty(self.data))
+        nodes = folders.count_nodes(library)
+        later = [self._settled_bytes(library) - self._settled_bytes(empty) for run in range(RUNS)]
+        self.table.value("memory for a node above an empty library", middle(later) / nodes, "bytes", BYTES_PER_NODE, 0)
+        first = []
+        for run in range(RUNS):
+            folders.forget(library)
+            first.append(self._settled_bytes(library) - self._settled_bytes(empty))
+        self.table.value("the same after the first opening", middle(first) / nodes, "bytes", BYTES_PER_NODE, 0)
+
+    def _settled_bytes(self, library):
+        with self.start(library) as program:
+            program.settle()
+            return program.resident_bytes()
+
+    def canvas(self):
+        library = folders.wide(self.data)
+        folders.forget(library)
+        self.opened(library)
+        pan_down = [(0, -60)] * 100 + [(0, 60)] * 100
+        pan_across = [(-60, -45)] * 100 + [(60, 45)] * 100
+        # From 100 % to 250 %, out to 20 %, and back.
+        zoom = [(0, 4)] * 38 + [(0, -4)] * 105 + [(0, 4)] * 57
+        self._frames("panning columns of four", library, pan_down)
+        self._frames("zooming columns of four", library, zoom, mods="Ctrl")
+        folders.spread(library)
+        self._frames("panning a dense grid", library, pan_across)
+        self._frames("zooming a dense grid", library, zoom, mods="Ctrl")
+
+    def _frames(self, what, library, steps, mods=""):
+        p95, longest, counts = [], [], []
+        for run in range(RUNS):
+            with self.start(library, arguments=("--size", "1440x900")) as program:
+                program.settle()
+                program.tell("camera", zoom=1.0)
+                program.settle()
+                program.tell("perf", reset=True)
+                for dx, dy in steps:
+                    # An answer comes with the next look into the channel: the frame of the last event was painted before it.
+                    program.tell("wheel", x=720, y=450, dx=dx, dy=dy, pixel=True, mods=mods)
+                time.sleep(0.05)
+                perf = program.tell("perf")
+            p95.append(perf["p95"])
+            longest.append(perf["max"])
+            counts.append(perf["frames"])
+        self.table.value(f"{what}, p95 frame", middle(p95), "ms", FRAME_LIMIT_MS, 2)
+        self.table.value(f"{what}, longest of {middle(counts):.0f} frames", middle(longest), "ms", digits=2)
+
+    def parts(self):
+        library = self.opened(folders.large(self.data))
+        times = self._part_times(folders.database(library))
+
+        def compare(what, ours, peer, scale, unit):
+            self.table.ratio(what, times[ours] * scale, times[peer] * scale, unit)
+
+        compare("read and apply a row / bare read", "readAndApply/process", "bareRead", 1000, "ns")
+        compare("the same with texts of its own", "readAndApply/own", "bareRead", 1000, "ns")
+        compare("compare an entry, nothing new / hash of paths", "compareUnchanged", "hashOfPaths", 1000, "ns")
+        compare("compare an entry, all new / hash of paths", "compareNew", "hashOfPaths", 1000, "ns")
+        for scale in (1100, 220):
+            compare(f"cards in sight at {scale / 1000:g} / look at all", f"queryGrid/scale:{scale}",
+                    f"lookAtAll/scale:{scale}", 1, "us")
+        for number, kind in enumerate(("folder", "page", "file", "picture", "link")):
+            for scale in (220, 924, 1100, 2750):
+                case = f"/kind:{number}/scale:{scale}"
+                compare(f"face of a {kind} at {scale / 1000:g} / clear its pixels", "drawFace" + case,
+                        "clearPixels" + case, 1, "us")
+
+    def _part_times(self, database):
+        """Microseconds for one item, by the benchmark's name."""
+        done = subprocess.run(
+            [os.path.join(self.programs, "bench_parts"), "--benchmark_format=json", "--benchmark_min_time=0.05",
+             f"--benchmark_repetitions={RUNS}", "--benchmark_enable_random_interleaving=true",
+             "--benchmark_report_aggregates_only=true"],
+            check=True, capture_output=True, text=True, env={**os.environ, "CORVELLE_BENCH_DATABASE": database})
+        micro = {"ns": 1e-3, "us": 1, "ms": 1e3, "s": 1e6}
+        times = {}
+        for entry in json.loads(done.stdout)["benchmarks"]:
+            if entry.get("error_occurred"):
+                raise RuntimeError(f"{entry['name']}: {entry['error_message']}")
+            if entry.get("aggregate_name") == "median":
+                name = entry["run_name"].replace("/iterations:4", "")
+                name = name.split("/repeats:")[0]
+                times[name] = entry["cpu_time"] * micro[entry["time_unit"]] / entry["items"]
+        return times
+
+
+def main():
+    names = ("scan", "first", "opening", "memory", "canvas", "parts")
+    if len(sys.argv) < 2 or any(name not in names for name in sys.argv[2:]):
+        print(f"measure.py BUILD [NAME...], where NAME is one of: {' '.join(names)}", file=sys.stderr)
+        return 2
+    bench = Bench(sys.argv[1])
+    load = os.getloadavg()[0]
+    quiet = "" if load < 0.5 else " The machine is busy: absolute times are too long, ratios less so."
+    print(f"Load {load:.2f} on {os.cpu_count()} cores; medians of {RUNS} runs.{quiet}\n", flush=True)
+    for name in names:
+        if not sys.argv[2:] or name in sys.argv[2:]:
+            say(f"{name}:")
+            getattr(bench, name)()
+    say("")
+    bench.table.print()
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
