@@ -260,12 +260,17 @@ void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scan
         takeFoldersFirst(pass, std::move(outcome), scans, rows);
         return;
     }
+    std::vector<DiskPlan::Entry> added; // none lies in another: what lies in a new folder comes with it
     for (DiskPlan::Action& action : outcome.actions) {
-        if (const auto* added = std::get_if<DiskPlan::Added>(&action))
-            addWithContents(scans, added->entry, pass.arriving, [](const auto&) { return false; });
+        if (auto* addition = std::get_if<DiskPlan::Added>(&action))
+            added.push_back(std::move(addition->entry));
         else
             pass.actions.push_back(std::move(action));
     }
+    std::sort(added.begin(), added.end(),
+        [](const auto& left, const auto& right) { return compareNaturally(left.path, right.path) < 0; });
+    for (const DiskPlan::Entry& entry : added)
+        addWithContents(scans, entry, pass.arriving, [](const auto&) { return false; });
 }
 
 } // namespace

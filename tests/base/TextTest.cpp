@@ -40,8 +40,8 @@ TEST(Text, namesSortAsPeopleCount)
         [](const QString& left, const QString& right) { return compareNaturally(left, right) < 0; });
     EXPECT_EQ(names, (QStringList{"9", "99999999999999999999999", "a9b", "a10b", "b", "Page", "Page 1", "Page 02", "page 2",
                          "Page 10", "Über"}));
-    EXPECT_EQ(compareNaturally("same 1", "same 1"), 0);
-    EXPECT_NE(compareNaturally("a", "A"), 0) << "a strict order: two names are never equal";
+    EXPECT_EQ(compareNaturally(u"same 1", u"same 1"), 0);
+    EXPECT_NE(compareNaturally(u"a", u"A"), 0) << "a strict order: two names are never equal";
 }
 
 TEST(Text, longDecomposedTextIsComposedInLinearTime)
