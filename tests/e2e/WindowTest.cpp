@@ -16,7 +16,7 @@ protected:
         for (const char* name : {"Alpha/one.txt", "Alpha/two.txt", "Alpha/Inner/deep.txt", "b.txt",
                  "c.txt", "d.txt", "e.txt"})
             home.givenFile(name);
-        home.givenFolder("Zero");
+        home.givenFolder("Apple");
         program = std::make_unique<Program>(home, Program::Options{{"--size", "1000x800"}, {}});
         program->settle();
         tree.emplace(program->tree());
@@ -145,14 +145,14 @@ TEST_F(Window, aClickSelectsAndControlAdds)
 
 TEST_F(Window, arrowsMoveTheSelection)
 {
-    // Alpha  Zero  b  c
+    // Alpha  Apple  b  c
     // d      e
     program->key("Right"); // the first card when none is selected
     EXPECT_EQ(program->selection(), ids({"Alpha"}));
     program->key("Right", 3);
     EXPECT_EQ(program->selection(), ids({"c.txt"}));
     program->key("Left", 2);
-    EXPECT_EQ(program->selection(), ids({"Zero"}));
+    EXPECT_EQ(program->selection(), ids({"Apple"}));
     program->key("Down");
     EXPECT_EQ(program->selection(), ids({"e.txt"}));
     program->key("Left");
@@ -162,7 +162,7 @@ TEST_F(Window, arrowsMoveTheSelection)
     program->key("Left"); // nothing lies there
     EXPECT_EQ(program->selection(), ids({"Alpha"}));
     program->key("Shift+Right");
-    EXPECT_EQ(program->selection(), ids({"Alpha", "Zero"}));
+    EXPECT_EQ(program->selection(), ids({"Alpha", "Apple"}));
 }
 
 TEST_F(Window, arrowsBringTheCardIntoView)
@@ -177,11 +177,11 @@ TEST_F(Window, arrowsBringTheCardIntoView)
 TEST_F(Window, aMarqueeSelectsWhatItMeets)
 {
     const double above = place("b.txt").y() - 140;
-    drag(QPointF(place("Zero").x(), above), place("b.txt"));
-    EXPECT_EQ(program->selection(), ids({"Zero", "b.txt"}));
+    drag(QPointF(place("Apple").x(), above), place("b.txt"));
+    EXPECT_EQ(program->selection(), ids({"Apple", "b.txt"}));
     // With Ctrl it adds, and takes out again what was in.
     drag(QPointF(place("c.txt").x(), above), place("b.txt"), "left", "Ctrl");
-    EXPECT_EQ(program->selection(), ids({"Zero", "c.txt"}));
+    EXPECT_EQ(program->selection(), ids({"Apple", "c.txt"}));
 }
 
 TEST_F(Window, escapeCallsAMarqueeOffAndThenClears)
@@ -203,7 +203,7 @@ TEST_F(Window, escapeCallsAMarqueeOffAndThenClears)
 TEST_F(Window, controlASelectsAll)
 {
     program->key("Ctrl+A");
-    EXPECT_EQ(program->selection(), ids({"Alpha", "b.txt", "c.txt", "d.txt", "e.txt", "Zero"}));
+    EXPECT_EQ(program->selection(), ids({"Alpha", "b.txt", "c.txt", "d.txt", "e.txt", "Apple"}));
 }
 
 // ---- the camera ----
@@ -211,7 +211,7 @@ TEST_F(Window, controlASelectsAll)
 TEST_F(Window, anEmptyFolderIsSeenFromTheOrigin)
 {
     program->tell("camera", {{"x", 700}, {"y", 300}, {"zoom", 2}});
-    program->tell("open", {{"id", id("Zero")}});
+    program->tell("open", {{"id", id("Apple")}});
     program->settle();
     EXPECT_EQ(camera(), (QJsonObject{{"x", 0}, {"y", 0}, {"zoom", 1}}));
 }
