@@ -2,6 +2,9 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
+# A cached result serves every checkout, wherever it lies.
+export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=true
+
 # As many jobs as there are cores, but no more than the memory carries: a compiler takes up to a gigabyte.
 jobs() {
     local cores memory
