@@ -1,6 +1,7 @@
 #include "disk/DiskPass.h"
 
 #include "disk/DiskScan.h"
+#include "disk/DissolvedFolders.h"
 #include "platform/FileFacts.h"
 #include "platform/FileTypes.h"
 #include "platform/PictureFacts.h"
@@ -320,9 +321,10 @@ Result<DiskPass> lookAtDisk(const QString& root, Look look, std::stop_token stop
         return Failure(u"stopped"_s);
 
     const QSet<QString> folderKeys(pass.folders.keyBegin(), pass.folders.keyEnd());
-    takeOutcome(pass,
-        DiskPlan::compare(*scans, known.live, known.trashed, folderKeys, DiskPlan::Pass::Structural, pass.nameCase),
-        *scans, known, look);
+    auto outcome = DiskPlan::compare(
+        *scans, known.live, known.trashed, folderKeys, DiskPlan::Pass::Structural, pass.nameCase);
+    DiskPlan::followOutOfRemovedFolders(outcome, known.live, pass.nameCase);
+    takeOutcome(pass, std::move(outcome), *scans, known, look);
     measurePictures(pass, root);
     return pass;
 }

@@ -201,6 +201,24 @@ TEST_F(LaterOpening, findsAFileAgainThatReturnsInsideANewFolder)
     EXPECT_EQ(after.trashedPaths(), QStringList());
 }
 
+TEST_F(LaterOpening, findsWhatLeftAFolderThatIsGone)
+{
+    home.givenFile("A/x.txt");
+    home.givenFile("A/sub/y.txt");
+    home.givenFolder("C");
+    const Tree before = openOnce();
+    home.moves("A/x.txt", "C/x.txt");
+    home.givenFolder("D");
+    home.moves("A/sub", "D/sub");
+    home.removes("A");
+    const Tree after = openOnce();
+    EXPECT_EQ(after.idAt("C/x.txt"), before.idAt("A/x.txt"));
+    EXPECT_EQ(after.idAt("D/sub"), before.idAt("A/sub"));
+    EXPECT_EQ(after.idAt("D/sub/y.txt"), before.idAt("A/sub/y.txt"));
+    EXPECT_TRUE(after.isInTrash(before.idAt("A")));
+    EXPECT_EQ(openOnce().nodes(), after.nodes());
+}
+
 TEST_F(LaterOpening, followsFoldersRenamedOneInsideTheOther)
 {
     QString old, fresh;

@@ -1,0 +1,62 @@
+#include "disk/DissolvedFolders.h"
+
+#include <algorithm>
+
+namespace corvelle::DiskPlan {
+
+namespace {
+
+// The nodes below the removed folders by their identity; null for one that several have.
+QHash<quint64, const Known*> nodesBelow(
+    const QSet<QString>& removedIDs, std::span<const Known> known, NameCase nameCase)
+{
+    QSet<QString> folders;
+    for (const Known& node : known)
+        if (node.folder && removedIDs.contains(node.id))
+            folders.insert(pathKey(node.path, nameCase));
+    QHash<quint64, const Known*> found;
+    if (folders.isEmpty())
+        return found;
+    for (const Known& node : known) {
+        if (!node.inode)
+            continue;
+        QString above = parentPath(pathKey(node.path, nameCase));
+        while (!above.isEmpty() && !folders.contains(above))
+            above = parentPath(above);
+        if (!above.isEmpty())
+            found.insert(*node.inode, found.contains(*node.inode) ? nullptr : &node);
+    }
+    return found;
+}
+
+} // namespace
+
+void followOutOfRemovedFolders(Outcome& outcome, std::span<const Known> known, NameCase nameCase)
+{
+    QSet<QString> removedIDs;
+    QHash<quint64, int> additions;
+    for (const Action& action : outcome.actions) {
+        if (const auto* removed = std::get_if<Removed>(&action))
+            removedIDs.insert(removed->id);
+        else if (const auto* added = std::get_if<Added>(&action))
+            ++additions[added->entry.inode];
+    }
+    if (removedIDs.isEmpty() || additions.isEmpty())
+        return;
+    const auto below = nodesBelow(removedIDs, known, nameCase);
+    for (Action& action : outcome.actions) {
+        const auto* added = std::get_if<Added>(&action);
+        if (!added || additions.value(added->entry.inode) > 1)
+            continue;
+        const Known* node = below.value(added->entry.inode);
+        if (node && node->folder == added->entry.folder)
+            action = Moved{node->id, Entry(added->entry)};
+    }
+    // Moves come before what is new, as everywhere; removals stay last.
+    std::stable_partition(outcome.actions.begin(), outcome.actions.end(), [](const Action& action) {
+        return !std::holds_alternative<Added>(action) && !std::holds_alternative<Restored>(action)
+            && !std::holds_alternative<Removed>(action);
+    });
+}
+
+} // namespace corvelle::DiskPlan
