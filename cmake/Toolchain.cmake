@@ -2,6 +2,10 @@
 
 add_library(corvelle_options INTERFACE)
 target_compile_options(corvelle_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # GCC 12 takes the members that a variant doesn't hold for uninitialised ones.
+    target_compile_options(corvelle_options INTERFACE -Wno-maybe-uninitialized)
+endif()
 target_compile_definitions(corvelle_options INTERFACE QT_NO_FOREACH QT_NO_CAST_TO_ASCII
     CORVELLE_VERSION="${PROJECT_VERSION}")
 
