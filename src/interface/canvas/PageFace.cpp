@@ -8,7 +8,7 @@ namespace {
 
 using Line = CardFace::Line;
 
-constexpr double padPt = 16, titleGapPt = 7, lineGapPt = 3, headingGapPt = 7, fadePt = 40;
+constexpr double sidePt = 16, titleGapPt = 7, lineGapPt = 3, headingGapPt = 7, fadePt = 40;
 constexpr double boxPt = 10.5; // a to-do's
 constexpr double barPixels = 2;
 
@@ -70,8 +70,8 @@ class BlockWriter
 public:
     BlockWriter(const FaceBrush& brush, double top)
         : m_brush(brush)
-        , m_left(brush.card.x() + brush.px(padPt))
-        , m_width(brush.card.width() - 2 * brush.px(padPt))
+        , m_left(brush.card.x() + brush.px(sidePt))
+        , m_width(brush.card.width() - 2 * brush.px(sidePt))
         , m_y(top)
     {}
 
@@ -193,9 +193,9 @@ void drawFade(const FaceBrush& brush)
 void drawPageFace(const FaceBrush& brush, const CardFace& face)
 {
     const Lettering title = brush.lettering(TypeStyle::CardTitle, leastTitlePixels);
-    const double left = brush.card.x() + brush.px(padPt);
-    const double width = brush.card.width() - 2 * brush.px(padPt);
-    double y = brush.card.y() + brush.px(padPt);
+    const double left = brush.card.x() + brush.px(sidePt);
+    const double width = brush.card.width() - 2 * brush.px(sidePt);
+    double y = brush.card.y() + brush.px(sidePt);
     brush.painter.setPen(brush.colors.ink);
     for (const QString& line : title.lines(face.title, width, 2)) {
         title.draw(brush.painter, QRectF(left, y, width, title.lineHeight()), Qt::AlignLeft, line);

@@ -15,7 +15,7 @@
 namespace corvelle {
 namespace {
 
-constexpr int leftPad = 13, rightPad = 16, gap = 10, iconSize = 20, distance = 8;
+constexpr int leftPad = 13, rightPad = 16, gap = 10, iconSize = 20, between = 8;
 constexpr int plainHeight = 44, detailTop = 9, detailBottom = 10;
 constexpr int leastWidth = 240, mostWidth = 440, leastSide = 16;
 constexpr double textLine = 18, detailLine = 16;
@@ -241,7 +241,7 @@ void ToastStack::place()
         GlassPanel* panel = entry->second;
         y -= panel->height();
         panel->move((m_host.width() - panel->width()) / 2, y);
-        y -= distance;
+        y -= between;
     }
 }
 
