@@ -22,6 +22,7 @@
 #include <QWheelEvent>
 #include <QWindow>
 
+#include <chrono>
 #include <csignal>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -128,6 +129,9 @@ void Application::start()
                 [](const QString& key) { return saveKey(u"ANTHROPIC_API_KEY"_s, key); });
         });
 
+    // While the library is still being read, the window gets its fonts and shadows ready.
+    if (!m_opened && m_opening.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
+        m_window->warmUp();
     m_library.open(m_opened ? std::move(*m_opened) : m_opening.get());
     m_opened.reset();
     m_window->show();

@@ -32,6 +32,9 @@ public:
     // Sizes the window's content and centres the window on its screen.
     void setContentSize(QSize size);
 
+    // Paints once where nobody sees it, so that the first real picture finds fonts and shadows made.
+    void warmUp() { (void)grab(); }
+
     // Logs each frame that takes longer.
     void probe(double slowMs);
 
