@@ -212,10 +212,10 @@ TEST_F(LaterOpening, findsWhatLeftAFolderThatIsGone)
     home.moves("A/sub", "D/sub");
     home.removes("A");
     const Tree after = openOnce();
-    EXPECT_EQ(after.idAt("C/x.txt"), before.idAt("A/x.txt"));
-    EXPECT_EQ(after.idAt("D/sub"), before.idAt("A/sub"));
-    EXPECT_EQ(after.idAt("D/sub/y.txt"), before.idAt("A/sub/y.txt"));
-    EXPECT_TRUE(after.isInTrash(before.idAt("A")));
+    EXPECT_EQ(after.idAt("My Space/C/x.txt"), before.idAt("My Space/A/x.txt"));
+    EXPECT_EQ(after.idAt("My Space/D/sub"), before.idAt("My Space/A/sub"));
+    EXPECT_EQ(after.idAt("My Space/D/sub/y.txt"), before.idAt("My Space/A/sub/y.txt"));
+    EXPECT_TRUE(after.isInTrash(before.idAt("My Space/A")));
     EXPECT_EQ(openOnce().nodes(), after.nodes());
 }
 
