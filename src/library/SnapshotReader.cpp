@@ -121,10 +121,6 @@ Result<Snapshot> readSnapshot(SQLite& connection, TextLife life)
         return spaces.failure();
     snapshot.spaces = std::move(*spaces);
 
-    size_t count = 0;
-    (void)connection.each("SELECT count(*) FROM nodes", {},
-        [&](const SQLRow& row) { count = static_cast<size_t>(row.integer(0)); });
-    snapshot.nodes.reserve(count);
     Texts texts;
     texts.life = life;
     auto read = connection.each(nodeColumns, {}, [&](const SQLRow& row) {
