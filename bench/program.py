@@ -5,6 +5,9 @@ import os
 import subprocess
 import time
 
+ANSWER_SECONDS = 60  # for what is answered at once, on a busy machine
+SETTLE_SECONDS = 240
+
 
 class Program:
     def __init__(self, executable, library, places, arguments=(), first=()):
@@ -31,7 +34,7 @@ class Program:
         self.process = subprocess.Popen(
             [executable, *arguments], env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         for number in numbers:
-            self._answer(number, 60)
+            self._answer(number, ANSWER_SECONDS)
 
     def __enter__(self):
         return self
@@ -45,12 +48,12 @@ class Program:
                 self.process.kill()
                 self.process.wait()
 
-    def tell(self, verb, timeout=60, **arguments):
+    def tell(self, verb, **arguments):
         """The result of a command."""
-        return self._answer(self._write(verb, arguments), timeout)
+        return self._answer(self._write(verb, arguments), arguments.get("timeout", 0) + ANSWER_SECONDS)
 
-    def settle(self, timeout=120):
-        if not self.tell("settle", timeout=timeout)["idle"]:
+    def settle(self):
+        if not self.tell("settle", timeout=SETTLE_SECONDS)["idle"]:
             raise RuntimeError("the program doesn't come to rest")
 
     def resident_bytes(self):
@@ -67,7 +70,7 @@ class Program:
         return self.number
 
     def _answer(self, number, timeout):
-        end = time.time() + timeout + 10
+        end = time.time() + timeout
         while time.time() < end:
             if self.answers is None and os.path.exists(self.commands + ".out"):
                 self.answers = open(self.commands + ".out", "rb")

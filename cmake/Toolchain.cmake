@@ -15,6 +15,11 @@ if(CORVELLE_SANITIZE)
     add_link_options(-fsanitize=${CORVELLE_SANITIZE})
 endif()
 
+if(CORVELLE_FUZZ)
+    # The fuzzer steers by the branches that the readers take, so the libraries count theirs too.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})

@@ -27,8 +27,9 @@ QString withoutQuotes(QString text)
 KeysFile readKeysFile(const QByteArray& content)
 {
     KeysFile result;
-    QStringList rest;
-    for (const QString& line : QString::fromUtf8(content).split(u'\n')) {
+    QList<QByteArray> rest; // as bytes: the file may hold other things than UTF-8, and they are the person's
+    for (const QByteArray& bytes : content.split('\n')) {
+        const QString line = QString::fromUtf8(bytes);
         const qsizetype equals = line.indexOf(u'=');
         const QString name = line.left(std::max<qsizetype>(equals, 0)).trimmed();
         if (equals >= 0 && (name == u"ANTHROPIC_API_KEY" || name == u"export ANTHROPIC_API_KEY")) {
@@ -38,12 +39,12 @@ KeysFile readKeysFile(const QByteArray& content)
                 continue;
             }
         }
-        rest.append(line);
+        rest.append(bytes);
     }
-    while (!rest.isEmpty() && rest.back().trimmed().isEmpty())
+    while (!rest.isEmpty() && QString::fromUtf8(rest.back()).trimmed().isEmpty())
         rest.removeLast();
     if (!rest.isEmpty())
-        result.rest = rest.join(u'\n').toUtf8() + '\n';
+        result.rest = rest.join('\n') + '\n';
     return result;
 }
 

@@ -23,7 +23,6 @@ namespace corvelle {
 namespace {
 
 constexpr int pollMs = 30;
-constexpr int settleStepMs = 20;
 constexpr double defaultSettleSeconds = 30;
 constexpr int mostTimes = 10'000; // of one key
 
@@ -211,9 +210,7 @@ void TestDriver::addInputVerbs()
 
 TestDriver::Answer TestDriver::settle(const QJsonObject& arguments)
 {
-    m_settling.emplace();
-    m_settling->command = arguments;
-    m_settling->timeout = arguments[u"timeout"].toDouble(defaultSettleSeconds);
+    m_settling.emplace(Settling{arguments, {}, arguments[u"timeout"].toDouble(defaultSettleSeconds)});
     m_settling->since.start();
     return {{}, {}, true};
 }

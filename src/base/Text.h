@@ -16,7 +16,7 @@ QString lowerCased(QStringView text);
 enum class NameCase { Kept, Ignored };
 
 // The form in which two paths are compared. Where the volume keeps case apart it is the path itself; where it ignores
-// case it is the composed path in lower case.
+// case it is the composed path in lower case. A key is its own key.
 QString pathKey(const QString& path, NameCase nameCase);
 
 // Negative, zero or positive, in the order of code points, which is that of the UTF-8 bytes.

@@ -25,6 +25,9 @@ struct Overloaded : Visitors...
 {
     using Visitors::operator()...;
 };
+// Some compilers have no guide of their own for aggregates yet.
+template<class... Visitors>
+Overloaded(Visitors...) -> Overloaded<Visitors...>;
 
 std::optional<FileFacts> factsAt(const QString& absolutePath)
 {

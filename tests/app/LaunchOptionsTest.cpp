@@ -72,6 +72,7 @@ TEST(KeyMigration, findsTheKeyAndKeepsTheOtherLines)
         {"OTHER=1\n", "", "OTHER=1\n"},
         {"ANTHROPIC_API_KEY=\n", "", "ANTHROPIC_API_KEY=\n"},
         {"MY_ANTHROPIC_API_KEY=abc\n", "", "MY_ANTHROPIC_API_KEY=abc\n"},
+        {"NAME=\xff\nANTHROPIC_API_KEY=abc\n", "abc", "NAME=\xff\n"},
         {"", "", ""},
     };
     for (const auto& c : cases) {

@@ -29,6 +29,9 @@ TEST(Text, keysMeetInCaseAndCompositionOnlyWhereTheVolumeIgnoresCase)
     const QString decomposed = QString("u") + QChar(0x0308) + "ber.TXT";
     EXPECT_EQ(pathKey(decomposed, NameCase::Ignored), pathKey("Über.txt", NameCase::Ignored));
     EXPECT_NE(pathKey(decomposed, NameCase::Kept), pathKey("über.TXT", NameCase::Kept));
+    const QString marked = QString("J") + QChar(0x030C);
+    const QString key = pathKey(marked, NameCase::Ignored);
+    EXPECT_EQ(pathKey(key, NameCase::Ignored), key) << "only its small form is one character";
     EXPECT_NE(pathKey("a", NameCase::Kept), pathKey("A", NameCase::Kept));
 }
 
