@@ -161,8 +161,7 @@ void CanvasModel::cull(bool always)
 
 PlacedCard CanvasModel::placed(const Node& node) const
 {
-    return {node.id, QPointF(finite(node.x), finite(node.y)),
-        cardSize({node.kind, node.isPicture(), node.width.value_or(0), node.height.value_or(0)})};
+    return {node.id, QPointF(finite(node.x), finite(node.y)), cardSize(node)};
 }
 
 void CanvasModel::putCard(int index)

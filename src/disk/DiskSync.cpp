@@ -3,6 +3,7 @@
 #include "base/Clock.h"
 #include "base/Log.h"
 #include "base/MainThread.h"
+#include "library/NodePaths.h"
 #include "platform/FileFacts.h"
 #include "platform/LargeBlock.h"
 
@@ -56,11 +57,6 @@ double credibleTime(double modified)
 {
     const double today = now();
     return modified == distantPast || modified > today ? today : modified;
-}
-
-QSizeF sizeOf(const Node& node)
-{
-    return cardSize({node.kind, node.isPicture(), node.width.value_or(0), node.height.value_or(0)});
 }
 
 // Whether a file that moved has other contents as well.
@@ -294,7 +290,7 @@ bool DiskSync::follow(const Node& from, const DiskPlan::Entry& to, const QByteAr
             places = m_apply->places.insert(*parent, {});
             for (const QString& child : m_library.children(*parent)) {
                 const Node& card = *m_library.node(child);
-                places->include(QPointF(card.x, card.y), sizeOf(card));
+                places->include(QPointF(card.x, card.y), cardSize(card));
             }
         }
         const QPointF place = places->next();
@@ -310,12 +306,7 @@ bool DiskSync::follow(const Node& from, const DiskPlan::Entry& to, const QByteAr
     SQLite& connection = m_library.connection();
     std::vector<std::pair<Node, SeenFile>> changedNodes;
     const auto written = connection.transaction([&]() -> Result<void> {
-        const auto path = node.kind == NodeKind::Folder
-            ? connection.run("UPDATE nodes SET path = ?1 || substr(path, length(?2) + 1) WHERE id = ?3 OR "
-                             "(path >= ?2 || '/' AND path < ?2 || '0')",
-                {to.path, from.path, node.id})
-            : connection.run("UPDATE nodes SET path = ? WHERE id = ?", {to.path, node.id});
-        if (!path)
+        if (auto path = rewritePath(connection, node.id, node.kind, from.path, to.path); !path)
             return path;
         return connection.run("UPDATE nodes SET " + alsoSet
                 + "title = ?, parent_id = ?, x = ?, y = ?, position = ?, updated_at = ?, file_id = ?, "
@@ -365,14 +356,11 @@ void DiskSync::removed(const QString& id)
     Node node = *old;
     node.deletedAt = now();
     // A trashing that was cut short has its file in our Trash already.
-    const QString ours = u".corvelle/Trash/"_s + id + u'/' + lastComponent(old->path);
+    const QString ours = placeInTrash(id, old->path);
     const bool wasCutShort = factsAt(m_library.root() + u'/' + ours).has_value();
     const auto written = connection.transaction([&]() -> Result<void> {
         if (wasCutShort)
-            if (auto done = connection.run("UPDATE nodes SET path = ?1 || substr(path, length(?2) + 1) WHERE id = ?3 OR "
-                                           "(path >= ?2 || '/' AND path < ?2 || '0')",
-                    {ours, old->path, id});
-                !done)
+            if (auto done = rewritePath(connection, id, node.kind, old->path, ours); !done)
                 return done;
         return connection.run("UPDATE nodes SET deleted_at = ? WHERE id = ?", {*node.deletedAt, id});
     });

@@ -4,6 +4,7 @@
 #include "base/Ids.h"
 #include "base/Log.h"
 #include "base/MainThread.h"
+#include "library/NodePaths.h"
 #include "library/Position.h"
 #include "library/SnapshotReader.h"
 #include "platform/FileTypes.h"
@@ -51,11 +52,6 @@ NodeColor colorOfNewFolder(Receiver& receiver)
         = open[QRandomGenerator::global()->bounded(static_cast<quint32>(open.size()))];
     useColor(receiver, chosen);
     return chosen;
-}
-
-QSizeF sizeOf(const Node& node)
-{
-    return cardSize({node.kind, node.isPicture(), node.width.value_or(0), node.height.value_or(0)});
 }
 
 // What the worker needs; values only.
@@ -141,7 +137,7 @@ private:
     Result<void> write(SQLite& connection, std::vector<std::pair<Node, SeenFile>>& batch)
     {
         return connection.transaction([&]() -> Result<void> {
-            auto taken = connection.prepare("SELECT id, deleted_at FROM nodes WHERE path = ?");
+            auto taken = connection.prepare("SELECT id, deleted_at, kind FROM nodes WHERE path = ?");
             auto insert = connection.prepare(insertNodeSQL);
             if (!taken)
                 return taken.failure();
@@ -151,7 +147,7 @@ private:
                 taken->bind({node.path});
                 node.parentID = m_others.value(node.parentID, node.parentID);
                 QString live;
-                std::vector<QString> trashed;
+                std::vector<std::pair<QString, NodeKind>> trashed;
                 while (true) {
                     const auto row = taken->step();
                     if (!row)
@@ -161,11 +157,11 @@ private:
                     if (taken->row().isNull(1))
                         live = taken->row().text(0);
                     else
-                        trashed.push_back(taken->row().text(0));
+                        trashed.emplace_back(taken->row().text(0), nodeKind(taken->row().text(2)));
                 }
                 m_gavePathUp |= !trashed.empty();
-                for (const QString& id : trashed)
-                    if (auto moved = giveUpPath(connection, id, node.path); !moved)
+                for (const auto& [id, kind] : trashed)
+                    if (auto moved = rewritePath(connection, id, kind, node.path, placeInTrash(id, node.path)); !moved)
                         return moved;
                 if (!live.isEmpty()) {
                     m_others.insert(std::exchange(node.id, QString()), live);
@@ -177,16 +173,6 @@ private:
             std::erase_if(batch, [](const auto& entry) { return entry.first.id.isEmpty(); });
             return {};
         });
-    }
-
-    static Result<void> giveUpPath(SQLite& connection, const QString& id, const QString& path)
-    {
-        const QString ours = u".corvelle/Trash/"_s + id + u'/' + lastComponent(path);
-        return connection.run(
-            "UPDATE nodes SET path = ?1 || substr(path, length(?2) + 1) WHERE id = ?3 OR "
-            "(path >= ?2 || '/' AND path < ?2 || '0' AND EXISTS (SELECT 1 FROM nodes top WHERE top.id = ?3 "
-            "AND top.kind = 'folder'))",
-            {ours, path, id});
     }
 
     Job m_job;
@@ -226,7 +212,7 @@ void Arrivals::bringIn(std::vector<ArrivingItem> items, const QHash<QString, QSt
         receiver.id = *folder;
         for (const QString& id : m_library.children(receiver.id)) {
             const Node& child = *m_library.node(id);
-            receiver.places.include(QPointF(child.x, child.y), sizeOf(child));
+            receiver.places.include(QPointF(child.x, child.y), cardSize(child));
             receiver.lastPosition = child.position;
             if (child.kind == NodeKind::Folder)
                 useColor(receiver, child.color);

@@ -4,6 +4,7 @@
 #include "base/Clock.h"
 #include "base/NodeKind.h"
 
+#include <QSizeF>
 #include <QString>
 
 #include <limits>
@@ -38,6 +39,9 @@ struct Node
 
     bool operator==(const Node&) const = default;
 };
+
+// The size of its card, in canvas points.
+QSizeF cardSize(const Node& node);
 
 struct Space
 {
