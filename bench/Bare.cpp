@@ -1,8 +1,9 @@
-// What SQLite itself takes to read or write the rows of a library's nodes: the limit that our own reading and bringing in are
-// measured against. Prints milliseconds.
+// What SQLite itself takes to read or write the rows of a library's nodes: the limit that our own
+// reading and bringing in are measured against. Prints milliseconds.
 //
 //   bench_bare read DATABASE          every column of every row, in a process of its own
-//   bench_bare insert FROM TO         the rows of FROM into the same tables and indexes in the new file TO
+//   bench_bare insert FROM TO         the rows of FROM into the same tables and indexes in the new
+//   file TO
 
 #include <sqlite3.h>
 
@@ -15,8 +16,9 @@
 
 namespace {
 
-constexpr char columns[] = "id, space_id, parent_id, kind, title, icon, color, x, y, position, path, created_at, "
-                           "updated_at, deleted_at, mime, byte_size, width, height, url, file_id, file_modified";
+constexpr char columns[] =
+    "id, space_id, parent_id, kind, title, icon, color, x, y, position, path, created_at, "
+    "updated_at, deleted_at, mime, byte_size, width, height, url, file_id, file_modified";
 constexpr int columnCount = 21;
 constexpr int rowsPerTransaction = 400;
 
@@ -65,10 +67,17 @@ int read(const char* path)
         for (int i = 0; i < columnCount; ++i) {
             sqlite3_value* value = sqlite3_column_value(rows, i);
             switch (sqlite3_value_type(value)) {
-            case SQLITE_INTEGER: touched += static_cast<size_t>(sqlite3_value_int64(value)); break;
-            case SQLITE_FLOAT: touched += sqlite3_value_double(value) > 0; break;
-            case SQLITE_NULL: break;
-            default: touched += sqlite3_value_text(value)[0] + static_cast<size_t>(sqlite3_value_bytes(value));
+            case SQLITE_INTEGER:
+                touched += static_cast<size_t>(sqlite3_value_int64(value));
+                break;
+            case SQLITE_FLOAT:
+                touched += sqlite3_value_double(value) > 0;
+                break;
+            case SQLITE_NULL:
+                break;
+            default:
+                touched +=
+                    sqlite3_value_text(value)[0] + static_cast<size_t>(sqlite3_value_bytes(value));
             }
         }
         ++count;
@@ -84,8 +93,8 @@ int read(const char* path)
 std::vector<std::string> schemaOf(sqlite3* connection)
 {
     std::vector<std::string> result;
-    sqlite3_stmt* rows = prepared(
-        connection, "SELECT sql FROM sqlite_master WHERE sql NOT NULL AND tbl_name = 'nodes' ORDER BY type DESC");
+    sqlite3_stmt* rows = prepared(connection, "SELECT sql FROM sqlite_master WHERE sql NOT NULL "
+                                              "AND tbl_name = 'nodes' ORDER BY type DESC");
     while (sqlite3_step(rows) == SQLITE_ROW)
         result.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(rows, 0)));
     sqlite3_finalize(rows);
@@ -97,7 +106,8 @@ using Row = std::vector<sqlite3_value*>;
 std::vector<Row> rowsOf(sqlite3* connection)
 {
     std::vector<Row> result;
-    sqlite3_stmt* rows = prepared(connection, std::string("SELECT ") + columns + " FROM nodes ORDER BY rowid");
+    sqlite3_stmt* rows =
+        prepared(connection, std::string("SELECT ") + columns + " FROM nodes ORDER BY rowid");
     while (sqlite3_step(rows) == SQLITE_ROW) {
         Row& row = result.emplace_back();
         for (int i = 0; i < columnCount; ++i)
@@ -117,14 +127,15 @@ int insert(const char* from, const char* to)
 
     const double start = nowMs();
     sqlite3* target = opened(to);
-    execute(target, "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA journal_size_limit=4194304;");
+    execute(target,
+        "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA journal_size_limit=4194304;");
     for (const std::string& sql : schema)
         execute(target, sql);
     std::string marks = "?";
     for (int i = 1; i < columnCount; ++i)
         marks += ", ?";
-    sqlite3_stmt* statement
-        = prepared(target, std::string("INSERT INTO nodes (") + columns + ") VALUES (" + marks + ")");
+    sqlite3_stmt* statement =
+        prepared(target, std::string("INSERT INTO nodes (") + columns + ") VALUES (" + marks + ")");
     for (size_t i = 0; i < rows.size(); ++i) {
         if (i % rowsPerTransaction == 0)
             execute(target, i == 0 ? "BEGIN IMMEDIATE" : "COMMIT; BEGIN IMMEDIATE");

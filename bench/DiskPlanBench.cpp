@@ -1,5 +1,5 @@
-// Comparing a disk of 100,000 files in 5,000 folders with its nodes, against putting all paths into one hash and finding them
-// there once, which no comparison can do without.
+// Comparing a disk of 100,000 files in 5,000 folders with its nodes, against putting all paths into
+// one hash and finding them there once, which no comparison can do without.
 
 #include "disk/DiskPlan.h"
 
@@ -25,10 +25,12 @@ Made madeDisk()
     Made made;
     quint64 inode = 0;
     const auto add = [&](const QString& folder, const QString& name, bool isFolder) {
-        const Entry entry{folder + u'/' + name, isFolder, ++inode, isFolder ? 0 : 1000, 1'700'000'000.5};
+        const Entry entry{
+            folder + u'/' + name, isFolder, ++inode, isFolder ? 0 : 1000, 1'700'000'000.5};
         made.scans[folder].push_back(entry);
-        made.known.push_back({QStringLiteral("0c7d5f1e-4a56-4a1c-9d53-%1").arg(inode, 12, 16, QChar(u'0')), entry.path,
-            isFolder, entry.inode, entry.size, entry.modified});
+        made.known.push_back(
+            {QStringLiteral("0c7d5f1e-4a56-4a1c-9d53-%1").arg(inode, 12, 16, QChar(u'0')),
+                entry.path, isFolder, entry.inode, entry.size, entry.modified});
         if (isFolder) {
             made.scans[entry.path];
             made.folders.insert(entry.path);
@@ -69,7 +71,8 @@ void compareNew(benchmark::State& state)
 {
     const Made& made = theDisk();
     for (auto _ : state)
-        benchmark::DoNotOptimize(compare(made.scans, {}, {}, {top}, Pass::Structural, NameCase::Kept));
+        benchmark::DoNotOptimize(
+            compare(made.scans, {}, {}, {top}, Pass::Structural, NameCase::Kept));
     workedThrough(state, made.entries);
 }
 

@@ -30,13 +30,15 @@ CardFace faceOf(Kind kind)
         face.size = {224, 176};
         face.color = NodeColor::Blue;
         face.count = 12;
-        face.peeks = {{CardFace::Peek::Kind::Page, {}, {}}, {CardFace::Peek::Kind::Folder, NodeColor::Red, {}},
+        face.peeks = {{CardFace::Peek::Kind::Page, {}, {}},
+            {CardFace::Peek::Kind::Folder, NodeColor::Red, {}},
             {CardFace::Peek::Kind::Picture, {}, picture(320, 240)}};
         break;
     case Kind::Page:
         face.size = {176, 224};
-        for (const auto line : {CardFace::Line::Kind::Heading, CardFace::Line::Kind::Text, CardFace::Line::Kind::Bullet,
-                 CardFace::Line::Kind::Todo, CardFace::Line::Kind::Done, CardFace::Line::Kind::Quote})
+        for (const auto line : {CardFace::Line::Kind::Heading, CardFace::Line::Kind::Text,
+                 CardFace::Line::Kind::Bullet, CardFace::Line::Kind::Todo,
+                 CardFace::Line::Kind::Done, CardFace::Line::Kind::Quote})
             face.lines.push_back({line, u"Limewash, two coats, and a day between them"_s, 1});
         break;
     case Kind::File:

@@ -1,4 +1,5 @@
-// Reading a library's tree, against the bare read of the same rows. The library is the one in CORVELLE_BENCH_DATABASE.
+// Reading a library's tree, against the bare read of the same rows. The library is the one in
+// CORVELLE_BENCH_DATABASE.
 
 #include "library/SnapshotReader.h"
 
@@ -13,8 +14,10 @@ using namespace corvelle;
 
 namespace {
 
-constexpr char allColumns[] = "SELECT id, space_id, parent_id, kind, title, icon, color, x, y, position, path, created_at, "
-                              "updated_at, deleted_at, mime, byte_size, width, height, url, file_id, file_modified FROM nodes";
+constexpr char allColumns[] =
+    "SELECT id, space_id, parent_id, kind, title, icon, color, x, y, position, path, created_at, "
+    "updated_at, deleted_at, mime, byte_size, width, height, url, file_id, file_modified FROM "
+    "nodes";
 
 std::optional<SQLite> givenDatabase(benchmark::State& state)
 {

@@ -1,5 +1,6 @@
-// A disk and the nodes of an earlier day, both made of the bytes. What the plan says must be carried out without doing a thing
-// twice, and where all of the disk was looked at, it must lead to the disk as it is.
+// A disk and the nodes of an earlier day, both made of the bytes. What the plan says must be
+// carried out without doing a thing twice, and where all of the disk was looked at, it must lead to
+// the disk as it is.
 
 #include "disk/DiskPlan.h"
 
@@ -38,7 +39,8 @@ public:
         for (const Entry& entry : things(bytes)) {
             if (entry.generated || isInGenerated(entry.path))
                 continue;
-            Known node{QString::number(nodes.size()), entry.path, entry.folder, entry.inode, entry.size, entry.modified};
+            Known node{QString::number(nodes.size()), entry.path, entry.folder, entry.inode,
+                entry.size, entry.modified};
             if (bytes.ConsumeIntegralInRange(0, 7) == 0)
                 node.inode.reset();
             if (bytes.ConsumeIntegralInRange(0, 7) == 0)
@@ -80,19 +82,24 @@ public:
     static bool isInGenerated(const QString& path) { return path.contains(u"/Pods/"); }
 
 private:
-    static quint64 inode(FuzzedDataProvider& bytes) { return bytes.ConsumeIntegralInRange<quint64>(1, 12); }
+    static quint64 inode(FuzzedDataProvider& bytes)
+    {
+        return bytes.ConsumeIntegralInRange<quint64>(1, 12);
+    }
 
     Things things(FuzzedDataProvider& bytes) const
     {
-        static const QString names[] = {QStringLiteral("a"), QStringLiteral("A"), QStringLiteral("b"),
-            QStringLiteral("ü"), QStringLiteral("u\u0308"), QStringLiteral("c"), QStringLiteral("d"), QStringLiteral("Pods")};
+        static const QString names[] = {QStringLiteral("a"), QStringLiteral("A"),
+            QStringLiteral("b"), QStringLiteral("ü"), QStringLiteral("u\u0308"),
+            QStringLiteral("c"), QStringLiteral("d"), QStringLiteral("Pods")};
         Things result;
         std::vector<QString> folders = {top};
         QSet<QString> taken;
         for (size_t i = bytes.ConsumeIntegralInRange<size_t>(0, mostThings); i > 0; --i) {
             Entry entry;
-            entry.path = folders[bytes.ConsumeIntegralInRange<size_t>(0, folders.size() - 1)] + u'/'
-                + names[bytes.ConsumeIntegralInRange<size_t>(0, std::size(names) - 1)];
+            entry.path = folders[bytes.ConsumeIntegralInRange<size_t>(0, folders.size() - 1)] +
+                         u'/' +
+                         names[bytes.ConsumeIntegralInRange<size_t>(0, std::size(names) - 1)];
             entry.folder = bytes.ConsumeBool();
             entry.inode = inode(bytes);
             entry.size = entry.folder ? 0 : bytes.ConsumeIntegralInRange<qint64>(0, 2);
@@ -136,7 +143,10 @@ public:
 
 private:
     void takeNode(const QString& id) { check(m_ids.remove(id), "a node is told once"); }
-    void takePlace(const Entry& entry) { check(m_places.remove(entry.path), "a place on disk is given once"); }
+    void takePlace(const Entry& entry)
+    {
+        check(m_places.remove(entry.path), "a place on disk is given once");
+    }
 
     const World& m_world;
     QSet<QString> m_ids, m_places;
@@ -185,8 +195,8 @@ private:
 
     Known& node(const QString& id)
     {
-        const auto found = std::find_if(
-            m_world.nodes.begin(), m_world.nodes.end(), [&](const Known& one) { return one.id == id; });
+        const auto found = std::find_if(m_world.nodes.begin(), m_world.nodes.end(),
+            [&](const Known& one) { return one.id == id; });
         check(found != m_world.nodes.end(), "what is done is done to a node that is there");
         return *found;
     }
@@ -201,12 +211,15 @@ private:
     // A folder comes with all that lies in it.
     void add(const Entry& entry, const QString& id)
     {
-        m_world.nodes.push_back({id, entry.path, entry.folder, entry.inode, entry.size, entry.modified});
+        m_world.nodes.push_back(
+            {id, entry.path, entry.folder, entry.inode, entry.size, entry.modified});
         if (!entry.folder)
             return;
         for (const Entry& below : m_world.disk)
-            if (liesIn(below.path, entry.path) && !below.generated && !World::isInGenerated(below.path))
-                m_world.nodes.push_back({newID(), below.path, below.folder, below.inode, below.size, below.modified});
+            if (liesIn(below.path, entry.path) && !below.generated &&
+                !World::isInGenerated(below.path))
+                m_world.nodes.push_back(
+                    {newID(), below.path, below.folder, below.inode, below.size, below.modified});
     }
 
     World& m_world;
@@ -216,7 +229,9 @@ private:
 QStringList lines(const World& world, bool ofNodes)
 {
     QStringList result;
-    const auto add = [&](const QString& path, bool folder) { result += folder ? path + u'/' : path; };
+    const auto add = [&](const QString& path, bool folder) {
+        result += folder ? path + u'/' : path;
+    };
     if (ofNodes)
         for (const Known& node : world.nodes)
             add(node.path, node.folder);
@@ -230,14 +245,15 @@ QStringList lines(const World& world, bool ofNodes)
 
 void checkPlan(const World& world, const Scans& scans, Pass pass)
 {
-    const auto plan
-        = [&] { return compare(scans, world.nodes, world.trashed, world.folderKeys(), pass, world.nameCase); };
+    const auto plan = [&] {
+        return compare(scans, world.nodes, world.trashed, world.folderKeys(), pass, world.nameCase);
+    };
     const Outcome outcome = plan();
     check(plan() == outcome, "the same input gives the same plan");
     Uses uses(world, scans);
     for (const Action& action : outcome.actions) {
-        check(pass == Pass::Structural || std::holds_alternative<Changed>(action)
-                || std::holds_alternative<Identity>(action),
+        check(pass == Pass::Structural || std::holds_alternative<Changed>(action) ||
+                  std::holds_alternative<Identity>(action),
             "an incremental pass moves nothing");
         std::visit([&](const auto& one) { uses.take(one); }, action);
     }
@@ -249,8 +265,8 @@ void checkItComesToRest(World& world)
     Tree tree(world);
     for (int pass = 0; pass < mostPasses; ++pass) {
         checkPlan(world, scans, Pass::Structural);
-        const Outcome outcome = compare(
-            scans, world.nodes, world.trashed, world.folderKeys(), Pass::Structural, world.nameCase);
+        const Outcome outcome = compare(scans, world.nodes, world.trashed, world.folderKeys(),
+            Pass::Structural, world.nameCase);
         if (outcome.actions.empty()) {
             check(lines(world, true) == lines(world, false), "the nodes are those of the disk");
             return;

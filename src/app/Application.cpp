@@ -186,10 +186,12 @@ void Application::tellProblem()
 
 void Application::tellSecondCopy()
 {
-    m_window->showAlert({u"“%1” is already open"_s.arg(m_library.name()),
-                            u"Another copy of Corvelle has this library open. A library opens in one copy at a time, so neither "
-                            u"saves over the other’s changes. This copy will close and show you that one."_s,
-                            {{u"Show Other Copy"_s, Alert::Role::Likely}}},
+    m_window->showAlert(
+        {u"“%1” is already open"_s.arg(m_library.name()),
+            u"Another copy of Corvelle has this library open. A library opens in one copy at a "
+            u"time, so neither "
+            u"saves over the other’s changes. This copy will close and show you that one."_s,
+            {{u"Show Other Copy"_s, Alert::Role::Likely}}},
         [this](int) {
             if (*m_library.heldBy() >= 1)
                 m_bus->send({showMessage, {}, activationToken()}, *m_library.heldBy());
@@ -200,11 +202,13 @@ void Application::tellSecondCopy()
 void Application::tellMissing()
 {
     const QString parent = QFileInfo(m_library.place().root).absolutePath();
-    m_window->showAlert({u"Can’t find the library “%1”"_s.arg(m_library.name()),
-                            u"It was in %1. It may have been renamed or moved in Finder, or be on a disk that isn’t connected. "
-                            u"Nothing in it has changed."_s.arg(parent),
-                            {{u"Back to Corvelle Library"_s, Alert::Role::WayOut}, {u"Try Again"_s, Alert::Role::Other},
-                                {u"Choose Library…"_s, Alert::Role::Likely}}},
+    m_window->showAlert(
+        {u"Can’t find the library “%1”"_s.arg(m_library.name()),
+            u"It was in %1. It may have been renamed or moved in Finder, or be on a disk that "
+            u"isn’t connected. "
+            u"Nothing in it has changed."_s.arg(parent),
+            {{u"Back to Corvelle Library"_s, Alert::Role::WayOut},
+                {u"Try Again"_s, Alert::Role::Other}, {u"Choose Library…"_s, Alert::Role::Likely}}},
         [this](int answer) {
             if (answer == 0)
                 switchTo(defaultLibrary());
@@ -217,11 +221,13 @@ void Application::tellMissing()
 
 void Application::tellFailed()
 {
-    m_window->showAlert({u"Couldn’t open the library “%1”"_s.arg(m_library.name()),
-                            u"Corvelle couldn’t read it, or couldn’t save in its folder: its data may be damaged, or the folder "
-                            u"may not allow changes. Nothing in it has changed."_s,
-                            {{u"Quit"_s, Alert::Role::WayOut}, {u"Show in Finder"_s, Alert::Role::Other},
-                                {u"Choose Library…"_s, Alert::Role::Likely}}},
+    m_window->showAlert(
+        {u"Couldn’t open the library “%1”"_s.arg(m_library.name()),
+            u"Corvelle couldn’t read it, or couldn’t save in its folder: its data may be damaged, "
+            u"or the folder "
+            u"may not allow changes. Nothing in it has changed."_s,
+            {{u"Quit"_s, Alert::Role::WayOut}, {u"Show in Finder"_s, Alert::Role::Other},
+                {u"Choose Library…"_s, Alert::Role::Likely}}},
         [this](int answer) {
             if (answer == 0) {
                 quit();
@@ -247,7 +253,8 @@ void Application::tryAgain()
 
 void Application::chooseLibrary()
 {
-    auto* dialog = new QFileDialog(m_window.get(), shown(u"Choose a library folder, or make an empty one for a new library."_s));
+    auto* dialog = new QFileDialog(m_window.get(),
+        shown(u"Choose a library folder, or make an empty one for a new library."_s));
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
     dialog->setLabelText(QFileDialog::Accept, u"Open Library"_s);
@@ -263,10 +270,12 @@ void Application::chooseLibrary()
 
 void Application::tellNotALibrary(const QString& folder)
 {
-    m_window->showAlert({u"“%1” isn’t a library"_s.arg(QFileInfo(folder).fileName()),
-                            u"Choose an empty folder to start a new library, or one you’ve opened as a library before. A new "
-                            u"library can bring in files from this folder with Corvelle ▸ Onboarding."_s,
-                            {{u"Cancel"_s, Alert::Role::WayOut}, {u"Choose Another…"_s, Alert::Role::Likely}}},
+    m_window->showAlert(
+        {u"“%1” isn’t a library"_s.arg(QFileInfo(folder).fileName()),
+            u"Choose an empty folder to start a new library, or one you’ve opened as a library "
+            u"before. A new "
+            u"library can bring in files from this folder with Corvelle ▸ Onboarding."_s,
+            {{u"Cancel"_s, Alert::Role::WayOut}, {u"Choose Another…"_s, Alert::Role::Likely}}},
         [this](int answer) {
             if (answer == 1)
                 chooseLibrary();
@@ -297,7 +306,8 @@ void Application::quit()
         focused->clearFocus();
     relaunchIfPending();
     // Queued: a stop that is asked for before the event loop runs counts as well.
-    QMetaObject::invokeMethod(qApp, [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        qApp, [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
 }
 
 void Application::relaunchIfPending()
@@ -380,7 +390,8 @@ void Application::openItem(const QString& id)
     if (target.isEmpty())
         return;
     if (!QDesktopServices::openUrl(target))
-        m_library.fail(u"Couldn’t open “%1”: no application on this Mac opens it."_s.arg(node->title));
+        m_library.fail(
+            u"Couldn’t open “%1”: no application on this Mac opens it."_s.arg(node->title));
 }
 
 void Application::closeOverlay()
@@ -423,16 +434,16 @@ void Application::postMouse(
     else if (type != QEvent::MouseMove)
         m_buttonsHeld |= button;
     QWindow* window = m_window->windowHandle();
-    QCoreApplication::postEvent(
-        window, new QMouseEvent(type, at, window->mapToGlobal(at), button, m_buttonsHeld, modifiers));
+    QCoreApplication::postEvent(window,
+        new QMouseEvent(type, at, window->mapToGlobal(at), button, m_buttonsHeld, modifiers));
 }
 
-void Application::postWheel(QPointF at, QPoint pixels, QPoint angle, Qt::KeyboardModifiers modifiers)
+void Application::postWheel(
+    QPointF at, QPoint pixels, QPoint angle, Qt::KeyboardModifiers modifiers)
 {
     QWindow* window = m_window->windowHandle();
-    QCoreApplication::postEvent(window,
-        new QWheelEvent(at, window->mapToGlobal(at), pixels, angle, m_buttonsHeld, modifiers,
-            Qt::NoScrollPhase, false));
+    QCoreApplication::postEvent(window, new QWheelEvent(at, window->mapToGlobal(at), pixels, angle,
+                                            m_buttonsHeld, modifiers, Qt::NoScrollPhase, false));
 }
 
 } // namespace corvelle

@@ -1,4 +1,5 @@
-// The running program: owns the library, its services and the window, and starts and stops them in their order.
+// The running program: owns the library, its services and the window, and starts and stops them in
+// their order.
 #pragma once
 
 #include "app/Defaults.h"
@@ -20,7 +21,8 @@ namespace corvelle {
 
 class TestDriver;
 
-// The toolkit's application object, which times every event: nothing may keep the main thread for long.
+// The toolkit's application object, which times every event: nothing may keep the main thread for
+// long.
 class TimedApplication : public QApplication
 {
 public:
@@ -69,7 +71,8 @@ public:
 
     // Real input events, as from the window system.
     void postKey(QEvent::Type type, int key, Qt::KeyboardModifiers modifiers, const QString& text);
-    void postMouse(QEvent::Type type, QPointF at, Qt::MouseButton button, Qt::KeyboardModifiers modifiers);
+    void postMouse(
+        QEvent::Type type, QPointF at, Qt::MouseButton button, Qt::KeyboardModifiers modifiers);
     void postWheel(QPointF at, QPoint pixels, QPoint angle, Qt::KeyboardModifiers modifiers);
 
 private:

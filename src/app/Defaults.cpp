@@ -8,8 +8,8 @@ namespace {
 
 QString file()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-        + QStringLiteral("/Corvelle/Corvelle.conf");
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/Corvelle/Corvelle.conf");
 }
 
 } // namespace

@@ -1,4 +1,5 @@
-// What the program remembers for this person, across libraries: an INI file in the configuration folder.
+// What the program remembers for this person, across libraries: an INI file in the configuration
+// folder.
 #pragma once
 
 #include <QSettings>

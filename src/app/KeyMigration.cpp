@@ -27,7 +27,8 @@ QString withoutQuotes(QString text)
 KeysFile readKeysFile(const QByteArray& content)
 {
     KeysFile result;
-    QList<QByteArray> rest; // as bytes: the file may hold other things than UTF-8, and they are the person's
+    QList<QByteArray>
+        rest; // as bytes: the file may hold other things than UTF-8, and they are the person's
     for (const QByteArray& bytes : content.split('\n')) {
         const QString line = QString::fromUtf8(bytes);
         const qsizetype equals = line.indexOf(u'=');
@@ -71,7 +72,8 @@ void migrateKey(const QString& path, const std::function<Result<void>(const QStr
 
 QString keysFilePath()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/Corvelle/keys.env"_s;
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+           u"/Corvelle/keys.env"_s;
 }
 
 } // namespace corvelle

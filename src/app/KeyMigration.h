@@ -17,11 +17,13 @@ struct KeysFile
     QByteArray rest;
 };
 
-// Lines are split at their first "=", both sides trimmed; "ANTHROPIC_API_KEY" and "export ANTHROPIC_API_KEY" name the key. Quotes at
-// its ends are taken off. `rest` keeps the bytes of its lines, in any encoding, and ends in a newline, unless it is empty.
+// Lines are split at their first "=", both sides trimmed; "ANTHROPIC_API_KEY" and "export
+// ANTHROPIC_API_KEY" name the key. Quotes at its ends are taken off. `rest` keeps the bytes of its
+// lines, in any encoding, and ends in a newline, unless it is empty.
 KeysFile readKeysFile(const QByteArray& content);
 
-// Moves the key of the file at `path` by `save`. A missing file, no key or a failed save leave everything as it was.
+// Moves the key of the file at `path` by `save`. A missing file, no key or a failed save leave
+// everything as it was.
 void migrateKey(const QString& path, const std::function<Result<void>(const QString& key)>& save);
 
 // keys.env in the data folder of this person.

@@ -12,16 +12,17 @@ namespace corvelle {
 
 struct LaunchOptions
 {
-    QString library;         // CORVELLE_LIBRARY; empty when unset or empty
+    QString library;           // CORVELLE_LIBRARY; empty when unset or empty
     bool libraryIsSet = false; // also when empty
-    QString driverFile;      // CORVELLE_DRIVER
+    QString driverFile;        // CORVELLE_DRIVER
     bool driverIsSet = false;
-    bool background = false; // CORVELLE_BACKGROUND is "1": no activation, no alerts
-    bool plate = false;      // --plate: no note of a scratch library
+    bool background = false;   // CORVELLE_BACKGROUND is "1": no activation, no alerts
+    bool plate = false;        // --plate: no note of a scratch library
     std::optional<QSize> size; // --size: of the window's content
-    QString folder;          // --folder: opened at the first appearance
-    QString itemID;          // of an address corvelle://item/<id>
-    std::optional<double> probeMs; // CORVELLE_PROBE_MS: passes of the canvas longer than this are logged
+    QString folder;            // --folder: opened at the first appearance
+    QString itemID;            // of an address corvelle://item/<id>
+    std::optional<double>
+        probeMs; // CORVELLE_PROBE_MS: passes of the canvas longer than this are logged
 
     // The window tells that its library is a scratch one.
     bool showsScratchNote() const { return !library.isEmpty() && !plate; }
@@ -29,8 +30,9 @@ struct LaunchOptions
     bool isUnderTest() const { return libraryIsSet || driverIsSet; }
 };
 
-// Arguments are matched whole, anywhere in the list; an operand is the next argument. A switch without its operand is
-// ignored. `environment` gives the value of a variable, null when it isn't set.
+// Arguments are matched whole, anywhere in the list; an operand is the next argument. A switch
+// without its operand is ignored. `environment` gives the value of a variable, null when it isn't
+// set.
 LaunchOptions readLaunchOptions(
     const QStringList& arguments, const std::function<QString(const char*)>& environment);
 

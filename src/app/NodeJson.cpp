@@ -22,7 +22,8 @@ QJsonValue orNull(const std::optional<T>& value)
 QJsonObject nodeJson(const Node& node, const SeenFile& seen, bool inTrash)
 {
     // An identifier uses all 64 bits, which a JSON number doesn't hold.
-    const QJsonValue fileID = seen.fileID ? QJsonValue(QString::number(*seen.fileID)) : QJsonValue();
+    const QJsonValue fileID =
+        seen.fileID ? QJsonValue(QString::number(*seen.fileID)) : QJsonValue();
     return {
         {u"id"_s, node.id},
         {u"spaceID"_s, node.spaceID},

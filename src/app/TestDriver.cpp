@@ -42,7 +42,8 @@ QSet<QString> keySet(const QJsonValue& value)
 
 Qt::KeyboardModifiers modifiersFrom(const QJsonValue& value)
 {
-    const QStringList names = value.isArray() ? strings(value) : value.toString().split(u'+', Qt::SkipEmptyParts);
+    const QStringList names =
+        value.isArray() ? strings(value) : value.toString().split(u'+', Qt::SkipEmptyParts);
     Qt::KeyboardModifiers modifiers;
     for (const QString& name : names) {
         if (name.compare(u"Ctrl", Qt::CaseInsensitive) == 0)
@@ -151,7 +152,8 @@ void TestDriver::addVerbs()
     };
     m_verbs[u"node"_s] = [&library](const QJsonObject& a) {
         const Node* node = library.node(a[u"id"].toString());
-        return Answer{node ? QJsonValue(nodeJson(*node, library.tree().seen(node->id), library.isInTrash(node->id)))
+        return Answer{node ? QJsonValue(nodeJson(
+                                 *node, library.tree().seen(node->id), library.isInTrash(node->id)))
                            : QJsonValue(),
             {}};
     };
@@ -168,12 +170,22 @@ void TestDriver::addVerbs()
         m_application.closeOverlay();
         return done();
     };
-    m_verbs[u"up"_s] = [&canvas, done](const QJsonObject&) { canvas.goUp(); return done(); };
-    m_verbs[u"back"_s] = [&canvas, done](const QJsonObject&) { canvas.goBack(); return done(); };
-    m_verbs[u"forward"_s] = [&canvas, done](const QJsonObject&) { canvas.goForward(); return done(); };
+    m_verbs[u"up"_s] = [&canvas, done](const QJsonObject&) {
+        canvas.goUp();
+        return done();
+    };
+    m_verbs[u"back"_s] = [&canvas, done](const QJsonObject&) {
+        canvas.goBack();
+        return done();
+    };
+    m_verbs[u"forward"_s] = [&canvas, done](const QJsonObject&) {
+        canvas.goForward();
+        return done();
+    };
     m_verbs[u"camera"_s] = [this, &canvas, done](const QJsonObject& a) {
         const Camera now = canvas.camera();
-        const Camera wanted{a[u"x"].toDouble(now.x), a[u"y"].toDouble(now.y), a[u"zoom"].toDouble(now.zoom)};
+        const Camera wanted{
+            a[u"x"].toDouble(now.x), a[u"y"].toDouble(now.y), a[u"zoom"].toDouble(now.zoom)};
         if (a[u"animated"].toBool())
             m_application.window().canvasView().glideTo(wanted);
         else
@@ -187,7 +199,8 @@ void TestDriver::addVerbs()
     m_verbs[u"shot"_s] = [this](const QJsonObject& a) { return shot(a); };
     m_verbs[u"perf"_s] = [this](const QJsonObject& a) { return perf(a); };
     m_verbs[u"quit"_s] = [this, done](const QJsonObject&) {
-        QMetaObject::invokeMethod(qApp, [this] { m_application.quit(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            qApp, [this] { m_application.quit(); }, Qt::QueuedConnection);
         return done();
     };
 }
@@ -210,7 +223,8 @@ void TestDriver::addInputVerbs()
 
 TestDriver::Answer TestDriver::settle(const QJsonObject& arguments)
 {
-    m_settling.emplace(Settling{arguments, {}, arguments[u"timeout"].toDouble(defaultSettleSeconds)});
+    m_settling.emplace(
+        Settling{arguments, {}, arguments[u"timeout"].toDouble(defaultSettleSeconds)});
     m_settling->since.start();
     return {{}, {}, true};
 }
@@ -247,7 +261,8 @@ QJsonObject TestDriver::state() const
         {u"open"_s, QJsonValue()},
         {u"panes"_s, QJsonArray()},
         {u"palette"_s, QJsonValue()},
-        {u"lastFailure"_s, library.lastFailure().isEmpty() ? QJsonValue() : QJsonValue(library.lastFailure())},
+        {u"lastFailure"_s,
+            library.lastFailure().isEmpty() ? QJsonValue() : QJsonValue(library.lastFailure())},
         {u"revision"_s, library.revision()},
         {u"editing"_s, false},
         {u"toasts"_s, m_application.window().toastsJson()},
@@ -276,7 +291,8 @@ TestDriver::Answer TestDriver::open(const QJsonObject& arguments)
 
 TestDriver::Answer TestDriver::key(const QJsonObject& arguments)
 {
-    const QKeySequence sequence = QKeySequence::fromString(arguments[u"key"].toString(), QKeySequence::PortableText);
+    const QKeySequence sequence =
+        QKeySequence::fromString(arguments[u"key"].toString(), QKeySequence::PortableText);
     if (sequence.count() != 1 || sequence[0].key() == Qt::Key_unknown)
         return {{}, u"There is no key of this name."_s};
     const QString type = arguments[u"type"].toString();
@@ -285,9 +301,11 @@ TestDriver::Answer TestDriver::key(const QJsonObject& arguments)
     const int times = std::clamp(arguments[u"times"].toInt(1), 1, mostTimes);
     for (int i = 0; i < times; ++i) {
         if (type != u"release")
-            m_application.postKey(QEvent::KeyPress, sequence[0].key(), sequence[0].keyboardModifiers(), {});
+            m_application.postKey(
+                QEvent::KeyPress, sequence[0].key(), sequence[0].keyboardModifiers(), {});
         if (type != u"press")
-            m_application.postKey(QEvent::KeyRelease, sequence[0].key(), sequence[0].keyboardModifiers(), {});
+            m_application.postKey(
+                QEvent::KeyRelease, sequence[0].key(), sequence[0].keyboardModifiers(), {});
     }
     return {QJsonObject(), {}};
 }
@@ -297,11 +315,11 @@ TestDriver::Answer TestDriver::mouse(const QJsonObject& arguments)
     const QPointF at(arguments[u"x"].toDouble(), arguments[u"y"].toDouble());
     const QString type = arguments[u"type"].toString();
     const QString name = arguments[u"button"].toString(u"left"_s);
-    const Qt::MouseButton button = name == u"right" ? Qt::RightButton
-        : name == u"middle"                         ? Qt::MiddleButton
-        : name == u"back"                           ? Qt::BackButton
-        : name == u"forward"                        ? Qt::ForwardButton
-                                                    : Qt::LeftButton;
+    const Qt::MouseButton button = name == u"right"     ? Qt::RightButton
+                                   : name == u"middle"  ? Qt::MiddleButton
+                                   : name == u"back"    ? Qt::BackButton
+                                   : name == u"forward" ? Qt::ForwardButton
+                                                        : Qt::LeftButton;
     const Qt::KeyboardModifiers modifiers = modifiersFrom(arguments[u"mods"]);
     if (type == u"press")
         m_application.postMouse(QEvent::MouseButtonPress, at, button, modifiers);
@@ -340,7 +358,8 @@ TestDriver::Answer TestDriver::shot(const QJsonObject& arguments)
     const QString part = arguments[u"part"].toString(u"window"_s);
     if (part != u"window" && part != u"canvas")
         return {{}, u"There is no such part of the window."_s};
-    const QPixmap picture = part == u"canvas" ? m_application.window().canvasView().grab() : window.grab();
+    const QPixmap picture =
+        part == u"canvas" ? m_application.window().canvasView().grab() : window.grab();
     if (!picture.save(arguments[u"file"].toString(), "PNG"))
         return {{}, u"The picture couldn’t be written there."_s};
     return {QJsonObject{{u"width"_s, picture.width()}, {u"height"_s, picture.height()}}, {}};
@@ -351,9 +370,10 @@ TestDriver::Answer TestDriver::perf(const QJsonObject& arguments)
     FrameMeter& meter = m_application.window().canvasView().frames();
     const FrameSummary frames = meter.summary();
     const StatementCounts statements = mainThreadStatements();
-    const QJsonObject result{{u"frames"_s, frames.frames}, {u"p50"_s, frames.p50Ms}, {u"p95"_s, frames.p95Ms},
-        {u"max"_s, frames.maxMs}, {u"slow"_s, frames.slow}, {u"reads"_s, statements.reads},
-        {u"writes"_s, statements.writes}, {u"longestBlock"_s, m_application.longestEventMs()},
+    const QJsonObject result{{u"frames"_s, frames.frames}, {u"p50"_s, frames.p50Ms},
+        {u"p95"_s, frames.p95Ms}, {u"max"_s, frames.maxMs}, {u"slow"_s, frames.slow},
+        {u"reads"_s, statements.reads}, {u"writes"_s, statements.writes},
+        {u"longestBlock"_s, m_application.longestEventMs()},
         {u"firstCardsAt"_s, m_application.window().canvasView().firstCardsAt()},
         {u"firstFacesAt"_s, m_application.window().canvasView().firstFacesAt()}};
     if (arguments[u"reset"].toBool()) {

@@ -1,7 +1,9 @@
-// The scripted channel into the running program: lines of JSON in a file are commands, answers go to "<file>.out".
+// The scripted channel into the running program: lines of JSON in a file are commands, answers go
+// to "<file>.out".
 //
-// Verbs call the same operations as the interface; pointer, wheel and key verbs post real input events to the window. Commands
-// run one after another on the main thread; a `settle` holds back those behind it until it is answered.
+// Verbs call the same operations as the interface; pointer, wheel and key verbs post real input
+// events to the window. Commands run one after another on the main thread; a `settle` holds back
+// those behind it until it is answered.
 #pragma once
 
 #include <QElapsedTimer>

@@ -29,7 +29,8 @@ int main(int argc, char** argv)
     const LaunchOptions options = readLaunchOptions(argumentsOf(argc, argv), environmentValue);
     const LibraryPlace place = chooseLibrary(options.library, Defaults().libraryPath());
 
-    // The library is read while the toolkit starts: the window's first picture already has its cards.
+    // The library is read while the toolkit starts: the window's first picture already has its
+    // cards.
     auto opening = std::async(
         std::launch::async, [place] { return openLibrary(place, OpenMode::Application); });
 

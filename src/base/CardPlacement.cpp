@@ -20,8 +20,8 @@ constexpr double firstRowOfEmptyFolder = 160;
 
 QSizeF pictureSize(int pixelWidth, int pixelHeight)
 {
-    const double aspect = std::clamp(
-        static_cast<double>(pixelWidth) / pixelHeight, leastAspect, greatestAspect);
+    const double aspect =
+        std::clamp(static_cast<double>(pixelWidth) / pixelHeight, leastAspect, greatestAspect);
     double width = std::sqrt(aspect * pictureArea);
     double height = width / aspect;
     const double scale = std::min(1.0, longestSide / std::max(width, height));

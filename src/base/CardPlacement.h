@@ -1,4 +1,5 @@
-// How big a card is and where the next one goes. Canvas points, y downward; a card's place is its centre.
+// How big a card is and where the next one goes. Canvas points, y downward; a card's place is its
+// centre.
 #pragma once
 
 #include "base/NodeKind.h"
@@ -14,15 +15,17 @@ namespace corvelle {
 struct CardShape
 {
     NodeKind kind = NodeKind::File;
-    bool picture = false;            // a file whose type is a picture
+    bool picture = false;                // a file whose type is a picture
     int pixelWidth = 0, pixelHeight = 0; // of the picture; 0 when unknown
 };
 
-// A folder is 224 × 176, a page and a plain file 176 × 224, a website 240 × 150. A picture has its own shape at the area
-// of a page, no side over 300, its aspect held to 0.32 … 3.125, in whole points.
+// A folder is 224 × 176, a page and a plain file 176 × 224, a website 240 × 150. A picture has its
+// own shape at the area of a page, no side over 300, its aspect held to 0.32 … 3.125, in whole
+// points.
 QSizeF cardSize(const CardShape& shape);
 
-// Gives the places of cards that come into one folder in one pass: rows of four, below what is there.
+// Gives the places of cards that come into one folder in one pass: rows of four, below what is
+// there.
 class NextFreePlace
 {
 public:

@@ -14,8 +14,8 @@ constexpr QStringView colorWords[] = {
 template<class Enum, size_t N>
 Enum parsed(QAnyStringView word, const QStringView (&words)[N], Enum otherwise)
 {
-    const auto found = std::find_if(
-        std::begin(words), std::end(words), [&](QStringView known) { return word == QAnyStringView(known); });
+    const auto found = std::find_if(std::begin(words), std::end(words),
+        [&](QStringView known) { return word == QAnyStringView(known); });
     return found == std::end(words) ? otherwise
                                     : static_cast<Enum>(std::distance(std::begin(words), found));
 }

@@ -10,7 +10,17 @@ namespace corvelle {
 
 enum class NodeKind : unsigned char { Folder, File, Page, Link };
 
-enum class NodeColor : unsigned char { Gray, Brown, Orange, Yellow, Green, Blue, Purple, Pink, Red };
+enum class NodeColor : unsigned char {
+    Gray,
+    Brown,
+    Orange,
+    Yellow,
+    Green,
+    Blue,
+    Purple,
+    Pink,
+    Red
+};
 
 inline constexpr std::array<NodeColor, 9> allNodeColors = {NodeColor::Gray, NodeColor::Brown,
     NodeColor::Orange, NodeColor::Yellow, NodeColor::Green, NodeColor::Blue, NodeColor::Purple,

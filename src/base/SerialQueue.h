@@ -1,7 +1,8 @@
 // A named queue that runs work one after another on a thread of its own.
 //
-// The work gets values and returns values. run() brings its result back to the main thread, where it is dropped when the
-// receiver is gone. Destroying the queue drains it: everything accepted has run when the destructor returns.
+// The work gets values and returns values. run() brings its result back to the main thread, where
+// it is dropped when the receiver is gone. Destroying the queue drains it: everything accepted has
+// run when the destructor returns.
 #pragma once
 
 #include <QCoreApplication>

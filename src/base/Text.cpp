@@ -60,7 +60,8 @@ QString lowerCased(QStringView text)
 
 QString pathKey(const QString& path, NameCase nameCase)
 {
-    // Composed a second time: of some letters with a mark ("J̌") only the small form is one character.
+    // Composed a second time: of some letters with a mark ("J̌") only the small form is one
+    // character.
     return nameCase == NameCase::Kept ? path : composed(lowerCased(composed(path)));
 }
 

@@ -8,8 +8,8 @@ namespace corvelle {
 
 namespace {
 
-constexpr std::array cardZooms = {0.2, 0.25, 0.3, 0.35, 0.42, 0.5, 0.6, 0.7, 0.8, 0.9, 1.0, 1.25, 1.5, 1.75,
-    2.0, 2.25, 2.5};
+constexpr std::array cardZooms = {
+    0.2, 0.25, 0.3, 0.35, 0.42, 0.5, 0.6, 0.7, 0.8, 0.9, 1.0, 1.25, 1.5, 1.75, 2.0, 2.25, 2.5};
 
 constexpr size_t mostFittedWhole = 20;
 constexpr size_t mostFittedInPart = 80;
@@ -100,8 +100,8 @@ Camera fitted(std::span<const QRectF> cards, QSizeF viewport)
     for (const QRectF& card : cards)
         box |= card;
     const QSizeF view = viewport / screenScale;
-    const double zoom
-        = std::min({1.0, (view.width() - 80) / box.width(), (view.height() - 180) / box.height()});
+    const double zoom =
+        std::min({1.0, (view.width() - 80) / box.width(), (view.height() - 180) / box.height()});
     return {box.center().x(), box.center().y(), std::max(zoom, leastZoom)};
 }
 
@@ -113,8 +113,8 @@ Camera firstCamera(std::span<const QRectF> cards, QSizeF viewport)
         return fitted(cards.first(fittedPart), viewport);
     const QSizeF view = viewport / screenScale;
     const QPointF first = cards.front().center();
-    const double zoom
-        = clampedZoom(std::min({1.0, (view.width() - 80) / 224, (view.height() - 160) / 224}));
+    const double zoom =
+        clampedZoom(std::min({1.0, (view.width() - 80) / 224, (view.height() - 160) / 224}));
     return {first.x() + (view.width() / 2 - std::min(view.width() / 2, 160.0)) / zoom,
         first.y() + (view.height() / 2 - std::min(view.height() / 2, 180.0)) / zoom, zoom};
 }
@@ -122,8 +122,8 @@ Camera firstCamera(std::span<const QRectF> cards, QSizeF viewport)
 Camera showingSomeCard(const Camera& camera, std::span<const QRectF> cards, QSizeF viewport)
 {
     const QRectF visible = visibleRect(camera, viewport);
-    const bool seesOne = std::any_of(cards.begin(), cards.end(),
-        [&](const QRectF& card) { return card.intersects(visible); });
+    const bool seesOne = std::any_of(
+        cards.begin(), cards.end(), [&](const QRectF& card) { return card.intersects(visible); });
     if (cards.empty() || seesOne)
         return camera;
     return {cards.front().center().x(), cards.front().center().y(), camera.zoom};

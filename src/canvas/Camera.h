@@ -1,6 +1,7 @@
 // Where the canvas is looked at from, and the arithmetic of moving there. Pure.
 //
-// Canvas points, y downward; a viewport's size is in screen points. The scale on the screen is `zoom` × 1.1.
+// Canvas points, y downward; a viewport's size is in screen points. The scale on the screen is
+// `zoom` × 1.1.
 #pragma once
 
 #include <QPointF>
@@ -26,7 +27,8 @@ struct Camera
 
 double clampedZoom(double zoom);
 
-// The first of the 17 steps at which card faces are drawn that is at least `zoom`; the last one above them all.
+// The first of the 17 steps at which card faces are drawn that is at least `zoom`; the last one
+// above them all.
 double cardZoom(double zoom);
 
 QPointF toScreen(QPointF canvas, const Camera& camera, QSizeF viewport);
@@ -43,8 +45,8 @@ Camera panned(const Camera& camera, double dx, double dy);
 // All the cards in sight, never enlarged. No card gives (0, 0) at zoom 1.
 Camera fitted(std::span<const QRectF> cards, QSizeF viewport);
 
-// The camera of a folder that is seen for the first time: all of up to 20 cards, the first 12 of up to 80, the first card in
-// the upper left of more.
+// The camera of a folder that is seen for the first time: all of up to 20 cards, the first 12 of up
+// to 80, the first card in the upper left of more.
 Camera firstCamera(std::span<const QRectF> cards, QSizeF viewport);
 
 // Shifts a camera that would show no card to the first one, at its own zoom.
@@ -53,8 +55,8 @@ Camera showingSomeCard(const Camera& camera, std::span<const QRectF> cards, QSiz
 // The place between two cameras on the curve of an animated move, at `progress` 0 … 1 of its time.
 Camera glided(const Camera& from, const Camera& to, double progress);
 
-// The rectangle within which cards are mounted, kept while it serves: it must hold the visible rectangle grown by 15 %, and
-// not be over three times as large; a new one is grown by 35 %.
+// The rectangle within which cards are mounted, kept while it serves: it must hold the visible
+// rectangle grown by 15 %, and not be over three times as large; a new one is grown by 35 %.
 QRectF culledRect(const QRectF& current, const QRectF& visible);
 
 } // namespace corvelle

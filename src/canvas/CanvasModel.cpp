@@ -185,7 +185,8 @@ void CanvasModel::placeCards()
     cull(true);
 }
 
-// Takes in cards that came at the end or changed in place. False when the order is another one: then the list is made anew.
+// Takes in cards that came at the end or changed in place. False when the order is another one:
+// then the list is made anew.
 bool CanvasModel::patchCards(const TreeChange& change)
 {
     if (change.everything)
@@ -237,7 +238,8 @@ void CanvasModel::takeTreeChange(const TreeChange& change)
         else
             cull(true);
         const auto gone = [this](const QString& key) { return !m_indexes.contains(key); };
-        if (std::any_of(m_selection.begin(), m_selection.end(), gone) || (!m_focus.isEmpty() && gone(m_focus))) {
+        if (std::any_of(m_selection.begin(), m_selection.end(), gone) ||
+            (!m_focus.isEmpty() && gone(m_focus))) {
             m_selection.removeIf(gone);
             if (gone(m_focus))
                 m_focus.clear();
@@ -356,10 +358,22 @@ void CanvasModel::moveSelection(Direction direction, bool extend)
         const QPointF d = other.centre - from->centre;
         double along = 0, across = 0;
         switch (direction) {
-        case Direction::Right: along = d.x(); across = d.y(); break;
-        case Direction::Left: along = -d.x(); across = d.y(); break;
-        case Direction::Down: along = d.y(); across = d.x(); break;
-        case Direction::Up: along = -d.y(); across = d.x(); break;
+        case Direction::Right:
+            along = d.x();
+            across = d.y();
+            break;
+        case Direction::Left:
+            along = -d.x();
+            across = d.y();
+            break;
+        case Direction::Down:
+            along = d.y();
+            across = d.x();
+            break;
+        case Direction::Up:
+            along = -d.y();
+            across = d.x();
+            break;
         }
         const double score = along + 2 * std::abs(across);
         if (along > 1 && (!best || score < bestScore)) {

@@ -1,7 +1,9 @@
-// What the canvas of the main window shows: the open folder, its cards, the camera and the selection.
+// What the canvas of the main window shows: the open folder, its cards, the camera and the
+// selection.
 //
-// Lives as long as the window, on the main thread. Views paint it and turn events into its calls; it decides and never
-// draws. Card keys are node ids. Positions are canvas points, sizes of the viewport screen points.
+// Lives as long as the window, on the main thread. Views paint it and turn events into its calls;
+// it decides and never draws. Card keys are node ids. Positions are canvas points, sizes of the
+// viewport screen points.
 #pragma once
 
 #include "base/CardPlacement.h"
@@ -77,12 +79,15 @@ public:
     // One step of a gesture; rest() or a finished move ends it.
     void moveCamera(const Camera& camera);
     void pan(double dx, double dy) { moveCamera(panned(m_camera, dx, dy)); }
-    void zoomAt(double zoom, QPointF anchor) { moveCamera(zoomedAt(m_camera, zoom, anchor, m_viewport)); }
+    void zoomAt(double zoom, QPointF anchor)
+    {
+        moveCamera(zoomedAt(m_camera, zoom, anchor, m_viewport));
+    }
     // The camera has come to rest: faces are drawn for its own zoom now.
     void rest();
 
-    // The zoom that cards' faces are drawn for while the camera moves: one of the steps, changed when the camera has moved by
-    // more than a factor of 1.1 up or 0.8 down.
+    // The zoom that cards' faces are drawn for while the camera moves: one of the steps, changed
+    // when the camera has moved by more than a factor of 1.1 up or 0.8 down.
     double drawnCardZoom() const { return cardZoom(m_drawnZoom); }
     bool isAtRest() const { return m_drawnZoom == m_camera.zoom; }
 
@@ -106,7 +111,8 @@ public:
     void select(const QSet<QString>& keys);
     void click(const QString& key, bool toggle);
     void selectAll();
-    // From the selected card to its neighbour, brought into view; the first card when none is selected.
+    // From the selected card to its neighbour, brought into view; the first card when none is
+    // selected.
     void moveSelection(Direction direction, bool extend);
     // The camera that shows the cards, or none when they are in view.
     std::optional<Camera> bringIntoView(const QSet<QString>& keys) const;
@@ -129,7 +135,8 @@ signals:
     void openItem(const QString& id);
 
 private:
-    void enter(QString folderID); // a copy: the caller's text may be one that changes here, such as the focus
+    void enter(QString
+            folderID); // a copy: the caller's text may be one that changes here, such as the focus
     void takeTreeChange(const TreeChange& change);
     bool patchCards(const TreeChange& change);
     void placeCards();

@@ -1,5 +1,5 @@
-// The cards of one folder by where they lie, so that what is in sight, under the pointer or in a rectangle is found without
-// walking the folder.
+// The cards of one folder by where they lie, so that what is in sight, under the pointer or in a
+// rectangle is found without walking the folder.
 #pragma once
 
 #include <QPointF>

@@ -24,7 +24,8 @@ void MarqueeGesture::move(QPointF to)
         return;
     m_rect = rect;
     // A line meets cards as well: drawn straight down, the rectangle has no area.
-    const QSizeF size = rect.size().expandedTo(QSizeF(leastExtent, leastExtent)) / m_model.camera().scale();
+    const QSizeF size =
+        rect.size().expandedTo(QSizeF(leastExtent, leastExtent)) / m_model.camera().scale();
     const QRectF onCanvas(toCanvas(rect.topLeft(), m_model.camera(), m_model.viewport()), size);
     QSet<QString> keys = m_base;
     for (const int index : m_model.cardsMeeting(onCanvas)) {

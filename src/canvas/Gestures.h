@@ -1,4 +1,5 @@
-// What a held pointer does to the canvas. Each gesture begins, moves and ends or is called off; it reads positions alone.
+// What a held pointer does to the canvas. Each gesture begins, moves and ends or is called off; it
+// reads positions alone.
 #pragma once
 
 #include "canvas/CanvasModel.h"
@@ -23,7 +24,8 @@ private:
     Camera m_camera; // when it began
 };
 
-// Draws a rectangle from the empty canvas; the cards that meet it toggle against the selection it began with.
+// Draws a rectangle from the empty canvas; the cards that meet it toggle against the selection it
+// began with.
 class MarqueeGesture
 {
 public:

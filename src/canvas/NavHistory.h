@@ -24,7 +24,8 @@ public:
     // A new move: what lay ahead is forgotten. The place that is current already records nothing.
     void record(const Place& place);
 
-    // The place to go to, now the current one; none when there is nothing. Places for which `exists` is false are skipped.
+    // The place to go to, now the current one; none when there is nothing. Places for which
+    // `exists` is false are skipped.
     using Exists = std::function<bool(const Place&)>;
     std::optional<Place> back(const Exists& exists);
     std::optional<Place> forward(const Exists& exists);
@@ -33,7 +34,8 @@ public:
     bool canGoForward() const { return !m_forward.empty(); }
 
 private:
-    std::optional<Place> travel(std::deque<Place>& from, std::deque<Place>& to, const Exists& exists);
+    std::optional<Place> travel(
+        std::deque<Place>& from, std::deque<Place>& to, const Exists& exists);
 
     Place m_current;
     std::deque<Place> m_back, m_forward;

@@ -30,9 +30,9 @@ struct Row
 
 Result<std::vector<Row>> readRows(SQLite& connection)
 {
-    return connection.query(
-        "SELECT id, parent_id, kind, path, deleted_at, file_id, byte_size, file_modified FROM nodes", {},
-        [](const SQLRow& row) {
+    return connection.query("SELECT id, parent_id, kind, path, deleted_at, file_id, byte_size, "
+                            "file_modified FROM nodes",
+        {}, [](const SQLRow& row) {
             Row result;
             result.id = row.text(0);
             result.parentID = row.text(1);
@@ -105,11 +105,11 @@ ArrivingItem arriving(const DiskPlan::Entry& entry)
     return {entry.path, entry.folder, entry.size, entry.modified, entry.inode};
 }
 
-// Adds the entry and, below a folder, all that was found there. What lies in a folder comes by name. What `isLeftOut` is left
-// out with all below it.
+// Adds the entry and, below a folder, all that was found there. What lies in a folder comes by
+// name. What `isLeftOut` is left out with all below it.
 template<class Test>
-void addWithContents(
-    const DiskPlan::Scans& scans, const DiskPlan::Entry& top, std::vector<ArrivingItem>& items, Test isLeftOut)
+void addWithContents(const DiskPlan::Scans& scans, const DiskPlan::Entry& top,
+    std::vector<ArrivingItem>& items, Test isLeftOut)
 {
     std::vector<const DiskPlan::Entry*> waiting = {&top};
     while (!waiting.empty()) {
@@ -127,7 +127,9 @@ void addWithContents(
                 waiting.push_back(&child);
         // The stack gives the last one first.
         std::sort(waiting.begin() + static_cast<std::ptrdiff_t>(first), waiting.end(),
-            [](const auto* left, const auto* right) { return compareNaturally(left->path, right->path) > 0; });
+            [](const auto* left, const auto* right) {
+                return compareNaturally(left->path, right->path) > 0;
+            });
     }
 }
 
@@ -137,8 +139,8 @@ Result<std::vector<std::pair<QString, QString>>> readSpaces(SQLite& connection)
         [](const SQLRow& row) { return std::pair(row.text(0), row.text(1)); });
 }
 
-// Whether the space's folder is another one than the one we knew and has nothing in it: then a disk went away and left an
-// empty place behind, which says nothing about the files.
+// Whether the space's folder is another one than the one we knew and has nothing in it: then a disk
+// went away and left an empty place behind, which says nothing about the files.
 bool isLeftBehind(SQLite& connection, const QString& spaceID, quint64 identity, bool isEmpty)
 {
     const QString key = u"spaceFolder."_s + spaceID;
@@ -165,7 +167,8 @@ Result<DiskPlan::Scans> scanSpaces(SQLite& connection, const QString& root,
             continue;
         auto found = DiskPlan::scanTree(root, std::span(&folder, 1), stop);
         const auto top = found.find(folder);
-        if (top == found.end() || isLeftBehind(connection, id, facts->identity, top->second.empty()))
+        if (top == found.end() ||
+            isLeftBehind(connection, id, facts->identity, top->second.empty()))
             continue;
         folders.insert(pathKey(folder, nameCase), QString());
         scans.merge(found);
@@ -198,8 +201,9 @@ struct KnownRows
     QHash<quint64, QString> trashed; // by identity
 };
 
-// Whether one of the rows may come to lie inside a folder that is new, or lies in one that has another place: the plan tells
-// that apart from things that came and went only once these folders have their rows.
+// Whether one of the rows may come to lie inside a folder that is new, or lies in one that has
+// another place: the plan tells that apart from things that came and went only once these folders
+// have their rows.
 bool needsFoldersFirst(
     const DiskPlan::Outcome& outcome, const DiskPlan::Scans& scans, const KnownRows& rows)
 {
@@ -225,8 +229,8 @@ bool needsFoldersFirst(
     return anyReturns || (anyRemoved && anyNewFolder);
 }
 
-// New folders come in, but for those that a row may stand for. Nothing else comes, and nothing is taken for gone before the
-// next look, unless something of another kind lies in its place.
+// New folders come in, but for those that a row may stand for. Nothing else comes, and nothing is
+// taken for gone before the next look, unless something of another kind lies in its place.
 void takeFoldersFirst(
     DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans, const KnownRows& rows)
 {
@@ -254,22 +258,24 @@ void takeFoldersFirst(
     pass.lookAgain = true;
 }
 
-void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans, const KnownRows& rows,
-    Look look)
+void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans,
+    const KnownRows& rows, Look look)
 {
     if (look == Look::Another && needsFoldersFirst(outcome, scans, rows)) {
         takeFoldersFirst(pass, std::move(outcome), scans, rows);
         return;
     }
-    std::vector<DiskPlan::Entry> added; // none lies in another: what lies in a new folder comes with it
+    std::vector<DiskPlan::Entry>
+        added; // none lies in another: what lies in a new folder comes with it
     for (DiskPlan::Action& action : outcome.actions) {
         if (auto* addition = std::get_if<DiskPlan::Added>(&action))
             added.push_back(std::move(addition->entry));
         else
             pass.actions.push_back(std::move(action));
     }
-    std::sort(added.begin(), added.end(),
-        [](const auto& left, const auto& right) { return compareNaturally(left.path, right.path) < 0; });
+    std::sort(added.begin(), added.end(), [](const auto& left, const auto& right) {
+        return compareNaturally(left.path, right.path) < 0;
+    });
     for (const DiskPlan::Entry& entry : added)
         addWithContents(scans, entry, pass.arriving, [](const auto&) { return false; });
 }
@@ -284,7 +290,8 @@ Result<DiskPass> lookAtDisk(const QString& root, Look look, std::stop_token stop
     DiskPass pass;
     pass.nameCase = probeNameCase(hiddenFolder(root));
 
-    // The disk first: what is made between the two reads is then rather looked for again than taken for gone.
+    // The disk first: what is made between the two reads is then rather looked for again than taken
+    // for gone.
     auto scans = scanSpaces(*connection, root, pass.folders, pass.nameCase, stop);
     if (!scans)
         return scans.failure();
@@ -311,7 +318,8 @@ Result<DiskPass> lookAtDisk(const QString& root, Look look, std::stop_token stop
                 known.trashed.insert(*row.fileID, row.id);
             continue;
         }
-        if (std::none_of(tops.begin(), tops.end(), [&](const QString& top) { return liesIn(row.path, top); }))
+        if (std::none_of(tops.begin(), tops.end(),
+                [&](const QString& top) { return liesIn(row.path, top); }))
             continue;
         known.live.push_back({row.id, row.path, row.folder, row.fileID, row.size, row.modified});
         if (row.folder)

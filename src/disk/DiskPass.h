@@ -1,5 +1,5 @@
-// One look at the library's folder: reads the table and the disk, and works out what to do. Changes neither, but for the
-// note of which folder a space's folder is.
+// One look at the library's folder: reads the table and the disk, and works out what to do. Changes
+// neither, but for the note of which folder a space's folder is.
 //
 // Runs on a queue of the background with a connection of its own; everything in and out is a value.
 #pragma once
@@ -24,7 +24,8 @@ struct DiskPass
     // Pixels of the pictures among changed and moved files, by node.
     QHash<QString, QSize> pictureSizes;
     NameCase nameCase = NameCase::Kept;
-    // Something may have moved into a folder that had no node yet, or below one that moved: look again once this is done.
+    // Something may have moved into a folder that had no node yet, or below one that moved: look
+    // again once this is done.
     bool lookAgain = false;
 };
 

@@ -1,7 +1,7 @@
 // Decides what a scan of a folder means for the tree. Reads and changes nothing.
 //
-// Paths are relative to the scanned root and compared by pathKey(). Sizes are bytes, times seconds since 1970. Any
-// thread. The same input always gives the same outcome.
+// Paths are relative to the scanned root and compared by pathKey(). Sizes are bytes, times seconds
+// since 1970. Any thread. The same input always gives the same outcome.
 #pragma once
 
 #include "base/Clock.h"
@@ -50,8 +50,8 @@ struct Entry
     bool operator==(const Entry&) const = default;
 };
 
-// What was found, by the path of the folder it lies in. A folder without a key was not looked at, and nothing is known
-// about what lies in it; one with an empty list is empty.
+// What was found, by the path of the folder it lies in. A folder without a key was not looked at,
+// and nothing is known about what lies in it; one with an empty list is empty.
 using Scans = std::map<QString, std::vector<Entry>>;
 
 struct Changed // the file has other contents
@@ -99,20 +99,24 @@ struct Outcome
     bool operator==(const Outcome&) const = default;
 };
 
-// A move shows up as a removal and an addition that may arrive at different times. An incremental pass, which sees one
-// of them, therefore decides neither and asks for its folders to be looked at again.
+// A move shows up as a removal and an addition that may arrive at different times. An incremental
+// pass, which sees one of them, therefore decides neither and asks for its folders to be looked at
+// again.
 enum class Pass { Incremental, Structural };
 
-// `trashed` gives the node in the Trash for a file identity, `folders` holds the path keys of the folders that have a
-// node. Of the nodes only those count whose folder was scanned. Additions are told only for folders with a node.
+// `trashed` gives the node in the Trash for a file identity, `folders` holds the path keys of the
+// folders that have a node. Of the nodes only those count whose folder was scanned. Additions are
+// told only for folders with a node.
 Outcome compare(const Scans& scans, std::span<const Known> known,
     const QHash<quint64, QString>& trashed, const QSet<QString>& folders, Pass pass,
     NameCase nameCase);
 
-// A name that no scan ever reports: hidden, or one under which programs keep what they are working on.
+// A name that no scan ever reports: hidden, or one under which programs keep what they are working
+// on.
 bool isSkippedName(QStringView name);
 
-// Whether a folder of this name holds generated files; IfMarked: if a file named generatedMark lies directly in it.
+// Whether a folder of this name holds generated files; IfMarked: if a file named generatedMark lies
+// directly in it.
 enum class Generated { No, Yes, IfMarked };
 inline constexpr char generatedMark[] = "pyvenv.cfg";
 Generated generatedByName(QStringView name);

@@ -34,8 +34,8 @@ QString childPath(const QString& folder, const QString& name)
     return folder.isEmpty() ? name : folder + u'/' + name;
 }
 
-// A generated folder somewhere in the path, or a skipped one below the path's top. The top is a folder that the library
-// was told to follow, whatever its name.
+// A generated folder somewhere in the path, or a skipped one below the path's top. The top is a
+// folder that the library was told to follow, whatever its name.
 bool isShut(const QString& path, const QString& root)
 {
     const qsizetype top = path.indexOf(u'/');
@@ -65,7 +65,8 @@ public:
     void list(const QString& folder);
     void walk(const QString& topFolder);
 
-    // What was found; empty when the scan was stopped, since half a scan makes moves look like removals.
+    // What was found; empty when the scan was stopped, since half a scan makes moves look like
+    // removals.
     Scans take();
 
 private:
@@ -104,7 +105,8 @@ void Scan::list(const QString& folder)
         m_scans.insert_or_assign(folder, std::move(listing->entries));
 }
 
-// Level by level, so that neither the stack nor the number of open folders grows with the depth of the tree.
+// Level by level, so that neither the stack nor the number of open folders grows with the depth of
+// the tree.
 void Scan::walk(const QString& topFolder)
 {
     const std::optional<Visit> first = start(topFolder);
@@ -163,8 +165,8 @@ std::optional<Scan::Listing> Scan::read(const QString& folder)
     return listing;
 }
 
-// False when it can't be told whether the child is there: its folder then counts as not looked at, or everything in a
-// folder whose rights were taken away would seem deleted.
+// False when it can't be told whether the child is there: its folder then counts as not looked at,
+// or everything in a folder whose rights were taken away would seem deleted.
 bool Scan::readChild(const Directory& directory, const QString& folder, qsizetype folderBytes,
     QByteArrayView name, Listing& listing)
 {

@@ -1,8 +1,10 @@
-// What lies on the real disk, as the plan needs it. Reads names and facts, never contents; changes and mounts nothing.
+// What lies on the real disk, as the plan needs it. Reads names and facts, never contents; changes
+// and mounts nothing.
 //
-// Only regular files, folders and symbolic links are told. A link is a file with facts of its own and isn't followed.
-// Left out are skipped names, names that aren't UTF-8 and paths too long to open; the last two are told to the log once
-// a scan, with their number. Generated folders are told, but neither they nor skipped folders are entered.
+// Only regular files, folders and symbolic links are told. A link is a file with facts of its own
+// and isn't followed. Left out are skipped names, names that aren't UTF-8 and paths too long to
+// open; the last two are told to the log once a scan, with their number. Generated folders are
+// told, but neither they nor skipped folders are entered.
 //
 // Any thread; may take as long as a slow disk does.
 #pragma once
@@ -13,17 +15,19 @@
 
 namespace corvelle::DiskPlan {
 
-// Lists each of the folders, which are paths relative to the root ("" is the root). A folder is left out when it is
-// gone or generated, lies in one that is skipped or generated or behind a symbolic link, or can't be read to its end.
-// A stop that was asked for gives an empty map.
+// Lists each of the folders, which are paths relative to the root ("" is the root). A folder is
+// left out when it is gone or generated, lies in one that is skipped or generated or behind a
+// symbolic link, or can't be read to its end. A stop that was asked for gives an empty map.
 Scans scanFolders(const QString& root, std::span<const QString> folders, std::stop_token stop = {});
 
-// The same with all folders below the given ones, in which only the given folders themselves may have any name.
+// The same with all folders below the given ones, in which only the given folders themselves may
+// have any name.
 Scans scanTree(const QString& root, std::span<const QString> folders, std::stop_token stop = {});
 
 enum class NameRules { Apply, Ignore };
 
-// The entry of one item, under the given relative path. None when it isn't there or is none of ours.
+// The entry of one item, under the given relative path. None when it isn't there or is none of
+// ours.
 std::optional<Entry> entry(
     const QString& absolutePath, const QString& path, NameRules rules = NameRules::Apply);
 

@@ -41,8 +41,8 @@ bool isOfKind(const FileFacts& facts, NodeKind kind)
     return (facts.kind == FileFacts::Kind::Folder) == (kind == NodeKind::Folder);
 }
 
-// The title of a node whose file has another name now. A title that is the old name without its ending follows without
-// it; any other becomes the whole new name.
+// The title of a node whose file has another name now. A title that is the old name without its
+// ending follows without it; any other becomes the whole new name.
 QString titleAfterMove(const QString& title, const QString& oldName, const QString& newName)
 {
     if (oldName == newName)
@@ -64,7 +64,8 @@ bool wasWritten(const Node& node, const SeenFile& seen, const DiskPlan::Entry& e
 {
     if (entry.folder)
         return false;
-    const bool otherTime = seen.modified && std::abs(*seen.modified - entry.modified) > DiskPlan::timeTolerance;
+    const bool otherTime =
+        seen.modified && std::abs(*seen.modified - entry.modified) > DiskPlan::timeTolerance;
     return node.byteSize != entry.size || otherTime;
 }
 
@@ -113,9 +114,9 @@ void DiskSync::runPass()
 {
     m_running = true;
     const Look look = m_rounds + 1 < mostRounds ? Look::Another : Look::Last;
-    m_queue.run(
-        [root = m_library.root(), look, stop = m_stop.get_token()] { return lookAtDisk(root, look, stop); }, this,
-        [this](Result<DiskPass> pass) { took(std::move(pass)); });
+    m_queue.run([root = m_library.root(), look,
+                    stop = m_stop.get_token()] { return lookAtDisk(root, look, stop); },
+        this, [this](Result<DiskPass> pass) { took(std::move(pass)); });
 }
 
 void DiskSync::took(Result<DiskPass> pass)
@@ -185,15 +186,16 @@ void DiskSync::changed(const QString& id, const DiskPlan::Entry& entry)
     Node node = *old;
     node.byteSize = entry.size;
     node.updatedAt = credibleTime(entry.modified);
-    if (const auto size = m_apply->pass.pictureSizes.constFind(id); size != m_apply->pass.pictureSizes.cend()) {
+    if (const auto size = m_apply->pass.pictureSizes.constFind(id);
+        size != m_apply->pass.pictureSizes.cend()) {
         node.width = size->width();
         node.height = size->height();
     }
     const auto written = m_library.connection().run(
         "UPDATE nodes SET byte_size = ?, updated_at = ?, file_id = ?, file_modified = ?, "
         "width = coalesce(?, width), height = coalesce(?, height) WHERE id = ?",
-        {entry.size, node.updatedAt, static_cast<qint64>(entry.inode), entry.modified, node.width, node.height,
-            id});
+        {entry.size, node.updatedAt, static_cast<qint64>(entry.inode), entry.modified, node.width,
+            node.height, id});
     if (!written) {
         logLine(u"file changed: "_s + written.failure().sentence());
         return;
@@ -216,24 +218,29 @@ void DiskSync::writeIdentities()
         return;
     m_seenQueue.async([root = m_library.root(), identities = std::move(m_apply->identities)] {
         auto connection = SQLite::open(databasePath(root));
-        const auto written = !connection ? Result<void>(connection.failure())
-                                         : connection->transaction([&]() -> Result<void> {
-            auto seen = connection->prepare("UPDATE nodes SET file_id = ?, file_modified = CASE WHEN kind = "
-                                            "'file' THEN ? ELSE file_modified END WHERE id = ?");
-            auto size = connection->prepare(
-                "UPDATE nodes SET byte_size = ? WHERE id = ? AND byte_size IS NULL AND kind = 'file'");
-            if (!seen)
-                return seen.failure();
-            if (!size)
-                return size.failure();
-            for (const auto& [id, entry] : identities) {
-                if (auto done = seen->run({static_cast<qint64>(entry.inode), entry.modified, id}); !done)
-                    return done;
-                if (auto done = size->run({entry.size, id}); !done)
-                    return done;
-            }
-            return {};
-        });
+        const auto written =
+            !connection
+                ? Result<void>(connection.failure())
+                : connection->transaction([&]() -> Result<void> {
+                      auto seen = connection->prepare(
+                          "UPDATE nodes SET file_id = ?, file_modified = CASE WHEN kind = "
+                          "'file' THEN ? ELSE file_modified END WHERE id = ?");
+                      auto size = connection->prepare("UPDATE nodes SET byte_size = ? WHERE id = ? "
+                                                      "AND byte_size IS NULL AND kind = 'file'");
+                      if (!seen)
+                          return seen.failure();
+                      if (!size)
+                          return size.failure();
+                      for (const auto& [id, entry] : identities) {
+                          if (auto done =
+                                  seen->run({static_cast<qint64>(entry.inode), entry.modified, id});
+                              !done)
+                              return done;
+                          if (auto done = size->run({entry.size, id}); !done)
+                              return done;
+                      }
+                      return {};
+                  });
         if (!written)
             logLine(u"note files: "_s + written.failure().sentence());
     });
@@ -252,7 +259,8 @@ void DiskSync::moved(const QString& id, const DiskPlan::Entry& to)
     }
     if (node->path == to.path)
         return;
-    // What still lies at the old path is either the same file under another case of its name, or the move isn't one.
+    // What still lies at the old path is either the same file under another case of its name, or
+    // the move isn't one.
     const auto old = factsAt(m_library.filePath(*node));
     if (old && isOfKind(*old, node->kind) && old->identity != to.inode)
         return;
@@ -271,10 +279,12 @@ void DiskSync::restored(const QString& id, const DiskPlan::Entry& to)
         changed(id, to);
 }
 
-// Puts the node where its file is now: path, title, parent and place, for a folder with all paths below it.
+// Puts the node where its file is now: path, title, parent and place, for a folder with all paths
+// below it.
 bool DiskSync::follow(const Node& from, const DiskPlan::Entry& to, const QByteArray& alsoSet)
 {
-    const auto parent = m_apply->pass.folders.constFind(pathKey(parentPath(to.path), m_apply->pass.nameCase));
+    const auto parent =
+        m_apply->pass.folders.constFind(pathKey(parentPath(to.path), m_apply->pass.nameCase));
     if (parent == m_apply->pass.folders.cend())
         return false;
     Node node = from;
@@ -308,26 +318,30 @@ bool DiskSync::follow(const Node& from, const DiskPlan::Entry& to, const QByteAr
     const auto written = connection.transaction([&]() -> Result<void> {
         if (auto path = rewritePath(connection, node.id, node.kind, from.path, to.path); !path)
             return path;
-        return connection.run("UPDATE nodes SET " + alsoSet
-                + "title = ?, parent_id = ?, x = ?, y = ?, position = ?, updated_at = ?, file_id = ?, "
-                  "file_modified = ? WHERE id = ?",
+        return connection.run("UPDATE nodes SET " + alsoSet +
+                                  "title = ?, parent_id = ?, x = ?, y = ?, position = ?, "
+                                  "updated_at = ?, file_id = ?, "
+                                  "file_modified = ? WHERE id = ?",
             {node.title, orNull(node.parentID), node.x, node.y, node.position, node.updatedAt,
                 static_cast<qint64>(to.inode), seen.modified, node.id});
     });
     if (!written) {
-        logLine((fromTrash ? u"follow put back: "_s : u"follow move: "_s) + written.failure().sentence());
+        logLine((fromTrash ? u"follow put back: "_s : u"follow move: "_s) +
+                written.failure().sentence());
         return false;
     }
     if (node.kind == NodeKind::Folder) {
-        (void)connection.each("SELECT id, path FROM nodes WHERE path >= ?1 || '/' AND path < ?1 || '0'",
-            {to.path}, [&](const SQLRow& row) {
+        (void)connection.each(
+            "SELECT id, path FROM nodes WHERE path >= ?1 || '/' AND path < ?1 || '0'", {to.path},
+            [&](const SQLRow& row) {
                 const Node* below = m_library.node(row.text(0));
                 if (!below)
                     return;
                 Node copy = *below;
                 copy.path = row.text(1);
                 if (copy.kind == NodeKind::Folder && !m_library.isInTrash(copy.id))
-                    m_apply->pass.folders.insert(pathKey(copy.path, m_apply->pass.nameCase), copy.id);
+                    m_apply->pass.folders.insert(
+                        pathKey(copy.path, m_apply->pass.nameCase), copy.id);
                 changedNodes.emplace_back(std::move(copy), m_library.tree().seen(below->id));
             });
         m_apply->pass.folders.insert(pathKey(to.path, m_apply->pass.nameCase), node.id);
@@ -344,8 +358,7 @@ void DiskSync::removed(const QString& id)
     if (!old || old->path.isNull() || m_library.isInTrash(id))
         return;
     SQLite& connection = m_library.connection();
-    const auto rows = connection.query(
-        "SELECT path, deleted_at FROM nodes WHERE id = ?", {id},
+    const auto rows = connection.query("SELECT path, deleted_at FROM nodes WHERE id = ?", {id},
         [](const SQLRow& row) { return std::pair(row.text(0), row.isNull(1)); });
     if (!rows || rows->empty() || rows->front().first != old->path || !rows->front().second) {
         m_library.refreshNode(id);
@@ -362,7 +375,8 @@ void DiskSync::removed(const QString& id)
         if (wasCutShort)
             if (auto done = rewritePath(connection, id, node.kind, old->path, ours); !done)
                 return done;
-        return connection.run("UPDATE nodes SET deleted_at = ? WHERE id = ?", {*node.deletedAt, id});
+        return connection.run(
+            "UPDATE nodes SET deleted_at = ? WHERE id = ?", {*node.deletedAt, id});
     });
     if (!written) {
         logLine(u"trash: "_s + written.failure().sentence());

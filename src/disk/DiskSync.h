@@ -1,9 +1,11 @@
-// Keeps the tree in step with the library's own folder: a pass looks at the disk, and what it found is carried out here.
+// Keeps the tree in step with the library's own folder: a pass looks at the disk, and what it found
+// is carried out here.
 //
-// One for each library, on the main thread. The look runs on the queue `corvelle.disk-pass`; what it found comes back and is
-// applied in slices, so that the window stays awake. Between look and apply the tree and the disk may have changed: moves,
-// returns and removals look at the row and the disk again before they act, and a row that says otherwise leads to a re-read
-// of that node and no more. No file of the person's is ever touched.
+// One for each library, on the main thread. The look runs on the queue `corvelle.disk-pass`; what
+// it found comes back and is applied in slices, so that the window stays awake. Between look and
+// apply the tree and the disk may have changed: moves, returns and removals look at the row and the
+// disk again before they act, and a row that says otherwise leads to a re-read of that node and no
+// more. No file of the person's is ever touched.
 #pragma once
 
 #include "base/SerialQueue.h"
@@ -27,7 +29,8 @@ public:
     explicit DiskSync(Library& library, QObject* parent = nullptr);
     ~DiskSync() override;
 
-    // Runs a whole structural pass: it catches all that happened while the program was not running. Once the library is open.
+    // Runs a whole structural pass: it catches all that happened while the program was not running.
+    // Once the library is open.
     void start();
 
     bool isIdle() const { return !m_running && m_arrivals.isIdle() && m_seenQueue.isIdle(); }

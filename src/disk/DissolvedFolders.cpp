@@ -54,8 +54,9 @@ void followOutOfRemovedFolders(Outcome& outcome, std::span<const Known> known, N
     }
     // Moves come before what is new, as everywhere; removals stay last.
     std::stable_partition(outcome.actions.begin(), outcome.actions.end(), [](const Action& action) {
-        return !std::holds_alternative<Added>(action) && !std::holds_alternative<Restored>(action)
-            && !std::holds_alternative<Removed>(action);
+        return !std::holds_alternative<Added>(action) &&
+               !std::holds_alternative<Restored>(action) &&
+               !std::holds_alternative<Removed>(action);
     });
 }
 

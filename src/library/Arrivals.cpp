@@ -20,7 +20,8 @@ namespace corvelle {
 
 namespace {
 
-// Small enough that the memory takes one in about a millisecond, large enough that the commit doesn't count.
+// Small enough that the memory takes one in about a millisecond, large enough that the commit
+// doesn't count.
 constexpr size_t batchSize = 400;
 constexpr int leastItemsForProgress = 200;
 constexpr qint64 progressAfterMs = 1000;
@@ -48,8 +49,8 @@ NodeColor colorOfNewFolder(Receiver& receiver)
             open.push_back(color);
     if (open.empty())
         open.assign(allNodeColors.begin(), allNodeColors.end());
-    const NodeColor chosen
-        = open[QRandomGenerator::global()->bounded(static_cast<quint32>(open.size()))];
+    const NodeColor chosen =
+        open[QRandomGenerator::global()->bounded(static_cast<quint32>(open.size()))];
     useColor(receiver, chosen);
     return chosen;
 }
@@ -128,16 +129,18 @@ private:
         node.x = place.x();
         node.y = place.y();
         if (item.folder)
-            m_job.receivers.insert(pathKey(item.path, m_job.nameCase), Receiver{node.id, {}, {}, 0});
+            m_job.receivers.insert(
+                pathKey(item.path, m_job.nameCase), Receiver{node.id, {}, {}, 0});
         return std::pair(std::move(node), seen);
     }
 
-    // Leaves out of the batch what has a live row by now: another process made it. A trashed row that still names one of the
-    // paths gives it up for its own place in our Trash.
+    // Leaves out of the batch what has a live row by now: another process made it. A trashed row
+    // that still names one of the paths gives it up for its own place in our Trash.
     Result<void> write(SQLite& connection, std::vector<std::pair<Node, SeenFile>>& batch)
     {
         return connection.transaction([&]() -> Result<void> {
-            auto taken = connection.prepare("SELECT id, deleted_at, kind FROM nodes WHERE path = ?");
+            auto taken =
+                connection.prepare("SELECT id, deleted_at, kind FROM nodes WHERE path = ?");
             auto insert = connection.prepare(insertNodeSQL);
             if (!taken)
                 return taken.failure();
@@ -161,7 +164,9 @@ private:
                 }
                 m_gavePathUp |= !trashed.empty();
                 for (const auto& [id, kind] : trashed)
-                    if (auto moved = rewritePath(connection, id, kind, node.path, placeInTrash(id, node.path)); !moved)
+                    if (auto moved = rewritePath(
+                            connection, id, kind, node.path, placeInTrash(id, node.path));
+                        !moved)
                         return moved;
                 if (!live.isEmpty()) {
                     m_others.insert(std::exchange(node.id, QString()), live);
@@ -178,7 +183,8 @@ private:
     Job m_job;
     FileTypes m_types;
     bool m_gavePathUp = false;
-    QHash<QString, QString> m_others; // ids that we would have given, to those that another process gave
+    QHash<QString, QString>
+        m_others; // ids that we would have given, to those that another process gave
 };
 
 } // namespace
@@ -194,7 +200,8 @@ Arrivals::~Arrivals()
     m_stopping = true;
 }
 
-void Arrivals::bringIn(std::vector<ArrivingItem> items, const QHash<QString, QString>& folders, NameCase nameCase)
+void Arrivals::bringIn(
+    std::vector<ArrivingItem> items, const QHash<QString, QString>& folders, NameCase nameCase)
 {
     Q_ASSERT(onMainThread());
     if (items.empty() || m_library.tree().spaces().empty())
@@ -228,7 +235,8 @@ void Arrivals::bringIn(std::vector<ArrivingItem> items, const QHash<QString, QSt
 
     m_queue.async([this, job = std::move(job), guard = QPointer<QObject>(this)]() mutable {
         const auto done = Worker(std::move(job)).run(m_stopping, m_pathsGivenUp, [&](auto batch) {
-            SerialQueue::onMain(guard, [this, batch = std::move(batch)]() mutable { took(std::move(batch)); });
+            SerialQueue::onMain(
+                guard, [this, batch = std::move(batch)]() mutable { took(std::move(batch)); });
         });
         if (!done)
             logLine(u"import: "_s + done.failure().sentence());

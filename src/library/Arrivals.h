@@ -1,8 +1,8 @@
 // Turns things found on disk into nodes, in batches, away from the main thread.
 //
-// Owned by the main thread. Rows are written on the queue `corvelle.arrivals` by a connection of its own, each batch in one
-// transaction; the memory takes a batch once it stands in the table. What a killed program had not written yet, the next
-// opening's pass finds again.
+// Owned by the main thread. Rows are written on the queue `corvelle.arrivals` by a connection of
+// its own, each batch in one transaction; the memory takes a batch once it stands in the table.
+// What a killed program had not written yet, the next opening's pass finds again.
 #pragma once
 
 #include "base/CardPlacement.h"
@@ -35,10 +35,11 @@ public:
     explicit Arrivals(Library& library, QObject* parent = nullptr);
     ~Arrivals() override;
 
-    // Makes nodes of the items, a folder before what lies in it. `folders` tells the nodes of the folders that are there
-    // already: path key to id, an empty id for a space's folder. An item whose parent is neither among them nor among the items
-    // is passed over. Returns at once.
-    void bringIn(std::vector<ArrivingItem> items, const QHash<QString, QString>& folders, NameCase nameCase);
+    // Makes nodes of the items, a folder before what lies in it. `folders` tells the nodes of the
+    // folders that are there already: path key to id, an empty id for a space's folder. An item
+    // whose parent is neither among them nor among the items is passed over. Returns at once.
+    void bringIn(
+        std::vector<ArrivingItem> items, const QHash<QString, QString>& folders, NameCase nameCase);
 
     bool isIdle() const { return m_running == 0; }
 
@@ -55,7 +56,8 @@ private:
     int m_done = 0, m_total = 0; // of the calls since the queue was last idle
     QElapsedTimer m_since;
     std::atomic<bool> m_stopping = false;
-    std::atomic<bool> m_pathsGivenUp = false; // rows changed that the memory doesn't hear of by a batch
+    std::atomic<bool> m_pathsGivenUp =
+        false; // rows changed that the memory doesn't hear of by a batch
     SerialQueue m_queue;
 };
 

@@ -44,19 +44,22 @@ QByteArray emptyPdfTest()
     QByteArray text = "text";
     for (char digit = '0'; digit <= '9'; ++digit)
         text = QByteArray("replace(") + text + ", '" + digit + "', '')";
-    return "trim(replace(" + text + ", '[page ]', ''), ' ' || char(9) || char(10) || char(12) || char(13)) = ''";
+    return "trim(replace(" + text +
+           ", '[page ]', ''), ' ' || char(9) || char(10) || char(12) || char(13)) = ''";
 }
 
 Result<void> dropWordsMadeAgain(SQLite& connection)
 {
     if (!connection.hasTable("node_text"))
         return {};
-    for (const QByteArray& sql : {QByteArray("DELETE FROM node_text WHERE source = 'text' AND substr(text, 1, 4) = "
-                                             "'PK' || char(3) || char(4)"),
-             QByteArray("DELETE FROM node_text WHERE source = 'pdf' AND length(text) < 20000 AND ") + emptyPdfTest(),
-             QByteArray("DELETE FROM node_text WHERE source = 'page'"),
-             QByteArray("DELETE FROM node_text WHERE source = 'ocr' AND node_id IN "
-                        "(SELECT id FROM nodes WHERE mime LIKE 'image/%')")})
+    for (const QByteArray& sql :
+        {QByteArray("DELETE FROM node_text WHERE source = 'text' AND substr(text, 1, 4) = "
+                    "'PK' || char(3) || char(4)"),
+            QByteArray("DELETE FROM node_text WHERE source = 'pdf' AND length(text) < 20000 AND ") +
+                emptyPdfTest(),
+            QByteArray("DELETE FROM node_text WHERE source = 'page'"),
+            QByteArray("DELETE FROM node_text WHERE source = 'ocr' AND node_id IN "
+                       "(SELECT id FROM nodes WHERE mime LIKE 'image/%')")})
         if (auto done = connection.run(sql); !done)
             return done;
     return {};
@@ -65,15 +68,17 @@ Result<void> dropWordsMadeAgain(SQLite& connection)
 // Websites once kept the person's notes as a page.
 Result<void> movePagesOfLinksToNotes(SQLite& connection)
 {
-    const auto pages = connection.query(
-        "SELECT p.node_id, p.doc FROM pages p JOIN links l ON l.node_id = p.node_id JOIN nodes n ON n.id = p.node_id\n"
-        "WHERE n.kind = 'link' AND coalesce(l.notes, '') = ''",
+    const auto pages = connection.query("SELECT p.node_id, p.doc FROM pages p JOIN links l ON "
+                                        "l.node_id = p.node_id JOIN nodes n ON n.id = p.node_id\n"
+                                        "WHERE n.kind = 'link' AND coalesce(l.notes, '') = ''",
         {}, [](const SQLRow& row) { return std::pair(row.text(0), row.text(1).toUtf8()); });
     if (!pages)
         return pages.failure();
     for (const auto& [id, doc] : *pages)
         if (const QString text = pagePlainText(doc); !text.trimmed().isEmpty())
-            if (auto done = connection.run("UPDATE links SET notes = ? WHERE node_id = ?", {text, id}); !done)
+            if (auto done =
+                    connection.run("UPDATE links SET notes = ? WHERE node_id = ?", {text, id});
+                !done)
                 return done;
     return {};
 }
@@ -91,9 +96,9 @@ Result<void> stepOne(SQLite& connection)
 
 bool liesInSkippedFolder(const QString& path)
 {
-    static const QSet<QString> skipped = {u"node_modules"_s, u"site-packages"_s, u"dist-packages"_s, u"venv"_s,
-        u".venv"_s, u"__pycache__"_s, u".git"_s, u"Pods"_s, u"DerivedData"_s, u"bower_components"_s, u".next"_s,
-        u".tox"_s};
+    static const QSet<QString> skipped = {u"node_modules"_s, u"site-packages"_s, u"dist-packages"_s,
+        u"venv"_s, u".venv"_s, u"__pycache__"_s, u".git"_s, u"Pods"_s, u"DerivedData"_s,
+        u"bower_components"_s, u".next"_s, u".tox"_s};
     const QStringList components = path.split(u'/');
     return std::any_of(components.begin(), components.end(),
         [](const QString& component) { return skipped.contains(component); });
@@ -155,8 +160,8 @@ void runDataSteps(SQLite& connection)
     using Step = Result<void> (*)(SQLite&);
     constexpr Step steps[] = {stepOne, stepTwo};
     qint64 version = 0;
-    const auto asked = connection.each("PRAGMA user_version", {},
-        [&](const SQLRow& row) { version = row.integer(0); });
+    const auto asked = connection.each(
+        "PRAGMA user_version", {}, [&](const SQLRow& row) { version = row.integer(0); });
     if (!asked)
         return;
     for (size_t i = static_cast<size_t>(std::max<qint64>(version, 0)); i < std::size(steps); ++i)

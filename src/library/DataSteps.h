@@ -5,8 +5,9 @@
 
 namespace corvelle {
 
-// Runs the steps that the database hasn't had yet, each in one transaction with its number. A step that fails is logged
-// and tried again at the next opening. For a queue of the background with a connection of its own.
+// Runs the steps that the database hasn't had yet, each in one transaction with its number. A step
+// that fails is logged and tried again at the next opening. For a queue of the background with a
+// connection of its own.
 void runDataSteps(SQLite& connection);
 
 // The visible words of a stored page document or one of its nodes; empty for what can't be read.

@@ -102,7 +102,8 @@ QString Library::thumbnailPath(const QString& id) const
 
 QString Library::shotPath(const QString& id) const
 {
-    return hiddenFolder(m_root) + u"/shots/"_s + id + (m_nativeShots.contains(id) ? u".jpg"_s : u".webp"_s);
+    return hiddenFolder(m_root) + u"/shots/"_s + id +
+           (m_nativeShots.contains(id) ? u".jpg"_s : u".webp"_s);
 }
 
 // ---- changes ----

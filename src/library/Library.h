@@ -1,8 +1,8 @@
 // Owns one library: its root folder, its main database connection and the tree of all its nodes.
 //
-// One for a process, for all its life, on the main thread. Everything that shows or changes items goes through it; the table
-// is the truth and the tree a cache of it. Every change writes the table first, then the memory, then tells by treeChanged.
-// Reads touch no database and can't fail.
+// One for a process, for all its life, on the main thread. Everything that shows or changes items
+// goes through it; the table is the truth and the tree a cache of it. Every change writes the table
+// first, then the memory, then tells by treeChanged. Reads touch no database and can't fail.
 #pragma once
 
 #include "base/SerialQueue.h"
@@ -32,7 +32,8 @@ public:
     Library(LibraryPlace place, OpenMode mode, QObject* parent = nullptr);
     ~Library() override;
 
-    // Takes what openLibrary() made; false when it failed, and loadError() says why. May be tried again.
+    // Takes what openLibrary() made; false when it failed, and loadError() says why. May be tried
+    // again.
     bool open(LibraryOpening opening);
     bool isOpen() const { return m_connection.has_value(); }
 
@@ -49,12 +50,16 @@ public:
     // ---- reads ----
     const NodeTree& tree() const { return m_tree; }
     const Node* node(const QString& id) const { return m_tree.node(id); }
-    const std::vector<QString>& children(const QString& parent) const { return m_tree.children(parent); }
+    const std::vector<QString>& children(const QString& parent) const
+    {
+        return m_tree.children(parent);
+    }
     bool isInTrash(const QString& id) const { return m_tree.isInTrash(id); }
     // Goes up at each change of the tree or of a node's shown data.
     qint64 revision() const { return m_revision; }
 
-    // Where new things for a folder go on disk: its own folder, or the first space's. Makes nothing.
+    // Where new things for a folder go on disk: its own folder, or the first space's. Makes
+    // nothing.
     QString folderPath(const QString& id) const;
     QString filePath(const Node& node) const;
     // The path below the root; the absolute path of what lies outside it.
@@ -66,7 +71,8 @@ public:
     const QString& lastFailure() const { return m_lastFailure; }
 
     // ---- changes ----
-    // Reads the tree again in the background and takes in what differs. Calls while one runs become one.
+    // Reads the tree again in the background and takes in what differs. Calls while one runs become
+    // one.
     void reload();
     bool isReloading() const { return m_reloadTurn != m_reloadedTurn; }
 
@@ -76,7 +82,8 @@ public:
     // The main connection, for the owners of their own tables and for edits. Only while open.
     SQLite& connection() { return *m_connection; }
 
-    // What an edit wrote to the table, now for the memory: nodes that are new or differ, with what the disk told of them.
+    // What an edit wrote to the table, now for the memory: nodes that are new or differ, with what
+    // the disk told of them.
     void took(std::vector<std::pair<Node, SeenFile>> nodes);
     void tookSeen(const std::vector<std::pair<QString, SeenFile>>& seen);
 

@@ -104,8 +104,9 @@ LibraryOpening openLibrary(const LibraryPlace& place, OpenMode mode, FileLock he
         opening.loadError = u"Can’t find the library “%1”."_s.arg(name);
         return opening;
     }
-    opening.isFirstRun = mode == OpenMode::Application && !QFileInfo::exists(databasePath(place.root))
-        && holdsOnlyHiddenNames(place.root);
+    opening.isFirstRun = mode == OpenMode::Application &&
+                         !QFileInfo::exists(databasePath(place.root)) &&
+                         holdsOnlyHiddenNames(place.root);
     if (const auto made = makeFolder(hiddenFolder(place.root)); !made) {
         failed(made.failure().sentence());
         return opening;

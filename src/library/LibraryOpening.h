@@ -1,7 +1,9 @@
-// The part of opening a library that needs no main thread: the lock, the folders, the database, the first read.
+// The part of opening a library that needs no main thread: the lock, the folders, the database, the
+// first read.
 //
-// It runs beside the start of the toolkit, so that the window's first picture already has its cards. Every failure leaves
-// the files as they were: nothing is written to a database before it is known to be ours.
+// It runs beside the start of the toolkit, so that the window's first picture already has its
+// cards. Every failure leaves the files as they were: nothing is written to a database before it is
+// known to be ours.
 #pragma once
 
 #include "library/LibraryPlace.h"
@@ -24,7 +26,7 @@ struct LibraryOpening
     bool missing = false;
     std::optional<qint32> heldBy; // the process that has it open; 0 when it told no number
     QString loadError;            // why it did not open; empty when it did
-    bool isFirstRun = false;      // there was no database, and nothing but hidden names in the folder
+    bool isFirstRun = false; // there was no database, and nothing but hidden names in the folder
 
     FileLock lock;
     std::optional<SQLite> connection;

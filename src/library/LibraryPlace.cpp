@@ -43,10 +43,10 @@ bool passesLibraryTest(const QString& folder)
     const QDir dir(folder);
     if (!info.isDir() || !info.isReadable())
         return false;
-    const QStringList names = dir.entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden
-        | QDir::System);
-    return std::all_of(names.begin(), names.end(),
-        [](const QString& name) { return name.startsWith(u'.'); });
+    const QStringList names =
+        dir.entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
+    return std::all_of(
+        names.begin(), names.end(), [](const QString& name) { return name.startsWith(u'.'); });
 }
 
 bool isMissing(const LibraryPlace& place)

@@ -7,11 +7,13 @@ namespace corvelle {
 
 struct LibraryPlace
 {
-    QString root;             // absolute, as the person chose it
-    bool fromEnvironment = false; // CORVELLE_LIBRARY named it: never missing, made when it is not there
+    QString root; // absolute, as the person chose it
+    bool fromEnvironment =
+        false; // CORVELLE_LIBRARY named it: never missing, made when it is not there
 };
 
-// `environment` is the value of CORVELLE_LIBRARY, `remembered` the stored `libraryPath`; empty texts count as none.
+// `environment` is the value of CORVELLE_LIBRARY, `remembered` the stored `libraryPath`; empty
+// texts count as none.
 LibraryPlace chooseLibrary(const QString& environment, const QString& remembered);
 
 // The folder "Corvelle" in the person's home folder.
@@ -20,8 +22,8 @@ QString defaultLibrary();
 // "~" and "~/…" with the home folder in its place; the path without "/" at its end.
 QString expandedPath(const QString& path);
 
-// The default library, a folder with a database of ours, a folder that holds nothing but hidden names, or a path where
-// nothing is.
+// The default library, a folder with a database of ours, a folder that holds nothing but hidden
+// names, or a path where nothing is.
 bool passesLibraryTest(const QString& folder);
 
 // Whether the person has to be told that the library can't be found.

@@ -24,7 +24,8 @@ struct Node
     QString icon;
     double x = 0, y = 0; // the card's centre on the parent's canvas
     QString position;    // sort key among siblings
-    QString path;        // relative to the root; absolute for an item linked from outside; null for pages and websites
+    QString path; // relative to the root; absolute for an item linked from outside; null for pages
+                  // and websites
     double createdAt = distantPast;
     double updatedAt = distantPast;
     std::optional<double> deletedAt; // set while in the Trash

@@ -17,8 +17,9 @@ Result<void> rewritePath(
     if (kind != NodeKind::Folder)
         return connection.run("UPDATE nodes SET path = ? WHERE id = ?", {to, id});
     // A range of paths, so that the index serves: "0" is the character behind "/".
-    return connection.run("UPDATE nodes SET path = ?1 || substr(path, length(?2) + 1) WHERE id = ?3 OR "
-                          "(path >= ?2 || '/' AND path < ?2 || '0')",
+    return connection.run(
+        "UPDATE nodes SET path = ?1 || substr(path, length(?2) + 1) WHERE id = ?3 OR "
+        "(path >= ?2 || '/' AND path < ?2 || '0')",
         {to, from, id});
 }
 

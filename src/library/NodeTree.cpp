@@ -104,8 +104,9 @@ TreeChange NodeTree::apply(Snapshot snapshot)
         if (old)
             note(*old);
         note(fresh);
-        change.linkedItems |= (fresh.isLinked() || (old && old->isLinked()))
-            && (!old || old->deletedAt != fresh.deletedAt || old->path != fresh.path);
+        change.linkedItems |=
+            (fresh.isLinked() || (old && old->isLinked())) &&
+            (!old || old->deletedAt != fresh.deletedAt || old->path != fresh.path);
         put(std::move(fresh), read->seen);
     }
     std::vector<QString> gone;
@@ -131,8 +132,8 @@ void NodeTree::put(Node node, SeenFile seen)
         return;
     }
     const Node& was = known->node;
-    const bool sameList
-        = was.isLive() == node.isLive() && was.parentID == node.parentID && was.position == node.position;
+    const bool sameList = was.isLive() == node.isLive() && was.parentID == node.parentID &&
+                          was.position == node.position;
     if (!sameList)
         unlink(was);
     *known = {std::move(node), seen};

@@ -1,7 +1,8 @@
-// All nodes of a library in memory: a cache of the table, with the live children of every folder in order.
+// All nodes of a library in memory: a cache of the table, with the live children of every folder in
+// order.
 //
-// A plain value for one thread; the Library owns the one that the program shows. References to nodes stay good until
-// that node is removed.
+// A plain value for one thread; the Library owns the one that the program shows. References to
+// nodes stay good until that node is removed.
 #pragma once
 
 #include "library/Node.h"
@@ -20,7 +21,7 @@ namespace corvelle {
 struct Snapshot
 {
     std::vector<Space> spaces; // by their creation
-    RecordPool pool; // of the nodes' records
+    RecordPool pool;           // of the nodes' records
     std::vector<NodeRecord*> nodes;
     QHash<QString, double> pageStamps;
 };
@@ -28,9 +29,9 @@ struct Snapshot
 // What applying a snapshot changed.
 struct TreeChange
 {
-    bool everything = false;    // the first snapshot: `nodes` and `parents` stay empty
-    QSet<QString> nodes;        // came, went or differ in a field
-    QSet<QString> parents;      // whose list of children may have changed; the empty text is the top
+    bool everything = false; // the first snapshot: `nodes` and `parents` stay empty
+    QSet<QString> nodes;     // came, went or differ in a field
+    QSet<QString> parents;   // whose list of children may have changed; the empty text is the top
     QSet<QString> changedPages; // had a stamp and have another now
     bool spaces = false;
     bool linkedItems = false; // a linked node came, went or changed its Trash state
@@ -51,13 +52,15 @@ public:
     const Node* node(const QString& id) const;
     SeenFile seen(const QString& id) const;
 
-    // The live children in order; empty for a parent that has none. The empty text is the top of the space.
+    // The live children in order; empty for a parent that has none. The empty text is the top of
+    // the space.
     const std::vector<QString>& children(const QString& parent) const;
 
     // The chain from the top down to the node itself.
     std::vector<QString> ancestors(const QString& id) const;
 
-    // Whether the node or a folder above it is in the Trash. A chain that breaks off, or is longer than 512, is not.
+    // Whether the node or a folder above it is in the Trash. A chain that breaks off, or is longer
+    // than 512, is not.
     bool isInTrash(const QString& id) const;
 
     // The first space's folder owns what has no better place.
@@ -75,11 +78,12 @@ public:
             visit(record->node, record->seen);
     }
 
-    // Takes the snapshot for the truth: equal nodes stay as they are, others are replaced, those it doesn't hold go.
+    // Takes the snapshot for the truth: equal nodes stay as they are, others are replaced, those it
+    // doesn't hold go.
     TreeChange apply(Snapshot snapshot);
 
-    // Puts a node in, or replaces the one of that id, and keeps the lists of children in order. Costs one list, never the
-    // tree.
+    // Puts a node in, or replaces the one of that id, and keeps the lists of children in order.
+    // Costs one list, never the tree.
     void put(Node node, SeenFile seen);
     void setSeen(const QString& id, SeenFile seen);
     void remove(const QString& id);

@@ -8,7 +8,8 @@ namespace {
 
 constexpr QStringView digits = u"0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 
-// Characters of the integer part that begins with `head`, the head included; 0 for a character that is no head.
+// Characters of the integer part that begins with `head`, the head included; 0 for a character that
+// is no head.
 int integerLength(QChar head)
 {
     if (head >= u'a' && head <= u'z')

@@ -10,9 +10,11 @@ namespace {
 
 constexpr char nodeColumns[] =
     "SELECT id, space_id, parent_id, kind, title, icon, color, x, y, position, path, created_at, "
-    "updated_at, deleted_at, mime, byte_size, width, height, url, file_id, file_modified FROM nodes";
+    "updated_at, deleted_at, mime, byte_size, width, height, url, file_id, file_modified FROM "
+    "nodes";
 
-// Hands out one shared copy of each distinct text. Rows come grouped, so the last answer often serves again.
+// Hands out one shared copy of each distinct text. Rows come grouped, so the last answer often
+// serves again.
 class SharedTexts
 {
 public:
@@ -68,7 +70,8 @@ Node nodeFrom(const SQLRow& row, Texts& texts)
     Node node;
     node.kind = nodeKind(asText(row.utf8(3)));
     // Folders' ids are told again by every child.
-    node.id = node.kind == NodeKind::Folder ? texts.ids.shared(row.utf8(0)) : texts.own(row.utf8(0));
+    node.id =
+        node.kind == NodeKind::Folder ? texts.ids.shared(row.utf8(0)) : texts.own(row.utf8(0));
     node.spaceID = texts.spaces.shared(row.utf8(1));
     node.parentID = texts.ids.shared(row.utf8(2));
     node.title = texts.own(row.utf8(4));
@@ -108,15 +111,16 @@ SQLValue orNull(const QString& text)
 Result<Snapshot> readSnapshot(SQLite& connection, TextLife life)
 {
     Snapshot snapshot;
-    auto spaces = connection.query("SELECT id, slug, name, mode, folder FROM spaces ORDER BY created_at",
-        {}, [](const SQLRow& row) {
-            Space space{row.text(0), row.text(1), row.text(2), Space::Mode::Local, row.text(4)};
-            const QString mode = row.text(3);
-            space.mode = mode == u"synced" ? Space::Mode::Synced
-                : mode == u"shared"        ? Space::Mode::Shared
-                                           : Space::Mode::Local;
-            return space;
-        });
+    auto spaces =
+        connection.query("SELECT id, slug, name, mode, folder FROM spaces ORDER BY created_at", {},
+            [](const SQLRow& row) {
+                Space space{row.text(0), row.text(1), row.text(2), Space::Mode::Local, row.text(4)};
+                const QString mode = row.text(3);
+                space.mode = mode == u"synced"   ? Space::Mode::Synced
+                             : mode == u"shared" ? Space::Mode::Shared
+                                                 : Space::Mode::Local;
+                return space;
+            });
     if (!spaces)
         return spaces.failure();
     snapshot.spaces = std::move(*spaces);
@@ -153,11 +157,12 @@ Result<std::optional<std::pair<Node, SeenFile>>> readNode(SQLite& connection, co
 Result<void> insertNode(SQLStatement& insert, const Node& node, const SeenFile& seen)
 {
     // Bit for bit into the signed column.
-    const SQLValue fileID = seen.fileID ? SQLValue(static_cast<qint64>(*seen.fileID)) : SQLValue(nullptr);
+    const SQLValue fileID =
+        seen.fileID ? SQLValue(static_cast<qint64>(*seen.fileID)) : SQLValue(nullptr);
     return insert.run({node.id, node.spaceID, orNull(node.parentID), word(node.kind), node.title,
         orNull(node.icon), word(node.color), node.x, node.y, node.position, orNull(node.path),
-        node.createdAt, node.updatedAt, node.deletedAt, orNull(node.mime), node.byteSize, node.width,
-        node.height, orNull(node.url), fileID, seen.modified});
+        node.createdAt, node.updatedAt, node.deletedAt, orNull(node.mime), node.byteSize,
+        node.width, node.height, orNull(node.url), fileID, seen.modified});
 }
 
 } // namespace corvelle

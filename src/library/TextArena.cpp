@@ -13,7 +13,8 @@ namespace {
 constexpr qsizetype longestText = 4096; // bytes; a longer one has an allocation of its own
 constexpr qsizetype blockUnits = largeBlockBytes / sizeof(char16_t);
 
-// Memory that stays to the end of the process. Blocks are kept in a list, so that no leak checker takes them for lost.
+// Memory that stays to the end of the process. Blocks are kept in a list, so that no leak checker
+// takes them for lost.
 char16_t* newBlock()
 {
     static std::mutex mutex; // two libraries may open at once in tests
@@ -45,7 +46,8 @@ QString TextArena::text(QByteArrayView utf8)
         return QString::fromLatin1("");
     if (utf8.size() > longestText)
         return QString::fromUtf8(utf8);
-    const bool ascii = std::all_of(utf8.begin(), utf8.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
+    const bool ascii = std::all_of(
+        utf8.begin(), utf8.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
     if (ascii) {
         char16_t* place = room(utf8.size());
         std::copy(utf8.begin(), utf8.end(), place);

@@ -1,8 +1,8 @@
 // Texts that live as long as the process, packed one behind the other.
 //
-// The first read of a library makes hundreds of thousands of short texts that stay to the end; one allocation for each would
-// cost more than reading them. A text from here is an ordinary QString to everybody: copying it copies a pointer, changing it
-// makes a text of its own. One thread.
+// The first read of a library makes hundreds of thousands of short texts that stay to the end; one
+// allocation for each would cost more than reading them. A text from here is an ordinary QString to
+// everybody: copying it copies a pointer, changing it makes a text of its own. One thread.
 #pragma once
 
 #include <QByteArrayView>

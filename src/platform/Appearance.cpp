@@ -14,7 +14,8 @@ namespace corvelle {
 
 namespace {
 
-constexpr int portalTimeoutMs = 150; // the window waits for the answer, so that it doesn't change colour once it shows
+constexpr int portalTimeoutMs =
+    150; // the window waits for the answer, so that it doesn't change colour once it shows
 constexpr uint prefersDark = 1;
 
 const QString portal = u"org.freedesktop.portal.Desktop"_s;

@@ -6,8 +6,9 @@
 
 namespace corvelle {
 
-// Asks the desktop's settings portal, and where there is none the toolkit's own palette. CORVELLE_APPEARANCE ("light" or "dark")
-// wins over both. Main thread, once the application object exists.
+// Asks the desktop's settings portal, and where there is none the toolkit's own palette.
+// CORVELLE_APPEARANCE ("light" or "dark") wins over both. Main thread, once the application object
+// exists.
 class Appearance : public QObject
 {
     Q_OBJECT

@@ -43,7 +43,8 @@ bool leadsUpward(const QByteArray& path)
            path.contains("/../");
 }
 
-// The same as openat2() with RESOLVE_BENEATH and RESOLVE_NO_SYMLINKS, for kernels and containers that refuse that call.
+// The same as openat2() with RESOLVE_BENEATH and RESOLVE_NO_SYMLINKS, for kernels and containers
+// that refuse that call.
 int openStepByStep(int from, const QByteArray& relativePath)
 {
     int at = ::fcntl(from, F_DUPFD_CLOEXEC, 0);

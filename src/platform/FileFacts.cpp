@@ -23,7 +23,8 @@ FileFacts::Kind kindOf(unsigned mode)
     }
 }
 
-// One round of a well-known 64-bit finaliser: every bit of the input reaches every bit of the result.
+// One round of a well-known 64-bit finaliser: every bit of the input reaches every bit of the
+// result.
 quint64 mixed(quint64 value)
 {
     value += 0x9e3779b97f4a7c15u;
@@ -44,9 +45,10 @@ bool hasBirthTime(const struct statx& status)
            (status.stx_btime.tv_sec != 0 || status.stx_btime.tv_nsec != 0);
 }
 
-// A freed inode is handed out again at once, so that a new file often has the inode of the one just deleted. The birth
-// time tells them apart; without one, size and modification time do, at the price of losing a file that was edited and
-// moved. Those of a folder change with everything put into it and are no help.
+// A freed inode is handed out again at once, so that a new file often has the inode of the one just
+// deleted. The birth time tells them apart; without one, size and modification time do, at the
+// price of losing a file that was edited and moved. Those of a folder change with everything put
+// into it and are no help.
 quint64 identityOf(const struct statx& status)
 {
     quint64 identity = mixed(status.stx_ino);

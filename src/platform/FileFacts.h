@@ -23,8 +23,8 @@ struct FileFacts
     bool operator==(const FileFacts&) const = default;
 };
 
-// None when nothing is there or it can't be looked at. A relative path starts at the working folder. Mounts nothing.
-// Any thread.
+// None when nothing is there or it can't be looked at. A relative path starts at the working
+// folder. Mounts nothing. Any thread.
 std::optional<FileFacts> fileFacts(const QByteArray& path);
 
 // The fields that factsOf() reads, for a call of statx() elsewhere.

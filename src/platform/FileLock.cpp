@@ -28,7 +28,8 @@ FileLock& FileLock::operator=(FileLock&& other) noexcept
 
 FileLock::Answer FileLock::tryLock(const QString& path)
 {
-    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    const int descriptor =
+        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
     if (descriptor < 0)
         return {};
     if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) {

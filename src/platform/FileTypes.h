@@ -5,8 +5,8 @@
 
 namespace corvelle {
 
-// Tells the type of a file by its name, never by its contents. Keeps what it learnt about each ending, so that it is fast
-// over many files. One thread at a time.
+// Tells the type of a file by its name, never by its contents. Keeps what it learnt about each
+// ending, so that it is fast over many files. One thread at a time.
 class FileTypes
 {
 public:

@@ -11,8 +11,8 @@ namespace {
 const SecretSchema* schema()
 {
     static const SecretSchema keys = {"app.corvelle.Key", SECRET_SCHEMA_NONE,
-        {{"name", SECRET_SCHEMA_ATTRIBUTE_STRING}, {nullptr, SECRET_SCHEMA_ATTRIBUTE_STRING}}, 0, nullptr,
-        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+        {{"name", SECRET_SCHEMA_ATTRIBUTE_STRING}, {nullptr, SECRET_SCHEMA_ATTRIBUTE_STRING}}, 0,
+        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
     return &keys;
 }
 

@@ -11,7 +11,8 @@ LargeBlock newLargeBlock()
     void* block = std::aligned_alloc(largeBlockBytes, largeBlockBytes);
     if (!block)
         throw std::bad_alloc();
-    ::madvise(block, largeBlockBytes, MADV_HUGEPAGE); // a wish; without large pages all works the same
+    ::madvise(
+        block, largeBlockBytes, MADV_HUGEPAGE); // a wish; without large pages all works the same
     return LargeBlock(block);
 }
 

@@ -1,5 +1,6 @@
-// Two megabytes of memory in one piece, on one large page of the processor where the system has one: touching it costs one
-// page fault in place of five hundred. For what grows to many megabytes and stays.
+// Two megabytes of memory in one piece, on one large page of the processor where the system has
+// one: touching it costs one page fault in place of five hundred. For what grows to many megabytes
+// and stays.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +20,8 @@ using LargeBlock = std::unique_ptr<void, FreeLargeBlock>;
 // Not cleared. Throws std::bad_alloc like any allocation.
 LargeBlock newLargeBlock();
 
-// Gives freed memory back to the system, after work that needed much of it for a moment. Takes milliseconds: for the background.
+// Gives freed memory back to the system, after work that needed much of it for a moment. Takes
+// milliseconds: for the background.
 void giveBackFreedMemory();
 
 } // namespace corvelle

@@ -29,14 +29,13 @@ constexpr qsizetype longestMessage = 64 * 1024; // bytes; ours hold a path and a
 QString privateFolder()
 {
     const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    const QString folder = runtime.isEmpty()
-        ? QDir::tempPath() + u"/corvelle-%1"_s.arg(::getuid())
-        : runtime + u"/corvelle"_s;
+    const QString folder = runtime.isEmpty() ? QDir::tempPath() + u"/corvelle-%1"_s.arg(::getuid())
+                                             : runtime + u"/corvelle"_s;
     const QByteArray path = QFile::encodeName(folder);
     ::mkdir(path.constData(), 0700);
     struct stat facts = {};
-    const bool ours = ::lstat(path.constData(), &facts) == 0 && S_ISDIR(facts.st_mode)
-        && facts.st_uid == ::getuid() && (facts.st_mode & 0077) == 0;
+    const bool ours = ::lstat(path.constData(), &facts) == 0 && S_ISDIR(facts.st_mode) &&
+                      facts.st_uid == ::getuid() && (facts.st_mode & 0077) == 0;
     return ours ? folder : QString();
 }
 
@@ -63,7 +62,8 @@ QByteArray encodedMessage(const BusMessage& message)
 std::optional<BusMessage> decodedMessage(const QByteArray& datagram)
 {
     const QJsonObject object = QJsonDocument::fromJson(datagram).object();
-    BusMessage message{object[u"name"].toString(), object[u"object"].toString(), object[u"token"].toString()};
+    BusMessage message{
+        object[u"name"].toString(), object[u"object"].toString(), object[u"token"].toString()};
     if (message.name.isEmpty())
         return std::nullopt;
     return message;
@@ -80,8 +80,8 @@ MessageBus::MessageBus(QObject* parent)
     m_ownName = u"%1-%2"_s.arg(::getpid()).arg(newID().left(8));
     sockaddr_un own;
     m_socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (m_socket < 0 || !address(m_folder + u'/' + m_ownName, own)
-        || ::bind(m_socket, reinterpret_cast<const sockaddr*>(&own), sizeof own) != 0) {
+    if (m_socket < 0 || !address(m_folder + u'/' + m_ownName, own) ||
+        ::bind(m_socket, reinterpret_cast<const sockaddr*>(&own), sizeof own) != 0) {
         logLine(u"messages: "_s + QString::fromLocal8Bit(std::strerror(errno)));
         return;
     }
@@ -114,7 +114,8 @@ bool MessageBus::send(const BusMessage& message, qint64 processID)
     if (m_folder.isEmpty())
         return false;
     bool delivered = false;
-    const QStringList names = QDir(m_folder).entryList({u"%1-*"_s.arg(processID)}, QDir::System | QDir::Files);
+    const QStringList names =
+        QDir(m_folder).entryList({u"%1-*"_s.arg(processID)}, QDir::System | QDir::Files);
     for (const QString& name : names)
         if (name != m_ownName)
             delivered |= deliver(encodedMessage(message), name);
@@ -138,7 +139,8 @@ void MessageBus::readWaiting()
 {
     QByteArray buffer(longestMessage, Qt::Uninitialized);
     while (true) {
-        const ssize_t length = ::recv(m_socket, buffer.data(), static_cast<size_t>(buffer.size()), 0);
+        const ssize_t length =
+            ::recv(m_socket, buffer.data(), static_cast<size_t>(buffer.size()), 0);
         if (length < 0)
             return;
         if (const auto message = decodedMessage(buffer.left(length)))

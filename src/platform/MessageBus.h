@@ -1,7 +1,7 @@
 // Small messages between the programs of one person: datagrams between sockets in a private folder.
 //
-// A message never reaches its sender. Delivery is immediate and best-effort: a full or dead receiver loses it. Main
-// thread only.
+// A message never reaches its sender. Delivery is immediate and best-effort: a full or dead
+// receiver loses it. Main thread only.
 #pragma once
 
 #include <QByteArray>
@@ -19,12 +19,14 @@ struct BusMessage
 {
     QString name;   // such as "app.corvelle.library-changed"
     QString object; // what it is about; may be empty
-    QString token;  // the desktop's activation token, where one program asks another to come to the front
+    QString token;  // the desktop's activation token, where one program asks another to come to the
+                    // front
 
     bool operator==(const BusMessage&) const = default;
 };
 
-// One datagram. Any program of this person can send one: what isn't a message of ours with a name is none.
+// One datagram. Any program of this person can send one: what isn't a message of ours with a name
+// is none.
 QByteArray encodedMessage(const BusMessage& message);
 std::optional<BusMessage> decodedMessage(const QByteArray& datagram);
 
@@ -33,7 +35,8 @@ class MessageBus : public QObject
     Q_OBJECT
 
 public:
-    // The folder of the sockets is $XDG_RUNTIME_DIR/corvelle, or a folder of mode 0700 under the temporary folder.
+    // The folder of the sockets is $XDG_RUNTIME_DIR/corvelle, or a folder of mode 0700 under the
+    // temporary folder.
     explicit MessageBus(QObject* parent = nullptr);
     ~MessageBus() override;
 

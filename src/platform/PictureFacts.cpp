@@ -14,16 +14,17 @@ namespace {
 
 constexpr int greatestSide = 1 << 16; // pixels; more is no picture anybody laid on a canvas
 
-// Opens a regular file and nothing else: a link is never followed, and a pipe would keep us waiting for its writer.
+// Opens a regular file and nothing else: a link is never followed, and a pipe would keep us waiting
+// for its writer.
 bool openFile(QFile& file, const QString& path)
 {
-    const int descriptor
-        = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    const int descriptor =
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0)
         return false;
     struct stat facts = {};
-    if (::fstat(descriptor, &facts) == 0 && S_ISREG(facts.st_mode)
-        && file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
+    if (::fstat(descriptor, &facts) == 0 && S_ISREG(facts.st_mode) &&
+        file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
         return true;
     ::close(descriptor);
     return false;

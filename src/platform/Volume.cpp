@@ -84,7 +84,8 @@ NameCase lookUpNameCase(const QString& folder)
     if (!name.isEmpty())
         return caseOfChild(path, name);
 
-    // The folder's own name lies in its parent, which tells about the same volume only if both are on it.
+    // The folder's own name lies in its parent, which tells about the same volume only if both are
+    // on it.
     const QByteArray parent = parentPath(clean).toUtf8();
     const auto facts = fileFacts(path);
     const auto parentFacts = fileFacts(parent.isEmpty() ? QByteArray("/") : parent);

@@ -30,15 +30,16 @@ void ulower(sqlite3_context* context, int, sqlite3_value** arguments)
     }
     const QString decoded = QString::fromUtf8(text, sqlite3_value_bytes(arguments[0]));
     const QByteArray lowered = lowerCased(composed(decoded)).toUtf8();
-    sqlite3_result_text(context, lowered.constData(), static_cast<int>(lowered.size()), SQLITE_TRANSIENT);
+    sqlite3_result_text(
+        context, lowered.constData(), static_cast<int>(lowered.size()), SQLITE_TRANSIENT);
 }
 
 } // namespace
 
 // ---- rows ----
 
-// A connection stays on its owner's thread, so a value may be taken out once and asked without the lock that each call for a
-// column takes.
+// A connection stays on its owner's thread, so a value may be taken out once and asked without the
+// lock that each call for a column takes.
 QByteArrayView SQLRow::utf8(int column) const
 {
     sqlite3_value* value = sqlite3_column_value(m_statement, column);
@@ -171,8 +172,8 @@ Result<SQLite> SQLite::open(const QString& path, const Inspect& inspect)
         SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX, nullptr);
     connection.m_handle.reset(handle);
     if (code != SQLITE_OK)
-        return Failure(u"open: "_s
-            + QString::fromUtf8(handle ? sqlite3_errmsg(handle) : sqlite3_errstr(code)));
+        return Failure(u"open: "_s +
+                       QString::fromUtf8(handle ? sqlite3_errmsg(handle) : sqlite3_errstr(code)));
     sqlite3_busy_timeout(handle, busyTimeoutMs);
     if (inspect)
         if (const auto fine = inspect(connection); !fine)
@@ -209,8 +210,8 @@ Result<SQLStatement> SQLite::prepare(const QByteArray& sql)
     const int code = sqlite3_prepare_v2(
         m_handle.get(), sql.constData(), static_cast<int>(sql.size()), &statement, nullptr);
     if (code != SQLITE_OK)
-        return Failure(u"prepare: "_s + QString::fromUtf8(sqlite3_errmsg(m_handle.get())) + u" — "_s
-            + QString::fromUtf8(sql));
+        return Failure(u"prepare: "_s + QString::fromUtf8(sqlite3_errmsg(m_handle.get())) +
+                       u" — "_s + QString::fromUtf8(sql));
     return SQLStatement(m_handle.get(), statement);
 }
 
@@ -248,7 +249,8 @@ Result<void> SQLite::transaction(const std::function<Result<void>()>& body)
     auto done = body();
     if (done)
         done = execute("COMMIT");
-    // A failing statement may have rolled the transaction back by itself; the rollback's own failure tells nothing.
+    // A failing statement may have rolled the transaction back by itself; the rollback's own
+    // failure tells nothing.
     if (!done)
         (void)execute("ROLLBACK");
     return done;

@@ -1,9 +1,9 @@
 // One open SQLite connection, its statements and its transactions.
 //
-// A connection belongs to the thread or queue of its owner; moving it moves that ownership. All connections of all
-// subsystems and of both processes are set up the same way: write-ahead log, a busy time-out of three seconds, and the
-// scalar function `ulower`. Nothing throws: a failure is a Result with the text of the case, "open: …", "prepare: … —
-// SQL" or "step: …".
+// A connection belongs to the thread or queue of its owner; moving it moves that ownership. All
+// connections of all subsystems and of both processes are set up the same way: write-ahead log, a
+// busy time-out of three seconds, and the scalar function `ulower`. Nothing throws: a failure is a
+// Result with the text of the case, "open: …", "prepare: … — SQL" or "step: …".
 #pragma once
 
 #include "base/Result.h"
@@ -42,8 +42,7 @@ public:
         : m_value(real)
     {}
     template<class Integer>
-        requires std::is_integral_v<Integer>
-    SQLValue(Integer integer)
+    requires std::is_integral_v<Integer> SQLValue(Integer integer)
         : m_value(static_cast<qint64>(integer))
     {}
     // None binds NULL.
@@ -103,7 +102,10 @@ public:
 
 private:
     friend class SQLite;
-    struct Finalize { void operator()(sqlite3_stmt* statement) const; };
+    struct Finalize
+    {
+        void operator()(sqlite3_stmt* statement) const;
+    };
     SQLStatement(sqlite3* connection, sqlite3_stmt* statement)
         : m_connection(connection)
         , m_statement(statement)
@@ -115,8 +117,8 @@ private:
 class SQLite
 {
 public:
-    // Opens or creates the database and sets the connection up. `inspect` sees the connection before anything that could
-    // write to the file; its failure ends the opening.
+    // Opens or creates the database and sets the connection up. `inspect` sees the connection
+    // before anything that could write to the file; its failure ends the opening.
     using Inspect = std::function<Result<void>(SQLite&)>;
     static Result<SQLite> open(const QString& path, const Inspect& inspect = {});
 
@@ -136,13 +138,15 @@ public:
         -> Result<std::vector<decltype(read(std::declval<const SQLRow&>()))>>
     {
         std::vector<decltype(read(std::declval<const SQLRow&>()))> rows;
-        if (auto done = each(sql, values, [&](const SQLRow& row) { rows.push_back(read(row)); }); !done)
+        if (auto done = each(sql, values, [&](const SQLRow& row) { rows.push_back(read(row)); });
+            !done)
             return done.failure();
         return rows;
     }
 
-    // BEGIN IMMEDIATE, the body, COMMIT; on the first failure ROLLBACK, and that failure. Inside an open transaction the
-    // body joins it: nothing is committed before the outer one is, and there are no savepoints.
+    // BEGIN IMMEDIATE, the body, COMMIT; on the first failure ROLLBACK, and that failure. Inside an
+    // open transaction the body joins it: nothing is committed before the outer one is, and there
+    // are no savepoints.
     Result<void> transaction(const std::function<Result<void>()>& body);
 
     bool hasTable(const QByteArray& name);
@@ -153,7 +157,10 @@ public:
     sqlite3* handle() const { return m_handle.get(); }
 
 private:
-    struct Close { void operator()(sqlite3* handle) const; };
+    struct Close
+    {
+        void operator()(sqlite3* handle) const;
+    };
     SQLite() = default;
     Result<void> setUp();
 

@@ -12,7 +12,8 @@ namespace corvelle {
 
 namespace {
 
-// No table declares a foreign key: the rows of the side tables go with their node by explicit statements.
+// No table declares a foreign key: the rows of the side tables go with their node by explicit
+// statements.
 constexpr char coreTables[] = R"sql(
 CREATE TABLE IF NOT EXISTS spaces (
     id TEXT PRIMARY KEY,
@@ -103,18 +104,19 @@ CREATE TABLE IF NOT EXISTS fan_members (
 );
 )sql";
 
-// Adds a column that came after the table. Only a failing probe is a failure: a failing ALTER is tried again at the next
-// opening.
-Result<void> addColumn(SQLite& connection, const QByteArray& table, const QByteArray& column,
-    const QByteArray& type)
+// Adds a column that came after the table. Only a failing probe is a failure: a failing ALTER is
+// tried again at the next opening.
+Result<void> addColumn(
+    SQLite& connection, const QByteArray& table, const QByteArray& column, const QByteArray& type)
 {
-    const auto names = connection.query("PRAGMA table_info(" + table + ")", {},
-        [](const SQLRow& row) { return row.text(1); });
+    const auto names = connection.query(
+        "PRAGMA table_info(" + table + ")", {}, [](const SQLRow& row) { return row.text(1); });
     if (!names)
         return names.failure();
     if (std::find(names->begin(), names->end(), QString::fromLatin1(column)) != names->end())
         return {};
-    const auto added = connection.execute("ALTER TABLE " + table + " ADD COLUMN " + column + " " + type);
+    const auto added =
+        connection.execute("ALTER TABLE " + table + " ADD COLUMN " + column + " " + type);
     if (!added)
         logLine(u"schema: "_s + added.failure().sentence());
     return {};
@@ -128,11 +130,11 @@ Result<void> checkIsOurs(SQLite& connection)
         return Failure(u"open: the database can only be read"_s);
     qint64 version = 0;
     bool anyTable = false, spaces = false, nodes = false;
-    auto asked = connection.each("PRAGMA user_version", {},
-        [&](const SQLRow& row) { version = row.integer(0); });
+    auto asked = connection.each(
+        "PRAGMA user_version", {}, [&](const SQLRow& row) { version = row.integer(0); });
     if (asked)
-        asked = connection.each("SELECT name FROM sqlite_master WHERE type = 'table'", {},
-            [&](const SQLRow& row) {
+        asked = connection.each(
+            "SELECT name FROM sqlite_master WHERE type = 'table'", {}, [&](const SQLRow& row) {
                 anyTable = true;
                 spaces |= row.utf8(0) == "spaces";
                 nodes |= row.utf8(0) == "nodes";
@@ -148,8 +150,9 @@ Result<void> checkIsOurs(SQLite& connection)
 
 Result<void> makeCoreTables(SQLite& connection)
 {
-    // One transaction, so that a program that dies here leaves either none of the tables or all of them: half of them would
-    // look like somebody else's database. A deferred one, so that nothing waits where all of them stand already.
+    // One transaction, so that a program that dies here leaves either none of the tables or all of
+    // them: half of them would look like somebody else's database. A deferred one, so that nothing
+    // waits where all of them stand already.
     auto made = connection.execute(QByteArray("BEGIN;") + coreTables + "COMMIT;");
     if (!made) {
         (void)connection.execute("ROLLBACK");

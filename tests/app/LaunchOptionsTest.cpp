@@ -32,7 +32,8 @@ TEST(LaunchOptions, switchesStandAnywhereAndNeedTheirOperands)
     EXPECT_TRUE(all.plate);
     EXPECT_EQ(all.folder, "abc");
     EXPECT_TRUE(options({"--folder"}).folder.isEmpty());
-    for (const QString bad : {"800", "800x", "axb", "8x600", "800x600x1", "99999999x600", "-800x600"})
+    for (const QString bad :
+        {"800", "800x", "axb", "8x600", "800x600x1", "99999999x600", "-800x600"})
         EXPECT_FALSE(options({"--size", bad}).size.has_value()) << bad.toStdString();
     EXPECT_FALSE(options({"--plates"}).plate) << "switches are matched whole";
 }
@@ -51,7 +52,10 @@ TEST(LaunchOptions, aLibraryFromTheEnvironmentIsAScratchOne)
 
 TEST(LaunchOptions, onlyAddressesOfItemsNameAnItem)
 {
-    const struct { QString address, id; } cases[] = {
+    const struct
+    {
+        QString address, id;
+    } cases[] = {
         {"corvelle://item/abc-1", "abc-1"},
         {"corvelle://item/abc/more", "abc"},
         {"corvelle://item/", ""},
@@ -66,7 +70,12 @@ TEST(LaunchOptions, onlyAddressesOfItemsNameAnItem)
 
 TEST(KeyMigration, findsTheKeyAndKeepsTheOtherLines)
 {
-    const struct { QByteArray file; QString key; QByteArray rest; } cases[] = {
+    const struct
+    {
+        QByteArray file;
+        QString key;
+        QByteArray rest;
+    } cases[] = {
         {"ANTHROPIC_API_KEY=abc\n", "abc", ""},
         {"A=1\n export ANTHROPIC_API_KEY = \"a=b'\" \r\nB=2", "a=b", "A=1\nB=2\n"},
         {"OTHER=1\n", "", "OTHER=1\n"},
@@ -87,7 +96,8 @@ TEST(KeyMigration, takesTheKeyOutOfTheFileOnlyOnceItIsSaved)
     const TempFolder folder;
     const QByteArray content = "A=1\nANTHROPIC_API_KEY=abc\n";
     folder.makeFile("keys.env", content);
-    migrateKey(folder.path("keys.env"), [](const QString&) -> Result<void> { return Failure("locked"); });
+    migrateKey(
+        folder.path("keys.env"), [](const QString&) -> Result<void> { return Failure("locked"); });
     EXPECT_EQ(folder.content("keys.env"), content);
 
     QString saved;
@@ -108,8 +118,12 @@ TEST(KeyMigration, takesTheKeyOutOfTheFileOnlyOnceItIsSaved)
 
 TEST(Wording, putsThisDesktopsWordsInWhereASentenceIsShown)
 {
-    const struct { QString sentence, shown; } cases[] = {
-        {"60 items deleted in Finder are in the Trash", "60 items deleted in Files are in the Trash"},
+    const struct
+    {
+        QString sentence, shown;
+    } cases[] = {
+        {"60 items deleted in Finder are in the Trash",
+            "60 items deleted in Files are in the Trash"},
         {"Show in Finder", "Show in Files"},
         {"it can’t be found on this Mac.", "it can’t be found on this computer."},
         {"⌘K", "Ctrl+K"},

@@ -12,7 +12,10 @@ using namespace corvelle;
 
 TEST(Text, lowerCaseFollowsTheFullUnicodeRule)
 {
-    const struct { QString text, lower; } cases[] = {
+    const struct
+    {
+        QString text, lower;
+    } cases[] = {
         {"Report.DOCX", "report.docx"},
         {"ÄÖÜ", "äöü"},
         {"ΣΊΣΥΦΟΣ", "σίσυφος"},
@@ -37,12 +40,13 @@ TEST(Text, keysMeetInCaseAndCompositionOnlyWhereTheVolumeIgnoresCase)
 
 TEST(Text, namesSortAsPeopleCount)
 {
-    QStringList names = {"Page 10", "page 2", "Page 1", "Page 02", "Page", "Über", "b", "a10b", "a9b", "99999999999999999999999",
-        "9"};
-    std::sort(names.begin(), names.end(),
-        [](const QString& left, const QString& right) { return compareNaturally(left, right) < 0; });
-    EXPECT_EQ(names, (QStringList{"9", "99999999999999999999999", "a9b", "a10b", "b", "Page", "Page 1", "Page 02", "page 2",
-                         "Page 10", "Über"}));
+    QStringList names = {"Page 10", "page 2", "Page 1", "Page 02", "Page", "Über", "b", "a10b",
+        "a9b", "99999999999999999999999", "9"};
+    std::sort(names.begin(), names.end(), [](const QString& left, const QString& right) {
+        return compareNaturally(left, right) < 0;
+    });
+    EXPECT_EQ(names, (QStringList{"9", "99999999999999999999999", "a9b", "a10b", "b", "Page",
+                         "Page 1", "Page 02", "page 2", "Page 10", "Über"}));
     EXPECT_EQ(compareNaturally(u"same 1", u"same 1"), 0);
     EXPECT_NE(compareNaturally(u"a", u"A"), 0) << "a strict order: two names are never equal";
 }

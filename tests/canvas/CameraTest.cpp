@@ -61,7 +61,9 @@ TEST(Camera, facesAreDrawnAtTheNextStepUp)
 TEST(Camera, aFolderFirstShowsAllOrTheFirstTwelveOrItsBeginning)
 {
     EXPECT_EQ(firstCamera({}, view), (Camera{0, 0, 1}));
-    const auto sees = [](const Camera& camera, const QRectF& card) { return visibleRect(camera, view).contains(card); };
+    const auto sees = [](const Camera& camera, const QRectF& card) {
+        return visibleRect(camera, view).contains(card);
+    };
     const auto twenty = row(20), some = row(21), many = row(81);
     EXPECT_TRUE(sees(firstCamera(std::span(twenty).first(10), view), twenty[9]));
     EXPECT_EQ(firstCamera(some, view), fitted(std::span(some).first(12), view));
@@ -79,7 +81,8 @@ TEST(Camera, cullingKeepsItsRectangleForSmallMovesAndGivesUpAFarTooLargeOne)
     EXPECT_EQ(first, QRectF(-350, -210, 1700, 1020));
     EXPECT_EQ(culledRect(first, visible.translated(140, 80)), first);
     EXPECT_NE(culledRect(first, visible.translated(250, 0)), first);
-    EXPECT_NE(culledRect(first, QRectF(400, 200, 300, 180)), first) << "zoomed in: much too large by now";
+    EXPECT_NE(culledRect(first, QRectF(400, 200, 300, 180)), first)
+        << "zoomed in: much too large by now";
 }
 
 TEST(Camera, aGlideStartsAndEndsExactlyAndSlowsDown)
@@ -93,7 +96,9 @@ TEST(Camera, aGlideStartsAndEndsExactlyAndSlowsDown)
 TEST(CardGrid, findsWhatALookAtEveryCardFinds)
 {
     std::mt19937 random(7);
-    const auto within = [&](double most) { return std::uniform_real_distribution(-most, most)(random); };
+    const auto within = [&](double most) {
+        return std::uniform_real_distribution(-most, most)(random);
+    };
     CardGrid grid;
     std::vector<QRectF> rects;
     for (int i = 0; i < 500; ++i) {
@@ -133,11 +138,16 @@ TEST(NavHistory, goesBackAndForwardPastWhatIsGone)
 
 TEST(FileWords, badgesAndSizesAreThoseOfTheCards)
 {
-    const struct { QString mime, name, badge; } badges[] = {
+    const struct
+    {
+        QString mime, name, badge;
+    } badges[] = {
         {"application/pdf", "a.pdf", "PDF"},
-        {"application/vnd.openxmlformats-officedocument.wordprocessingml.document", "a.docx", "DOC"},
+        {"application/vnd.openxmlformats-officedocument.wordprocessingml.document", "a.docx",
+            "DOC"},
         {"application/vnd.oasis.opendocument.spreadsheet", "a.ods", "XLS"},
-        {"application/vnd.openxmlformats-officedocument.presentationml.presentation", "a.pptx", "PPT"},
+        {"application/vnd.openxmlformats-officedocument.presentationml.presentation", "a.pptx",
+            "PPT"},
         {"text/markdown", "a.md", "MD"},
         {"application/zip", "a.zip", "ZIP"},
         {"audio/mp4", "a.m4a", "AUD"},
@@ -146,9 +156,21 @@ TEST(FileWords, badgesAndSizesAreThoseOfTheCards)
     };
     for (const auto& c : badges)
         EXPECT_EQ(fileBadge(c.mime, c.name), c.badge) << c.mime.toStdString();
-    const struct { qint64 bytes; QString words; } sizes[] = {
-        {0, "0 bytes"}, {1, "1 byte"}, {999, "999 bytes"}, {1000, "1 KB"}, {999'499, "999 KB"}, {999'500, "1 MB"},
-        {3'440'000, "3.4 MB"}, {38'000'000, "38 MB"}, {9'940'000'000, "9.9 GB"}, {9'990'000'000, "10 GB"},
+    const struct
+    {
+        qint64 bytes;
+        QString words;
+    } sizes[] = {
+        {0, "0 bytes"},
+        {1, "1 byte"},
+        {999, "999 bytes"},
+        {1000, "1 KB"},
+        {999'499, "999 KB"},
+        {999'500, "1 MB"},
+        {3'440'000, "3.4 MB"},
+        {38'000'000, "38 MB"},
+        {9'940'000'000, "9.9 GB"},
+        {9'990'000'000, "10 GB"},
     };
     for (const auto& c : sizes)
         EXPECT_EQ(sizeWords(c.bytes), c.words);

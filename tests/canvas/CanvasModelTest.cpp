@@ -22,7 +22,8 @@ protected:
         m_model.setViewport(QSizeF(1440, 900));
     }
 
-    Node node(const QString& id, double x, double y, const QString& parent = {}, NodeKind kind = NodeKind::Folder)
+    Node node(const QString& id, double x, double y, const QString& parent = {},
+        NodeKind kind = NodeKind::Folder)
     {
         Node result;
         result.id = id;
@@ -63,7 +64,9 @@ TEST_F(CanvasModelTest, cardsComeMoveAndGoWithTheTree)
 {
     given({node("a", 0, 0), node("b", 300, 0)});
     EXPECT_EQ(cards(), (QStringList{"a", "b"}));
-    EXPECT_EQ(m_model.camera(), fitted(std::vector{m_model.card("a")->rect(), m_model.card("b")->rect()}, m_model.viewport()))
+    EXPECT_EQ(
+        m_model.camera(), fitted(std::vector{m_model.card("a")->rect(), m_model.card("b")->rect()},
+                              m_model.viewport()))
         << "a canvas that was empty shows what came";
 
     Node moved = *m_library.node("a");
@@ -71,7 +74,8 @@ TEST_F(CanvasModelTest, cardsComeMoveAndGoWithTheTree)
     given({node("c", 600, 0), moved});
     EXPECT_EQ(cards(), (QStringList{"a", "b", "c"}));
     EXPECT_EQ(m_model.card("a")->centre, QPointF(5000, 0));
-    EXPECT_TRUE(m_model.cardsMeeting(QRectF(-50, -50, 100, 100)).empty()) << "it is found at its new place only";
+    EXPECT_TRUE(m_model.cardsMeeting(QRectF(-50, -50, 100, 100)).empty())
+        << "it is found at its new place only";
 
     m_model.select({"a", "b"});
     Node trashed = *m_library.node("a");
@@ -125,7 +129,8 @@ TEST_F(CanvasModelTest, aSelectedCardLiesOnTopAndLaterOnesOverEarlier)
 
 TEST_F(CanvasModelTest, arrowsGoToTheNearestCardThatWay)
 {
-    given({node("middle", 0, 0), node("right", 300, 10), node("far right", 600, 0), node("below", 0, 300), node("aslant", 200, 280)});
+    given({node("middle", 0, 0), node("right", 300, 10), node("far right", 600, 0),
+        node("below", 0, 300), node("aslant", 200, 280)});
     m_model.select({"middle"});
     m_model.moveSelection(Direction::Right, false);
     EXPECT_EQ(m_model.selection(), (QSet<QString>{"right"}));
@@ -156,8 +161,10 @@ TEST_F(CanvasModelTest, aFolderTellsItsCountAndItsFirstThree)
 {
     given({node("a", 0, 0)});
     QSet<QString> stale;
-    QObject::connect(&m_model, &CanvasModel::facesChanged, &m_model, [&](const QSet<QString>& keys) { stale += keys; });
-    given({node("1", 0, 0, "a", NodeKind::File), node("2", 0, 0, "a"), node("3", 0, 0, "a"), node("4", 0, 0, "a")});
+    QObject::connect(&m_model, &CanvasModel::facesChanged, &m_model,
+        [&](const QSet<QString>& keys) { stale += keys; });
+    given({node("1", 0, 0, "a", NodeKind::File), node("2", 0, 0, "a"), node("3", 0, 0, "a"),
+        node("4", 0, 0, "a")});
     EXPECT_EQ(stale, (QSet<QString>{"a"})) << "its face shows them";
     EXPECT_EQ(m_model.childCount("a"), 4);
     ASSERT_EQ(m_model.peeks("a").size(), 3u);

@@ -1,5 +1,6 @@
-// Random things are done to a made-up disk; the plan is carried out on a made-up tree. However the disk came to be as it
-// is, the tree must end up the same, and a file that was only moved must keep its node.
+// Random things are done to a made-up disk; the plan is carried out on a made-up tree. However the
+// disk came to be as it is, the tree must end up the same, and a file that was only moved must keep
+// its node.
 
 #include "disk/DiskPlan.h"
 
@@ -154,7 +155,8 @@ QString Disk::remove(const QString& path)
     return "remove " + path;
 }
 
-// As rename(2) does it: over another file, but not over a folder, not into itself, and nothing for two links to one file.
+// As rename(2) does it: over another file, but not over a folder, not into itself, and nothing for
+// two links to one file.
 QString Disk::rename(const QString& from, const QString& to)
 {
     const Entry* source = at(from);
@@ -358,8 +360,8 @@ QString idAt(const Tree& tree, const QString& path)
     return {};
 }
 
-// The ids that must be found again, by the new path: of what has one link, left its old path free, left a folder that is
-// still there, and went to a place without a node in a folder that had one.
+// The ids that must be found again, by the new path: of what has one link, left its old path free,
+// left a folder that is still there, and went to a place without a node in a folder that had one.
 std::map<QString, QString> idsToKeep(const Disk& disk, const Tree& tree)
 {
     std::map<quint64, std::vector<const Entry*>> places;

@@ -115,7 +115,8 @@ private:
     bool m_isOrdinary = false;
 };
 
-// A chain of folders that goes deeper than any path that can be opened, taken away again afterwards.
+// A chain of folders that goes deeper than any path that can be opened, taken away again
+// afterwards.
 class DeepChain
 {
 public:

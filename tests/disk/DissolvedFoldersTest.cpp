@@ -21,23 +21,26 @@ Entry entry(const QString& path, quint64 inode, bool folder = false)
 
 TEST(DissolvedFolders, whatLeftAFolderThatIsGoneIsThatThingMoved)
 {
-    const std::vector<Known> nodes = {known("A", "S/A", 1, true), known("x", "S/A/x.txt", 2), known("sub", "S/A/sub", 3, true),
-        known("deep", "S/A/sub/deep.txt", 4), known("other", "S/other.txt", 5)};
+    const std::vector<Known> nodes = {known("A", "S/A", 1, true), known("x", "S/A/x.txt", 2),
+        known("sub", "S/A/sub", 3, true), known("deep", "S/A/sub/deep.txt", 4),
+        known("other", "S/other.txt", 5)};
     Outcome outcome;
-    outcome.actions = {Added{entry("S/C/deep.txt", 4)}, Added{entry("S/C/new.txt", 9)}, Added{entry("S/C/x.txt", 2)}, Removed{"A"}};
+    outcome.actions = {Added{entry("S/C/deep.txt", 4)}, Added{entry("S/C/new.txt", 9)},
+        Added{entry("S/C/x.txt", 2)}, Removed{"A"}};
     followOutOfRemovedFolders(outcome, nodes, NameCase::Kept);
     EXPECT_EQ(outcome.actions,
-        (std::vector<Action>{Moved{"deep", entry("S/C/deep.txt", 4)}, Moved{"x", entry("S/C/x.txt", 2)},
-            Added{entry("S/C/new.txt", 9)}, Removed{"A"}}));
+        (std::vector<Action>{Moved{"deep", entry("S/C/deep.txt", 4)},
+            Moved{"x", entry("S/C/x.txt", 2)}, Added{entry("S/C/new.txt", 9)}, Removed{"A"}}));
 }
 
 TEST(DissolvedFolders, doubtMovesNothing)
 {
-    const std::vector<Known> nodes = {known("A", "S/A", 1, true), known("x", "S/A/x", 2), known("twin", "S/A/twin", 3),
-        known("twin2", "S/A/twin2", 3), known("was folder", "S/A/f", 4, true), known("elsewhere", "S/B/y", 6)};
+    const std::vector<Known> nodes = {known("A", "S/A", 1, true), known("x", "S/A/x", 2),
+        known("twin", "S/A/twin", 3), known("twin2", "S/A/twin2", 3),
+        known("was folder", "S/A/f", 4, true), known("elsewhere", "S/B/y", 6)};
     Outcome outcome;
-    outcome.actions = {Added{entry("S/1", 2)}, Added{entry("S/2", 2)}, Added{entry("S/3", 3)}, Added{entry("S/4", 4)},
-        Added{entry("S/5", 6)}, Removed{"A"}};
+    outcome.actions = {Added{entry("S/1", 2)}, Added{entry("S/2", 2)}, Added{entry("S/3", 3)},
+        Added{entry("S/4", 4)}, Added{entry("S/5", 6)}, Removed{"A"}};
     const Outcome before = outcome;
     followOutOfRemovedFolders(outcome, nodes, NameCase::Kept);
     EXPECT_EQ(outcome, before);

@@ -58,7 +58,8 @@ TEST(LibraryPlace, aLibraryIsAnEmptyFolderOneOfOursOrNothingYet)
 
     EXPECT_TRUE(isMissing({folder.path("not there"), false}));
     EXPECT_TRUE(isMissing({folder.path("file"), false}));
-    EXPECT_FALSE(isMissing({folder.path("not there"), true})) << "a path from the environment is made";
+    EXPECT_FALSE(isMissing({folder.path("not there"), true}))
+        << "a path from the environment is made";
     EXPECT_FALSE(isMissing({folder.path("ours"), false}));
 }
 
@@ -87,7 +88,8 @@ TEST(LibraryOpening, aSecondCopyLearnsWhoHasIt)
     const LibraryOpening second = opened(folder.path());
     EXPECT_EQ(second.heldBy, static_cast<qint32>(::getpid()));
     EXPECT_FALSE(second.connection.has_value());
-    EXPECT_EQ(second.loadError, "“" + QFileInfo(folder.path()).fileName() + "” is open in another copy of Corvelle.");
+    EXPECT_EQ(second.loadError,
+        "“" + QFileInfo(folder.path()).fileName() + "” is open in another copy of Corvelle.");
     EXPECT_TRUE(openLibrary({folder.path(), true}, OpenMode::ToolServer).connection.has_value())
         << "the tool server takes no lock";
 }
@@ -95,7 +97,9 @@ TEST(LibraryOpening, aSecondCopyLearnsWhoHasIt)
 TEST(LibraryOpening, theLockIsFreeAgainAfterItsHolder)
 {
     const TempFolder folder;
-    { const LibraryOpening first = opened(folder.path()); }
+    {
+        const LibraryOpening first = opened(folder.path());
+    }
     EXPECT_FALSE(opened(folder.path()).heldBy.has_value());
 }
 
@@ -118,7 +122,8 @@ TEST(LibraryOpening, refusesWhatItCannotUseAndChangesNothing)
     EXPECT_EQ(folder.content("noise/.corvelle/library.sqlite"), QByteArray(9000, '\x5A'));
     EXPECT_FALSE(QFileInfo::exists(folder.path("gone")));
     EXPECT_FALSE(QFileInfo::exists(folder.path("noise/My Space")));
-    const LibraryOpening missing = openLibrary({folder.path("nothing here"), false}, OpenMode::Application);
+    const LibraryOpening missing =
+        openLibrary({folder.path("nothing here"), false}, OpenMode::Application);
     EXPECT_TRUE(missing.missing);
     EXPECT_EQ(missing.loadError, "Can’t find the library “nothing here”.");
     EXPECT_FALSE(QFileInfo::exists(folder.path("nothing here")));
@@ -148,10 +153,12 @@ TEST(DataSteps, repairOldRowsOnceAndKeepTheRest)
     runDataSteps(db);
     EXPECT_EQ(number(db, "PRAGMA user_version"), 2);
     EXPECT_FALSE(db.hasTable("search_body"));
-    const auto left = db.query("SELECT node_id || ':' || source FROM node_text ORDER BY node_id", {},
-        [](const SQLRow& row) { return row.text(0); });
+    const auto left = db.query("SELECT node_id || ':' || source FROM node_text ORDER BY node_id",
+        {}, [](const SQLRow& row) { return row.text(0); });
     EXPECT_EQ(*left, (std::vector<QString>{"doc:pdf", "lib:none"}));
-    EXPECT_EQ(db.query("SELECT notes FROM links", {}, [](const SQLRow& row) { return row.text(0); })->front(), "kept note\n");
+    EXPECT_EQ(db.query("SELECT notes FROM links", {}, [](const SQLRow& row) { return row.text(0); })
+                  ->front(),
+        "kept note\n");
     EXPECT_EQ(number(db, "SELECT count(*) FROM nodes"), 6);
 }
 
@@ -161,8 +168,9 @@ TEST(Library, reloadTakesInWhatAnotherProcessWroteAndNothingOlder)
     Library library({folder.path(), true}, OpenMode::Application);
     ASSERT_TRUE(library.open(opened(folder.path())));
     auto other = SQLite::open(databasePath(library.root()));
-    ASSERT_TRUE(other->execute("INSERT INTO nodes (id, space_id, kind, title, position, created_at, updated_at) "
-                               "VALUES ('n', 's', 'whale', 'New', 'a0', 0, 0)"));
+    ASSERT_TRUE(other->execute(
+        "INSERT INTO nodes (id, space_id, kind, title, position, created_at, updated_at) "
+        "VALUES ('n', 's', 'whale', 'New', 'a0', 0, 0)"));
     library.reload();
     ASSERT_TRUE(turnUntil([&] { return library.node("n") && !library.isReloading(); }));
     EXPECT_EQ(library.node("n")->kind, NodeKind::File) << "an unknown word reads as a file";

@@ -45,9 +45,21 @@ using Ids = std::vector<QString>;
 
 TEST(Position, countsOnThroughHeadsOfGrowingLength)
 {
-    const struct { QString key, next; } cases[] = {
-        {"", "a0"}, {"a0", "a1"}, {"a9", "aA"}, {"aZ", "aa"}, {"az", "b00"}, {"bzz", "c000"},
-        {"Zz", "a0"}, {"Yzz", "Z0"}, {"a1V", "a2"}, {"b", "bV"}, {"5", "5V"},
+    const struct
+    {
+        QString key, next;
+    } cases[] = {
+        {"", "a0"},
+        {"a0", "a1"},
+        {"a9", "aA"},
+        {"aZ", "aa"},
+        {"az", "b00"},
+        {"bzz", "c000"},
+        {"Zz", "a0"},
+        {"Yzz", "Z0"},
+        {"a1V", "a2"},
+        {"b", "bV"},
+        {"5", "5V"},
         {"z" + QString(26, 'z'), "z" + QString(26, 'z') + "V"},
     };
     for (const auto& c : cases)
@@ -66,7 +78,8 @@ TEST(Position, keysKeepRisingByTheirBytes)
 
 TEST(NodeTree, childrenStandByPositionThenId)
 {
-    const NodeTree t = tree({node("c", "", "a1"), node("b", "", "a0"), node("a", "", "a1"), node("x", "b", "a0")});
+    const NodeTree t =
+        tree({node("c", "", "a1"), node("b", "", "a0"), node("a", "", "a1"), node("x", "b", "a0")});
     EXPECT_EQ(t.children(""), (Ids{"b", "a", "c"}));
     EXPECT_EQ(t.children("b"), (Ids{"x"}));
     EXPECT_TRUE(t.children("x").empty());
@@ -79,7 +92,8 @@ TEST(NodeTree, theTrashReachesDownAndEndsAtBrokenOrEndlessChains)
 {
     Node trashed = node("folder");
     trashed.deletedAt = 5;
-    const NodeTree t = tree({trashed, node("inside", "folder"), node("orphan", "nobody"), node("p", "q"), node("q", "p")});
+    const NodeTree t = tree({trashed, node("inside", "folder"), node("orphan", "nobody"),
+        node("p", "q"), node("q", "p")});
     EXPECT_TRUE(t.isInTrash("folder"));
     EXPECT_TRUE(t.isInTrash("inside"));
     EXPECT_FALSE(t.node("inside")->deletedAt.has_value());
@@ -106,7 +120,8 @@ TEST(NodeTree, aPageWhoseStampMovedIsTold)
     NodeTree t;
     Snapshot first = snapshot({node("page")});
     first.pageStamps = {{"page", 1.0}};
-    EXPECT_TRUE(t.apply(std::move(first)).changedPages.isEmpty()) << "a page that had no stamp is new, not changed";
+    EXPECT_TRUE(t.apply(std::move(first)).changedPages.isEmpty())
+        << "a page that had no stamp is new, not changed";
     Snapshot second = snapshot({node("page")});
     second.pageStamps = {{"page", 2.0}};
     EXPECT_EQ(t.apply(std::move(second)).changedPages, (QSet<QString>{"page"}));
@@ -128,7 +143,8 @@ TEST(NodeTree, changesOneByOneGiveTheSameListsAsASnapshot)
                 model.erase(id);
                 continue;
             }
-            Node next = node(id, below(3) ? QString("n%1").arg(below(5)) : QString(), QString("a%1").arg(below(10)));
+            Node next = node(id, below(3) ? QString("n%1").arg(below(5)) : QString(),
+                QString("a%1").arg(below(10)));
             if (below(5) == 0)
                 next.deletedAt = 1;
             changed.put(next, {});
@@ -138,7 +154,8 @@ TEST(NodeTree, changesOneByOneGiveTheSameListsAsASnapshot)
         for (const auto& [id, value] : model)
             all.push_back(value);
         const NodeTree fresh = tree(all);
-        for (const QString& parent : {QString(), QString("n0"), QString("n1"), QString("n2"), QString("n3"), QString("n4")})
+        for (const QString& parent :
+            {QString(), QString("n0"), QString("n1"), QString("n2"), QString("n3"), QString("n4")})
             ASSERT_EQ(changed.children(parent), fresh.children(parent)) << parent.toStdString();
     }
 }

@@ -17,8 +17,8 @@ TEST(MessageBus, aMessageArrivesAsItWasSent)
 
 TEST(MessageBus, whatIsNoMessageOfOursIsNone)
 {
-    const char* datagrams[]
-        = {"", "show", "[]", "\"name\"", "{}", R"({"name":""})", R"({"name":7})", R"({"object":"x"})", R"({"name":"x")"};
+    const char* datagrams[] = {"", "show", "[]", "\"name\"", "{}", R"({"name":""})",
+        R"({"name":7})", R"({"object":"x"})", R"({"name":"x")"};
     for (const char* datagram : datagrams)
         EXPECT_EQ(decodedMessage(datagram), std::nullopt) << datagram;
 }

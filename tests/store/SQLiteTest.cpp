@@ -23,12 +23,16 @@ protected:
 
     qint64 count()
     {
-        return m_db.query("SELECT count(*) FROM t", {}, [](const SQLRow& row) { return row.integer(0); })->front();
+        return m_db
+            .query("SELECT count(*) FROM t", {}, [](const SQLRow& row) { return row.integer(0); })
+            ->front();
     }
 
     QString asText(const QByteArray& expression)
     {
-        return m_db.query("SELECT " + expression, {}, [](const SQLRow& row) { return row.text(0); })->front();
+        return m_db
+            .query("SELECT " + expression, {}, [](const SQLRow& row) { return row.text(0); })
+            ->front();
     }
 
     TempFolder m_folder;
@@ -42,7 +46,8 @@ TEST_F(SQLiteTest, bindsEachValueAsItsTypeAndReadsItBack)
     ASSERT_TRUE(m_db.run("INSERT INTO t VALUES (?, ?)", {QString("žluť 😀"), QByteArray("")}));
     ASSERT_TRUE(m_db.run("INSERT INTO t VALUES (?, ?)", {nullptr, std::optional<int>()}));
     ASSERT_TRUE(m_db.run("INSERT INTO t VALUES (?, ?)", {true, 1.5}));
-    EXPECT_EQ(asText("group_concat(typeof(a) || '/' || typeof(b)) FROM t"), "text/blob,null/null,integer/real");
+    EXPECT_EQ(asText("group_concat(typeof(a) || '/' || typeof(b)) FROM t"),
+        "text/blob,null/null,integer/real");
 
     const auto blobs = m_db.query("SELECT b, a FROM t ORDER BY rowid", {},
         [](const SQLRow& row) { return std::pair(row.bytes(0), row.optionalText(1)); });
@@ -55,8 +60,10 @@ TEST_F(SQLiteTest, bindsEachValueAsItsTypeAndReadsItBack)
 
 TEST_F(SQLiteTest, repairsBadUtf8OnReadingAndInUlower)
 {
-    EXPECT_EQ(asText("CAST(x'41ff42' AS TEXT)"), QString("A\uFFFD" "B"));
-    EXPECT_EQ(asText("ulower(CAST(x'41ff42' AS TEXT))"), QString("a\uFFFD" "b"));
+    EXPECT_EQ(asText("CAST(x'41ff42' AS TEXT)"), QString("A\uFFFD"
+                                                         "B"));
+    EXPECT_EQ(asText("ulower(CAST(x'41ff42' AS TEXT))"), QString("a\uFFFD"
+                                                                 "b"));
     EXPECT_EQ(asText("ulower(NULL) IS NULL"), "1");
     const QByteArray decomposed = (QString("A") + QChar(0x0308)).toUtf8();
     EXPECT_EQ(asText("ulower('" + decomposed + "') = ulower('ä')"), "1");
@@ -69,13 +76,17 @@ TEST_F(SQLiteTest, tellsWhichStepFailedAndOfWhat)
     EXPECT_TRUE(m_db.execute("nonsense").failure().sentence().startsWith("step: "));
     ASSERT_TRUE(m_db.execute("CREATE TABLE u (a UNIQUE); INSERT INTO u VALUES (1)"));
     EXPECT_TRUE(m_db.run("INSERT INTO u VALUES (1)").failure().sentence().startsWith("step: "));
-    EXPECT_TRUE(SQLite::open(m_folder.path("no/such/folder.sqlite")).failure().sentence().startsWith("open: "));
+    EXPECT_TRUE(SQLite::open(m_folder.path("no/such/folder.sqlite"))
+                    .failure()
+                    .sentence()
+                    .startsWith("open: "));
 }
 
 TEST_F(SQLiteTest, aTransactionInsideAnotherJoinsIt)
 {
     const auto outer = m_db.transaction([&]() -> Result<void> {
-        const auto inner = m_db.transaction([&] { return m_db.run("INSERT INTO t VALUES (1, 1)"); });
+        const auto inner =
+            m_db.transaction([&] { return m_db.run("INSERT INTO t VALUES (1, 1)"); });
         EXPECT_TRUE(inner);
         EXPECT_FALSE(sqlite3_get_autocommit(m_db.handle())) << "the inner end must commit nothing";
         return Failure("enough");
@@ -89,8 +100,9 @@ TEST_F(SQLiteTest, aTransactionInsideAnotherJoinsIt)
 
 TEST_F(SQLiteTest, aFailingCommitIsRolledBackAndTold)
 {
-    ASSERT_TRUE(m_db.execute("CREATE TABLE parent (id PRIMARY KEY);"
-                             "CREATE TABLE child (p REFERENCES parent DEFERRABLE INITIALLY DEFERRED)"));
+    ASSERT_TRUE(
+        m_db.execute("CREATE TABLE parent (id PRIMARY KEY);"
+                     "CREATE TABLE child (p REFERENCES parent DEFERRABLE INITIALLY DEFERRED)"));
     const auto done = m_db.transaction([&] { return m_db.run("INSERT INTO child VALUES (7)"); });
     ASSERT_FALSE(done);
     EXPECT_TRUE(done.failure().sentence().contains("FOREIGN KEY"));

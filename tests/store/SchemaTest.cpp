@@ -25,9 +25,10 @@ TEST(Schema, bringsAnOldDatabaseUpToDateAndKeepsItsRows)
     {
         auto old = SQLite::open(folder.path("library.sqlite"));
         ASSERT_TRUE(makeCoreTables(*old));
-        ASSERT_TRUE(old->execute("ALTER TABLE nodes DROP COLUMN file_id; ALTER TABLE nodes DROP COLUMN file_modified;"
-                                 "ALTER TABLE links DROP COLUMN notes;"
-                                 "INSERT INTO links (node_id, url) VALUES ('n', 'https://a.example')"));
+        ASSERT_TRUE(old->execute(
+            "ALTER TABLE nodes DROP COLUMN file_id; ALTER TABLE nodes DROP COLUMN file_modified;"
+            "ALTER TABLE links DROP COLUMN notes;"
+            "INSERT INTO links (node_id, url) VALUES ('n', 'https://a.example')"));
     }
     auto db = SQLite::open(folder.path("library.sqlite"), checkIsOurs);
     ASSERT_TRUE(db);
@@ -36,7 +37,8 @@ TEST(Schema, bringsAnOldDatabaseUpToDateAndKeepsItsRows)
     EXPECT_TRUE(columns(*db, "nodes").contains("file_id"));
     EXPECT_TRUE(columns(*db, "nodes").contains("file_modified"));
     EXPECT_TRUE(columns(*db, "links").contains("notes"));
-    EXPECT_EQ(db->query("SELECT url FROM links", {}, [](const SQLRow& row) { return row.text(0); })->front(),
+    EXPECT_EQ(db->query("SELECT url FROM links", {}, [](const SQLRow& row) { return row.text(0); })
+                  ->front(),
         "https://a.example");
 }
 

@@ -4,7 +4,8 @@
 
 #include <cstdlib>
 
-// Tests need neither a display nor a session: a run must give the same result on a server as on a desktop.
+// Tests need neither a display nor a session: a run must give the same result on a server as on a
+// desktop.
 int main(int argc, char** argv)
 {
     ::setenv("LC_ALL", "C.UTF-8", 0);

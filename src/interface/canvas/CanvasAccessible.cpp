@@ -25,7 +25,10 @@ public:
 
     bool isValid() const override { return m_view && card(); }
     QObject* object() const override { return nullptr; }
-    QAccessibleInterface* parent() const override { return QAccessible::queryAccessibleInterface(m_view); }
+    QAccessibleInterface* parent() const override
+    {
+        return QAccessible::queryAccessibleInterface(m_view);
+    }
     QAccessibleInterface* child(int) const override { return nullptr; }
     int childCount() const override { return 0; }
     int indexOfChild(const QAccessibleInterface*) const override { return -1; }
@@ -35,7 +38,8 @@ public:
 
     QString text(QAccessible::Text kind) const override
     {
-        return kind == QAccessible::Name && isValid() ? spokenCard(m_view->model(), m_key) : QString();
+        return kind == QAccessible::Name && isValid() ? spokenCard(m_view->model(), m_key)
+                                                      : QString();
     }
 
     QRect rect() const override
@@ -58,13 +62,15 @@ public:
         state.selected = m_view->model().selection().contains(m_key);
         state.focused = m_view->hasFocus() && m_view->model().focus() == m_key;
         state.offscreen = !m_view->rect().intersects(
-            toScreen(card()->rect(), m_view->model().camera(), m_view->model().viewport()).toRect());
+            toScreen(card()->rect(), m_view->model().camera(), m_view->model().viewport())
+                .toRect());
         return state;
     }
 
     void* interface_cast(QAccessible::InterfaceType type) override
     {
-        return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this) : nullptr;
+        return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this)
+                                                    : nullptr;
     }
     QStringList actionNames() const override { return {pressAction()}; }
     QStringList keyBindingsForAction(const QString&) const override { return {}; }
@@ -100,12 +106,14 @@ public:
     QAccessibleInterface* child(int index) const override
     {
         const auto& cards = m_view.model().cards();
-        return index >= 0 && index < childCount() ? item(cards[static_cast<size_t>(index)].key) : nullptr;
+        return index >= 0 && index < childCount() ? item(cards[static_cast<size_t>(index)].key)
+                                                  : nullptr;
     }
 
     int indexOfChild(const QAccessibleInterface* wanted) const override
     {
-        const QString key = m_items.key(QAccessible::uniqueId(const_cast<QAccessibleInterface*>(wanted)));
+        const QString key =
+            m_items.key(QAccessible::uniqueId(const_cast<QAccessibleInterface*>(wanted)));
         const auto& cards = m_view.model().cards();
         for (size_t i = 0; i < cards.size(); ++i)
             if (cards[i].key == key)
@@ -171,7 +179,8 @@ QString spokenCard(const CanvasModel& model, const QString& key)
             more = sizeWords(*node->byteSize);
         break;
     }
-    return more.isEmpty() ? kind + u", "_s + node->title : kind + u", "_s + node->title + u", "_s + more;
+    return more.isEmpty() ? kind + u", "_s + node->title
+                          : kind + u", "_s + node->title + u", "_s + more;
 }
 
 void installCanvasAccessibility()

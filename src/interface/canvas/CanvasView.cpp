@@ -191,16 +191,21 @@ QRectF CanvasView::cardOnScreen(const PlacedCard& card) const
         return rect;
     const double ratio = devicePixelRatioF();
     return QRectF(snapped(rect.x(), ratio), snapped(rect.y(), ratio),
-        std::max(1 / ratio, snapped(rect.width(), ratio)), std::max(1 / ratio, snapped(rect.height(), ratio)));
+        std::max(1 / ratio, snapped(rect.width(), ratio)),
+        std::max(1 / ratio, snapped(rect.height(), ratio)));
 }
 
 CardFace::Kind CanvasView::faceKind(const Node& node) const
 {
     switch (node.kind) {
-    case NodeKind::Folder: return CardFace::Kind::Folder;
-    case NodeKind::Page: return CardFace::Kind::Page;
-    case NodeKind::Link: return CardFace::Kind::Link;
-    case NodeKind::File: break;
+    case NodeKind::Folder:
+        return CardFace::Kind::Folder;
+    case NodeKind::Page:
+        return CardFace::Kind::Page;
+    case NodeKind::Link:
+        return CardFace::Kind::Link;
+    case NodeKind::File:
+        break;
     }
     return node.isPicture() ? CardFace::Kind::Picture : CardFace::Kind::File;
 }
@@ -221,9 +226,9 @@ FaceRequest CanvasView::describe(const QString& key) const
             const bool picture = peek.mime.startsWith(u"image/");
             using Kind = CardFace::Peek::Kind;
             const Kind kind = peek.kind == NodeKind::Folder ? Kind::Folder
-                : peek.kind == NodeKind::Page               ? Kind::Page
-                : peek.kind == NodeKind::Link               ? Kind::Link
-                : picture                                   ? Kind::Picture
+                              : peek.kind == NodeKind::Page ? Kind::Page
+                              : peek.kind == NodeKind::Link ? Kind::Link
+                              : picture                     ? Kind::Picture
                                                             : Kind::File;
             face.peeks.push_back({kind, peek.color, {}});
             request.peekPictures.push_back(picture ? PictureSource{peek.path, 0} : PictureSource{});
@@ -250,7 +255,8 @@ FaceRequest CanvasView::describe(const QString& key) const
 void CanvasView::wantFaces()
 {
     const Camera& camera = m_model.camera();
-    const double scale = m_model.isAtRest() ? camera.scale() : m_model.drawnCardZoom() * screenScale;
+    const double scale =
+        m_model.isAtRest() ? camera.scale() : m_model.drawnCardZoom() * screenScale;
     std::vector<std::pair<double, QString>> byDistance;
     for (const int index : m_model.cardsMeeting(visibleRect(camera, m_model.viewport()))) {
         const PlacedCard& card = m_model.cards()[static_cast<size_t>(index)];
@@ -271,13 +277,15 @@ void CanvasView::paintEvent(QPaintEvent* event)
     const QSizeF viewport = m_model.viewport();
     QPainter painter(this);
     painter.setClipRegion(event->region());
-    paintGround(painter, size(), toScreen(QPointF(0, 0), camera, viewport), camera.zoom, colors(), m_showsDots);
+    paintGround(painter, size(), toScreen(QPointF(0, 0), camera, viewport), camera.zoom, colors(),
+        m_showsDots);
 
     wantFaces();
     // What a face throws beyond its card comes into sight before the card does.
     const double margin = faceMargin(camera.scale());
     const QRectF shown = QRectF(event->rect()).adjusted(-margin, -margin, margin, margin);
-    const QRectF onCanvas(toCanvas(shown.topLeft(), camera, viewport), shown.size() / camera.scale());
+    const QRectF onCanvas(
+        toCanvas(shown.topLeft(), camera, viewport), shown.size() / camera.scale());
     std::vector<const PlacedCard*> selected;
     bool allHaveFaces = true;
     for (const int index : m_model.cardsMeeting(onCanvas)) {
@@ -349,7 +357,8 @@ void CanvasView::paintRings(QPainter& painter)
         if (!card)
             return;
         const QRectF rect = cardOnScreen(*card);
-        if (rect.adjusted(-ringReach, -ringReach, ringReach, ringReach).intersects(QRectF(this->rect())))
+        if (rect.adjusted(-ringReach, -ringReach, ringReach, ringReach)
+                .intersects(QRectF(this->rect())))
             paintRing(painter, rect, faceKind(*m_model.library().node(key)), scale, colors(), kind);
     };
     for (const QString& key : m_model.selection())
@@ -366,11 +375,14 @@ void CanvasView::paintFarHint(QPainter& painter)
     if (!card || detailAt(scale) != Detail::Far)
         return;
     const Lettering letters(TypeStyle::Hint);
-    const QString title = letters.elided(m_model.library().node(card->key)->title, 320, Qt::ElideMiddle);
+    const QString title =
+        letters.elided(m_model.library().node(card->key)->title, 320, Qt::ElideMiddle);
     const double width = letters.width(title) + 22, height = 30, gap = 10;
     const QRectF over = cardOnScreen(*card);
-    const double left = std::clamp(over.center().x() - width / 2, 8.0, std::max(8.0, this->width() - width - 8));
-    const double top = over.top() - gap - height > 8 ? over.top() - gap - height : over.bottom() + gap;
+    const double left =
+        std::clamp(over.center().x() - width / 2, 8.0, std::max(8.0, this->width() - width - 8));
+    const double top =
+        over.top() - gap - height > 8 ? over.top() - gap - height : over.bottom() + gap;
     const QRectF box(std::round(left), std::round(top), std::ceil(width), height);
     painter.setRenderHint(QPainter::Antialiasing);
     drawShadow(painter, box, radius::hint, Elevation::Hint, m_scheme);
@@ -436,8 +448,9 @@ void CanvasView::mousePressEvent(QMouseEvent* event)
     stopGlide();
     callOffGestures();
     const QPointF at = event->position();
-    const bool pans = event->button() == Qt::MiddleButton
-        || (event->button() == Qt::LeftButton && (m_spaceHeld || (event->modifiers() & Qt::AltModifier)));
+    const bool pans = event->button() == Qt::MiddleButton ||
+                      (event->button() == Qt::LeftButton &&
+                          (m_spaceHeld || (event->modifiers() & Qt::AltModifier)));
     if (pans) {
         m_pan.emplace(m_model, at);
         setCursor(Qt::ClosedHandCursor);
@@ -452,7 +465,8 @@ void CanvasView::mousePressEvent(QMouseEvent* event)
         if (!adds(event->modifiers()))
             m_model.select({});
         m_marquee.emplace(m_model, at,
-            adds(event->modifiers()) ? MarqueeGesture::Base::Selection : MarqueeGesture::Base::Empty);
+            adds(event->modifiers()) ? MarqueeGesture::Base::Selection
+                                     : MarqueeGesture::Base::Empty);
         return;
     }
     // A plain press on a selected card waits: the whole selection may be meant.
@@ -567,11 +581,18 @@ bool CanvasView::zoomKey(QKeyEvent* event)
     const QPointF centre(width() / 2.0, height() / 2.0);
     const Camera from = m_glide ? m_glide->to : m_model.camera();
     switch (event->key()) {
-    case Qt::Key_0: glideTo(zoomedAt(from, 1.0, centre, m_model.viewport())); return true;
+    case Qt::Key_0:
+        glideTo(zoomedAt(from, 1.0, centre, m_model.viewport()));
+        return true;
     case Qt::Key_Equal:
-    case Qt::Key_Plus: glideTo(zoomedAt(from, from.zoom * keyZoomFactor, centre, m_model.viewport())); return true;
-    case Qt::Key_Minus: glideTo(zoomedAt(from, from.zoom / keyZoomFactor, centre, m_model.viewport())); return true;
-    default: return false;
+    case Qt::Key_Plus:
+        glideTo(zoomedAt(from, from.zoom * keyZoomFactor, centre, m_model.viewport()));
+        return true;
+    case Qt::Key_Minus:
+        glideTo(zoomedAt(from, from.zoom / keyZoomFactor, centre, m_model.viewport()));
+        return true;
+    default:
+        return false;
     }
 }
 
@@ -579,10 +600,18 @@ bool CanvasView::selectionKey(QKeyEvent* event)
 {
     const bool extends = event->modifiers() & Qt::ShiftModifier;
     switch (event->key()) {
-    case Qt::Key_Left: m_model.moveSelection(Direction::Left, extends); return true;
-    case Qt::Key_Right: m_model.moveSelection(Direction::Right, extends); return true;
-    case Qt::Key_Up: m_model.moveSelection(Direction::Up, extends); return true;
-    case Qt::Key_Down: m_model.moveSelection(Direction::Down, extends); return true;
+    case Qt::Key_Left:
+        m_model.moveSelection(Direction::Left, extends);
+        return true;
+    case Qt::Key_Right:
+        m_model.moveSelection(Direction::Right, extends);
+        return true;
+    case Qt::Key_Up:
+        m_model.moveSelection(Direction::Up, extends);
+        return true;
+    case Qt::Key_Down:
+        m_model.moveSelection(Direction::Down, extends);
+        return true;
     case Qt::Key_Return:
     case Qt::Key_Enter:
         if (m_model.selection().size() == 1)
@@ -598,7 +627,8 @@ bool CanvasView::selectionKey(QKeyEvent* event)
         callOffGestures();
         update();
         return true;
-    default: return false;
+    default:
+        return false;
     }
 }
 
@@ -621,7 +651,8 @@ void CanvasView::keyPressEvent(QKeyEvent* event)
         m_model.goUp();
         return;
     }
-    const Qt::KeyboardModifiers modifiers = event->modifiers() & ~(Qt::KeypadModifier | Qt::ShiftModifier);
+    const Qt::KeyboardModifiers modifiers =
+        event->modifiers() & ~(Qt::KeypadModifier | Qt::ShiftModifier);
     if (modifiers == Qt::NoModifier && selectionKey(event))
         return;
     QWidget::keyPressEvent(event);

@@ -37,10 +37,12 @@ public:
 
     // The frames of the window that this view is in; its owner adds to it.
     FrameMeter& frames() { return m_frames; }
-    // Milliseconds that events spent in the model since they were last asked for: they belong to the frame that shows them.
+    // Milliseconds that events spent in the model since they were last asked for: they belong to
+    // the frame that shows them.
     double takeEventMs() { return std::exchange(m_eventMs, 0); }
 
-    // When cards were first painted, and when all cards in sight first had their faces; seconds since 1970, 0 before.
+    // When cards were first painted, and when all cards in sight first had their faces; seconds
+    // since 1970, 0 before.
     double firstCardsAt() const { return m_firstCardsAt; }
     double firstFacesAt() const { return m_firstFacesAt; }
 
@@ -105,7 +107,7 @@ private:
     std::optional<PanGesture> m_pan;
     std::optional<MarqueeGesture> m_marquee;
     bool m_spaceHeld = false;
-    QString m_pressed; // the card whose plain press waits for its release
+    QString m_pressed;           // the card whose plain press waits for its release
     bool m_ignoresPress = false; // the rest of a double click
     QString m_pointed;
     QString m_announced; // the card that screen readers heard of last

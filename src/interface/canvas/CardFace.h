@@ -95,8 +95,8 @@ inline constexpr double ringReach = 5;
 // when seen from far.
 void paintHoverLift(QPainter& painter, const QRectF& card, CardFace::Kind kind, double scale,
     const Palette& colors);
-void paintHover(
-    QPainter& painter, const QRectF& card, CardFace::Kind kind, double scale, const Palette& colors);
+void paintHover(QPainter& painter, const QRectF& card, CardFace::Kind kind, double scale,
+    const Palette& colors);
 // The button that opens the card's menu.
 QRectF moreButton(const QRectF& card, CardFace::Kind kind, double scale);
 void paintMoreButton(QPainter& painter, const QRectF& card, CardFace::Kind kind, NodeColor color,

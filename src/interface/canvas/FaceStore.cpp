@@ -117,20 +117,23 @@ private:
         CardFace& face = job.request.face;
         const double pixels = job.scale * ratio;
         if (!job.request.picture.isNull())
-            face.picture = picture(job.request.picture, std::max(face.size.width(), face.size.height()) * pixels);
+            face.picture = picture(
+                job.request.picture, std::max(face.size.width(), face.size.height()) * pixels);
         for (size_t i = 0; i < face.peeks.size() && i < job.request.peekPictures.size(); ++i)
             if (!job.request.peekPictures[i].isNull())
                 face.peeks[i].picture = picture(job.request.peekPictures[i], 80 * pixels);
         return drawCardFace(face, scheme, job.scale, ratio);
     }
 
-    // The picture with its longer side at least at `side` pixels, if it has as many: decoded at a few sizes only.
+    // The picture with its longer side at least at `side` pixels, if it has as many: decoded at a
+    // few sizes only.
     QImage picture(const PictureSource& source, double side)
     {
         int box = leastPictureSide;
         while (box < side && box < greatestPictureSide)
             box *= 2;
-        const QString key = QString::number(box) + u'/' + QString::number(source.version) + source.path;
+        const QString key =
+            QString::number(box) + u'/' + QString::number(source.version) + source.path;
         {
             const std::lock_guard lock(m_pictureMutex);
             if (const QImage* known = m_pictures.object(key))
@@ -138,7 +141,8 @@ private:
         }
         const QImage decoded = scaledPicture(source.path, QSize(box, box));
         const std::lock_guard lock(m_pictureMutex);
-        m_pictures.insert(key, new QImage(decoded), static_cast<qsizetype>(decoded.sizeInBytes() / 1024) + 1);
+        m_pictures.insert(
+            key, new QImage(decoded), static_cast<qsizetype>(decoded.sizeInBytes() / 1024) + 1);
         return decoded;
     }
 
@@ -162,14 +166,15 @@ private:
 FaceStore::FaceStore(QObject* parent)
     : QObject(parent)
 {
-    // The store outlives its workers, which are joined in its destructor; what they still send is dropped with it.
-    m_workers = std::make_unique<Workers>(
-        [this, guard = QPointer<QObject>(this)](const Workers::Job& job, QImage image, int look) {
-            SerialQueue::onMain(guard,
-                [this, key = job.key, version = job.version, scale = job.scale, image = std::move(image), look]() mutable {
-                    took(key, version, std::move(image), scale, look);
-                });
+    // The store outlives its workers, which are joined in its destructor; what they still send is
+    // dropped with it.
+    m_workers = std::make_unique<Workers>([this, guard = QPointer<QObject>(this)](
+                                              const Workers::Job& job, QImage image, int look) {
+        SerialQueue::onMain(guard, [this, key = job.key, version = job.version, scale = job.scale,
+                                       image = std::move(image), look]() mutable {
+            took(key, version, std::move(image), scale, look);
         });
+    });
 }
 
 FaceStore::~FaceStore() = default;
@@ -222,9 +227,10 @@ void FaceStore::want(const std::vector<QString>& keys, double scale, const Descr
     for (const QString& key : keys) {
         Entry& entry = m_entries[key];
         entry.lastTurn = m_turn;
-        const bool isCurrent = entry.drawnVersion == entry.version && entry.scale == scale && entry.drawnLook == m_look;
-        const bool isComing = entry.isBeingDrawn && entry.versionBeingDrawn == entry.version
-            && entry.scaleBeingDrawn == scale;
+        const bool isCurrent = entry.drawnVersion == entry.version && entry.scale == scale &&
+                               entry.drawnLook == m_look;
+        const bool isComing = entry.isBeingDrawn && entry.versionBeingDrawn == entry.version &&
+                              entry.scaleBeingDrawn == scale;
         if (isCurrent || isComing)
             continue;
         entry.isBeingDrawn = true;

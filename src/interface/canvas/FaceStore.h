@@ -1,8 +1,8 @@
 // The drawn faces of the cards on a canvas: drawn on workers from values, kept while there is room.
 //
-// Main thread. A paint asks for what it shows and takes what is there; what is missing or out of date is drawn, nearest first,
-// and told by drawn(). What no longer is asked for is not drawn any more. The faces that have been out of sight the longest go
-// when all take more than 128 MiB.
+// Main thread. A paint asks for what it shows and takes what is there; what is missing or out of
+// date is drawn, nearest first, and told by drawn(). What no longer is asked for is not drawn any
+// more. The faces that have been out of sight the longest go when all take more than 128 MiB.
 #pragma once
 
 #include "interface/canvas/CardFace.h"
@@ -54,12 +54,13 @@ public:
     // The newest face there is; its image is null when there is none.
     Face face(const QString& key);
 
-    // What these show has changed. They are drawn again when asked for; until then the old face stands.
+    // What these show has changed. They are drawn again when asked for; until then the old face
+    // stands.
     void invalidate(const QSet<QString>& keys);
     void clear();
 
-    // One paint's wishes, the most wanted first. Replaces all earlier wishes that nobody has begun to draw. `describe` is asked
-    // only for faces that have to be drawn.
+    // One paint's wishes, the most wanted first. Replaces all earlier wishes that nobody has begun
+    // to draw. `describe` is asked only for faces that have to be drawn.
     using Describe = std::function<FaceRequest(const QString& key)>;
     void want(const std::vector<QString>& keys, double scale, const Describe& describe);
 

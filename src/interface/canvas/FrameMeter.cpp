@@ -13,13 +13,14 @@ FrameSummary FrameMeter::summary() const
     std::vector<float> sorted = m_frames;
     std::sort(sorted.begin(), sorted.end());
     const auto at = [&](double share) {
-        return static_cast<double>(sorted[static_cast<size_t>(share * static_cast<double>(sorted.size() - 1))]);
+        return static_cast<double>(
+            sorted[static_cast<size_t>(share * static_cast<double>(sorted.size() - 1))]);
     };
     result.p50Ms = at(0.5);
     result.p95Ms = at(0.95);
     result.maxMs = at(1);
-    result.slow = static_cast<int>(std::count_if(
-        sorted.begin(), sorted.end(), [this](float ms) { return static_cast<double>(ms) > m_limitMs; }));
+    result.slow = static_cast<int>(std::count_if(sorted.begin(), sorted.end(),
+        [this](float ms) { return static_cast<double>(ms) > m_limitMs; }));
     return result;
 }
 

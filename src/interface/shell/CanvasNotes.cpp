@@ -68,8 +68,8 @@ void EmptyNote::paintEvent(QPaintEvent*)
     TypeSpec spec = typeSpec(TypeStyle::PageBody);
     spec.line = wordsLine;
     painter.setPen(colors.ink2);
-    Lettering(spec).draw(
-        painter, QRectF(0, drawing.height() + wordsGap, width(), wordsLine), Qt::AlignHCenter, emptyWords);
+    Lettering(spec).draw(painter, QRectF(0, drawing.height() + wordsGap, width(), wordsLine),
+        Qt::AlignHCenter, emptyWords);
 }
 
 LineNote::LineNote(Tone tone, QWidget* parent)
@@ -112,7 +112,8 @@ void LineNote::paintEvent(QPaintEvent*)
     painter.setBrush(quiet ? colors.raised : colors.inverse);
     painter.drawRoundedRect(quiet ? box.adjusted(0.5, 0.5, -0.5, -0.5) : box, corner, corner);
     painter.setPen(quiet ? colors.ink3 : colors.onInverse);
-    Lettering(quiet ? TypeStyle::Caption : TypeStyle::Label).draw(painter, box, Qt::AlignHCenter, m_words);
+    Lettering(quiet ? TypeStyle::Caption : TypeStyle::Label)
+        .draw(painter, box, Qt::AlignHCenter, m_words);
 }
 
 } // namespace corvelle

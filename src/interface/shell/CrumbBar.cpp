@@ -68,14 +68,15 @@ CrumbBar::CrumbBar(CanvasModel& model, QWidget* parent)
     m_row->addWidget(m_forward);
     m_row->addWidget(new Divider(Divider::Kind::Line, this));
     m_back->setName(u"Back"_s, QKeySequence(u"Alt+Left"_s).toString(QKeySequence::NativeText));
-    m_forward->setName(u"Forward"_s, QKeySequence(u"Alt+Right"_s).toString(QKeySequence::NativeText));
+    m_forward->setName(
+        u"Forward"_s, QKeySequence(u"Alt+Right"_s).toString(QKeySequence::NativeText));
     connect(m_back, &QAbstractButton::clicked, &model, &CanvasModel::goBack);
     connect(m_forward, &QAbstractButton::clicked, &model, &CanvasModel::goForward);
     connect(&model, &CanvasModel::folderChanged, this, &CrumbBar::rebuild);
     connect(&model.library(), &Library::treeChanged, this, [this](const TreeChange& change) {
         const auto crumbs = m_model.crumbs();
         if (change.everything || std::any_of(crumbs.begin(), crumbs.end(),
-                [&](const QString& id) { return change.nodes.contains(id); }))
+                                     [&](const QString& id) { return change.nodes.contains(id); }))
             rebuild();
     });
     rebuild();

@@ -27,8 +27,8 @@ namespace {
 
 constexpr QSize firstSize(1440, 900);
 constexpr QSize leastSize(760, 480);
-constexpr int edge = 16;         // of the chrome from the window's sides and top
-constexpr int bottomEdge = 20;   // and from its lower edge
+constexpr int edge = 16;          // of the chrome from the window's sides and top
+constexpr int bottomEdge = 20;    // and from its lower edge
 constexpr int emptyNoteTop = 330; // of 900: a little above the middle
 constexpr double keyZoomFactor = 1.2;
 
@@ -109,7 +109,8 @@ bool MainWindow::event(QEvent* event)
     const double ms = m_canvas->takeEventMs() + static_cast<double>(time.nsecsElapsed()) / 1e6;
     m_canvas->frames().add(ms);
     if (m_probes && ms > m_canvas->frames().slowLimitMs())
-        logLine(u"canvas slow pass %1 ms (zoom %2, cards %3, overview no): cardZoom %4"_s.arg(ms, 0, 'f', 0)
+        logLine(u"canvas slow pass %1 ms (zoom %2, cards %3, overview no): cardZoom %4"_s
+                    .arg(ms, 0, 'f', 0)
                     .arg(m_model.camera().zoom, 0, 'f', 2)
                     .arg(m_model.mounted().size())
                     .arg(m_model.drawnCardZoom()));
@@ -120,8 +121,9 @@ void MainWindow::probe(double slowMs)
 {
     m_probes = true;
     m_canvas->frames().setSlowLimit(slowMs);
-    logLine(u"canvas probe on: main thread %1 ms CPU since launch (menus, library, window), not in the passes below"_s.arg(
-        1000.0 * static_cast<double>(std::clock()) / CLOCKS_PER_SEC, 0, 'f', 0));
+    logLine(
+        u"canvas probe on: main thread %1 ms CPU since launch (menus, library, window), not in the passes below"_s
+            .arg(1000.0 * static_cast<double>(std::clock()) / CLOCKS_PER_SEC, 0, 'f', 0));
 }
 
 // ---- layout ----
@@ -134,7 +136,8 @@ void MainWindow::layOut()
     m_zoom->move(width() - edge - m_zoom->width(), height() - bottomEdge - m_zoom->height());
     m_empty->move((width() - m_empty->width()) / 2, height() * emptyNoteTop / firstSize.height());
     const int reach = shadowReach(Elevation::Hint);
-    m_progress->move((width() - m_progress->width()) / 2, height() - bottomEdge - m_progress->height() + reach);
+    m_progress->move(
+        (width() - m_progress->width()) / 2, height() - bottomEdge - m_progress->height() + reach);
     if (m_scratch)
         m_scratch->move(edge - reach, height() - bottomEdge - m_scratch->height() + reach);
 }
@@ -157,9 +160,9 @@ void MainWindow::updateProgress()
         return;
     const QLocale english(QLocale::English);
     const QString done = english.toString(progress->done);
-    m_progress->setWords(progress->total
-            ? u"Bringing in %1 of %2 items"_s.arg(done, english.toString(*progress->total))
-            : u"Bringing in %1 items"_s.arg(done));
+    m_progress->setWords(progress->total ? u"Bringing in %1 of %2 items"_s.arg(
+                                               done, english.toString(*progress->total))
+                                         : u"Bringing in %1 items"_s.arg(done));
     layOut();
 }
 
@@ -192,8 +195,8 @@ void MainWindow::contextMenuEvent(QContextMenuEvent* event)
         return;
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->addAction(
-        u"Switch Library…"_s, QKeySequence(u"Ctrl+Shift+O"_s), this, [this] { emit switchLibraryWanted(); });
+    menu->addAction(u"Switch Library…"_s, QKeySequence(u"Ctrl+Shift+O"_s), this,
+        [this] { emit switchLibraryWanted(); });
     menu->popup(event->globalPos());
 }
 
@@ -225,12 +228,13 @@ void MainWindow::showAlert(const Alert& alert, std::function<void(int)> chosen)
         answer.words = shown(answer.words);
     m_alert = words;
     m_alertPanel = new AlertPanel(words, *this);
-    connect(m_alertPanel, &AlertPanel::chosen, this, [this, chosen = std::move(chosen)](int answer) {
-        m_alert.reset();
-        m_alertPanel.clear();
-        m_canvas->setFocus();
-        chosen(answer);
-    });
+    connect(
+        m_alertPanel, &AlertPanel::chosen, this, [this, chosen = std::move(chosen)](int answer) {
+            m_alert.reset();
+            m_alertPanel.clear();
+            m_canvas->setFocus();
+            chosen(answer);
+        });
 }
 
 void MainWindow::closeAlert()
@@ -246,16 +250,18 @@ void MainWindow::closeAlert()
 QJsonArray MainWindow::toastsJson() const
 {
     QJsonArray list;
-    const auto text = [](const QString& words) { return words.isEmpty() ? QJsonValue() : QJsonValue(words); };
+    const auto text = [](const QString& words) {
+        return words.isEmpty() ? QJsonValue() : QJsonValue(words);
+    };
     for (const auto& standing : m_toasts->model().toasts()) {
         const Toast& toast = standing.toast;
-        list.append(QJsonObject{{u"key"_s, text(toast.key)}, {u"text"_s, toast.text}, {u"detail"_s, text(toast.detail)},
-            {u"button"_s, text(toast.action)},
+        list.append(QJsonObject{{u"key"_s, text(toast.key)}, {u"text"_s, toast.text},
+            {u"detail"_s, text(toast.detail)}, {u"button"_s, text(toast.action)},
             {u"icon"_s, toast.icon ? QJsonValue(static_cast<int>(*toast.icon)) : QJsonValue()}});
     }
     if (m_progress->isVisible())
-        list.append(QJsonObject{{u"key"_s, u"arrivals"_s}, {u"text"_s, m_progress->words()}, {u"detail"_s, QJsonValue()},
-            {u"button"_s, QJsonValue()}, {u"icon"_s, QJsonValue()}});
+        list.append(QJsonObject{{u"key"_s, u"arrivals"_s}, {u"text"_s, m_progress->words()},
+            {u"detail"_s, QJsonValue()}, {u"button"_s, QJsonValue()}, {u"icon"_s, QJsonValue()}});
     return list;
 }
 
@@ -269,8 +275,8 @@ std::optional<QJsonObject> MainWindow::alertJson() const
         buttons.append(m_alert->answers[static_cast<size_t>(i)].words);
         places.append(QJsonArray{place.x(), place.y(), place.width(), place.height()});
     }
-    return QJsonObject{{u"title"_s, m_alert->title}, {u"text"_s, m_alert->text}, {u"buttons"_s, buttons},
-        {u"places"_s, places}};
+    return QJsonObject{{u"title"_s, m_alert->title}, {u"text"_s, m_alert->text},
+        {u"buttons"_s, buttons}, {u"places"_s, places}};
 }
 
 } // namespace corvelle

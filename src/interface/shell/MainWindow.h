@@ -32,7 +32,8 @@ public:
     // Sizes the window's content and centres the window on its screen.
     void setContentSize(QSize size);
 
-    // Paints once where nobody sees it, so that the first real picture finds fonts and shadows made.
+    // Paints once where nobody sees it, so that the first real picture finds fonts and shadows
+    // made.
     void warmUp() { (void)grab(); }
 
     // Logs each frame that takes longer.
@@ -40,7 +41,8 @@ public:
 
     CanvasView& canvasView() { return *m_canvas; }
 
-    // Shows the alert over all else; `chosen` gets the number of the answer. One alert at a time: a newer one takes its place.
+    // Shows the alert over all else; `chosen` gets the number of the answer. One alert at a time: a
+    // newer one takes its place.
     void showAlert(const Alert& alert, std::function<void(int)> chosen);
     void closeAlert();
 
