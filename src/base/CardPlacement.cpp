@@ -47,6 +47,37 @@ QSizeF cardSize(const CardShape& shape)
     return QSizeF(176, 224);
 }
 
+QPointF freeSpot(QPointF wanted, QSizeF size, std::span<const QRectF> taken)
+{
+    constexpr int rings = 12;
+    constexpr double gap = 24;
+    const auto isFree = [&](QPointF centre) {
+        const QRectF rect(centre - QPointF(size.width() / 2, size.height() / 2), size);
+        return std::none_of(
+            taken.begin(), taken.end(), [&](const QRectF& card) { return card.intersects(rect); });
+    };
+    if (isFree(wanted))
+        return wanted;
+    for (int ring = 1; ring <= rings; ++ring) {
+        std::optional<QPointF> best;
+        double nearest = 0;
+        for (int j = -ring; j <= ring; ++j)
+            for (int i = -ring; i <= ring; ++i) {
+                if (std::max(std::abs(i), std::abs(j)) != ring)
+                    continue;
+                const QPointF step(i * (size.width() + gap), j * (size.height() + gap));
+                const double distance = std::hypot(step.x(), step.y());
+                if ((!best || distance < nearest) && isFree(wanted + step)) {
+                    best = wanted + step;
+                    nearest = distance;
+                }
+            }
+        if (best)
+            return *best;
+    }
+    return wanted;
+}
+
 void NextFreePlace::include(QPointF centre, QSizeF size)
 {
     const double lower = centre.y() + size.height() / 2;

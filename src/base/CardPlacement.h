@@ -5,9 +5,11 @@
 #include "base/NodeKind.h"
 
 #include <QPointF>
+#include <QRectF>
 #include <QSizeF>
 
 #include <optional>
+#include <span>
 
 namespace corvelle {
 
@@ -39,5 +41,19 @@ private:
     std::optional<double> m_lower; // greatest lower edge
     int m_placed = 0;
 };
+
+// The free place nearest to the wanted centre for a card of this size, margin included, searched in
+// twelve rings around it; the wanted one when all of them are taken. `taken` holds the rectangles of
+// the cards that are there.
+QPointF freeSpot(QPointF wanted, QSizeF size, std::span<const QRectF> taken);
+
+// The margin that a new card keeps to its neighbours.
+inline constexpr double freeSpotMargin = 24;
+
+// Where a thing made from a card goes, before the free spot is looked for.
+inline QPointF besideCard(QPointF centre, QSizeF size)
+{
+    return QPointF(centre.x() + size.width() + 32, centre.y());
+}
 
 } // namespace corvelle

@@ -13,14 +13,18 @@ namespace corvelle {
 class [[nodiscard]] Failure
 {
 public:
-    explicit Failure(QString sentence)
+    explicit Failure(QString sentence, int systemError = 0)
         : m_sentence(std::move(sentence))
+        , m_systemError(systemError)
     {}
 
     const QString& sentence() const { return m_sentence; }
+    // The number (errno) of the system's error behind it; 0 for none.
+    int systemError() const { return m_systemError; }
 
 private:
     QString m_sentence;
+    int m_systemError;
 };
 
 template<class T>

@@ -161,6 +161,27 @@ void Library::refreshNode(const QString& id)
     tell(change);
 }
 
+const Node* Library::freshNode(const QString& id)
+{
+    if (!isOpen())
+        return node(id);
+    auto row = readNode(*m_connection, id);
+    if (!row)
+        return node(id);
+    const Node* known = node(id);
+    if (*row ? !known || *known != (*row)->first : known != nullptr)
+        refreshNode(id);
+    return node(id);
+}
+
+void Library::readAgainIfServing()
+{
+    if (m_mode != OpenMode::ToolServer || !isOpen())
+        return;
+    if (auto fresh = readSnapshot(*m_connection))
+        apply(std::move(*fresh));
+}
+
 void Library::took(std::vector<std::pair<Node, SeenFile>> nodes)
 {
     Q_ASSERT(onMainThread());
@@ -173,6 +194,30 @@ void Library::took(std::vector<std::pair<Node, SeenFile>> nodes)
         m_tree.put(std::move(fresh), seen);
     }
     tell(change);
+}
+
+void Library::tookPaths(const std::vector<std::pair<QString, QString>>& pathsByID)
+{
+    TreeChange change;
+    for (const auto& [id, path] : pathsByID)
+        if (m_tree.setPath(id, path))
+            change.nodes.insert(id);
+    if (!change.isEmpty())
+        tell(change);
+}
+
+void Library::tookAway(const std::vector<QString>& ids)
+{
+    TreeChange change;
+    for (const QString& id : ids)
+        if (const Node* gone = node(id)) {
+            change.nodes.insert(id);
+            change.parents.insert(gone->parentID);
+            change.linkedItems |= gone->isLinked();
+            m_tree.remove(id);
+        }
+    if (!change.isEmpty())
+        tell(change);
 }
 
 void Library::tookSeen(const std::vector<std::pair<QString, SeenFile>>& seen)

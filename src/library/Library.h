@@ -82,9 +82,20 @@ public:
     // The main connection, for the owners of their own tables and for edits. Only while open.
     SQLite& connection() { return *m_connection; }
 
+    // The node as its row stands now, read again first: another process may have moved it since.
+    // Null when it is gone. The memory follows.
+    const Node* freshNode(const QString& id);
+
+    // In the tool server, where nothing tells of changes in time: reads the whole tree again.
+    void readAgainIfServing();
+
     // What an edit wrote to the table, now for the memory: nodes that are new or differ, with what
     // the disk told of them.
     void took(std::vector<std::pair<Node, SeenFile>> nodes);
+    // Paths that a moved folder took along.
+    void tookPaths(const std::vector<std::pair<QString, QString>>& pathsByID);
+    void tookAway(const std::vector<QString>& ids);
+    void tookPageStamp(const QString& id, double stamp) { m_tree.setPageStamp(id, stamp); }
     void tookSeen(const std::vector<std::pair<QString, SeenFile>>& seen);
 
     void setImportProgress(std::optional<ImportProgress> progress);
@@ -92,12 +103,18 @@ public:
     // Stores the message, logs it and shows it to the person.
     void fail(const QString& message);
 
+    // Something told that work which keeps the main thread goes on; shown when it takes long.
+    void stillWorking() { emit working(); }
+
 signals:
     void treeChanged(const corvelle::TreeChange& change);
     void loadErrorChanged();
     void importProgressChanged();
     void pagesChangedElsewhere(const QSet<QString>& ids);
     void failed(const QString& message);
+    // The main thread is kept by work that takes longer than a person takes for at once: paint
+    // without waiting for the next event.
+    void working();
 
 private:
     void apply(Snapshot snapshot);

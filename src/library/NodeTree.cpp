@@ -147,6 +147,15 @@ void NodeTree::setSeen(const QString& id, SeenFile seen)
         known->seen = seen;
 }
 
+bool NodeTree::setPath(const QString& id, const QString& path)
+{
+    NodeRecord* known = record(id);
+    if (!known || known->node.path == path)
+        return false;
+    known->node.path = path;
+    return true;
+}
+
 void NodeTree::remove(const QString& id)
 {
     NodeRecord* known = record(id);

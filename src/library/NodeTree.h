@@ -86,6 +86,9 @@ public:
     // Costs one list, never the tree.
     void put(Node node, SeenFile seen);
     void setSeen(const QString& id, SeenFile seen);
+    // Whether the path is another one now. Doesn't touch the lists of children.
+    bool setPath(const QString& id, const QString& path);
+    void setPageStamp(const QString& id, double stamp) { m_pageStamps.insert(id, stamp); }
     void remove(const QString& id);
 
 private:

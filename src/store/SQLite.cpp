@@ -5,6 +5,8 @@
 
 #include <sqlite3.h>
 
+#include <cerrno>
+
 using namespace Qt::StringLiterals;
 
 namespace corvelle {
@@ -18,7 +20,8 @@ constexpr char setUpScript[] = "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORM
 
 Failure stepFailure(sqlite3* connection)
 {
-    return Failure(u"step: "_s + QString::fromUtf8(sqlite3_errmsg(connection)));
+    return Failure(u"step: "_s + QString::fromUtf8(sqlite3_errmsg(connection)),
+        sqlite3_errcode(connection) == SQLITE_FULL ? ENOSPC : 0);
 }
 
 void ulower(sqlite3_context* context, int, sqlite3_value** arguments)
@@ -201,7 +204,8 @@ Result<void> SQLite::execute(const QByteArray& sql)
         return {};
     const QString told = QString::fromUtf8(message ? message : sqlite3_errmsg(m_handle.get()));
     sqlite3_free(message);
-    return Failure(u"step: "_s + told);
+    return Failure(
+        u"step: "_s + told, sqlite3_errcode(m_handle.get()) == SQLITE_FULL ? ENOSPC : 0);
 }
 
 Result<SQLStatement> SQLite::prepare(const QByteArray& sql)
@@ -262,6 +266,19 @@ bool SQLite::hasTable(const QByteArray& name)
     const auto asked = each("SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?",
         {QString::fromUtf8(name)}, [&](const SQLRow&) { found = true; });
     return asked && found;
+}
+
+void SQLite::setTick(std::function<void()> tick)
+{
+    constexpr int instructions = 20'000; // a millisecond or two
+    m_tick = tick ? std::make_unique<std::function<void()>>(std::move(tick)) : nullptr;
+    sqlite3_progress_handler(
+        m_handle.get(), m_tick ? instructions : 0,
+        [](void* told) {
+            (*static_cast<std::function<void()>*>(told))();
+            return 0;
+        },
+        m_tick.get());
 }
 
 void SQLite::interrupt()

@@ -151,6 +151,10 @@ public:
 
     bool hasTable(const QByteArray& name);
 
+    // Called now and then while a statement runs, on its thread; it may not use the connection. None
+    // takes it away.
+    void setTick(std::function<void()> tick);
+
     // Ends a running statement from another thread.
     void interrupt();
 
@@ -164,6 +168,7 @@ private:
     SQLite() = default;
     Result<void> setUp();
 
+    std::unique_ptr<std::function<void()>> m_tick; // at a place of its own: the handle points to it
     std::unique_ptr<sqlite3, Close> m_handle;
 };
 
