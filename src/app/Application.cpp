@@ -76,6 +76,11 @@ Application::Application(TimedApplication& toolkit, LaunchOptions options, Libra
     , m_options(std::move(options))
     , m_opening(std::move(opening))
     , m_library(std::move(place), OpenMode::Application)
+    , m_journal(m_undoManager)
+    , m_edits(m_library, m_undoManager, m_journal)
+    , m_duplicates(m_edits)
+    , m_pageSaves(m_library)
+    , m_addFiles(m_edits)
     , m_canvas(m_library)
     , m_diskSync(m_library)
     , m_bus(std::make_unique<MessageBus>())
@@ -120,6 +125,8 @@ void Application::start()
     connect(m_window.get(), &MainWindow::switchLibraryWanted, this, &Application::chooseLibrary);
     connect(&m_canvas, &CanvasModel::openItem, this, &Application::openItem);
     connect(m_bus.get(), &MessageBus::received, this, &Application::received);
+    connect(&m_diskSync, &DiskSync::removedOnDisk, this, &Application::noteRemovals);
+    connect(&m_addFiles, &AddFiles::lookWanted, &m_diskSync, &DiskSync::start);
 
     if (!m_options.driverFile.isEmpty())
         m_driver = std::make_unique<TestDriver>(*this, m_options.driverFile);
@@ -158,8 +165,27 @@ void Application::libraryOpened()
     }
 }
 
+void Application::startJournal()
+{
+    m_journal.start({m_library.root(), databasePath(m_library.root()), false,
+        [this](const QString& id) {
+            const Node* node = m_library.node(id);
+            return node ? node->path : QString();
+        }});
+}
+
+// Nobody asked for it here, so it is a step apart from whatever the person is doing.
+void Application::noteRemovals(const std::map<QString, double>& times)
+{
+    m_journal.closeGesture();
+    m_journal.record(change::Trashed{times});
+    m_journal.setName(u"Move to Trash"_s);
+    m_journal.closeGesture();
+}
+
 void Application::startServices()
 {
+    startJournal();
     m_background.async([root = m_library.root()] {
         if (auto connection = SQLite::open(databasePath(root)))
             runDataSteps(*connection);
@@ -304,6 +330,8 @@ void Application::quit()
     // A field that is being edited gives up focus first, so that its edit is committed.
     if (QWidget* focused = QApplication::focusWidget())
         focused->clearFocus();
+    m_pageSaves.drain();
+    m_journal.quit();
     relaunchIfPending();
     // Queued: a stop that is asked for before the event loop runs counts as well.
     QMetaObject::invokeMethod(
@@ -406,6 +434,16 @@ QStringList Application::busyWith() const
     QStringList busy;
     if (!m_diskSync.isIdle())
         busy.append(u"disk"_s);
+    if (!m_addFiles.isIdle())
+        busy.append(u"arrivals"_s);
+    if (!m_duplicates.isIdle())
+        busy.append(u"duplicates"_s);
+    if (!m_pageSaves.isIdle())
+        busy.append(u"saves"_s);
+    if (!m_edits.isIdle())
+        busy.append(u"removals"_s);
+    if (m_journal.isWriting())
+        busy.append(u"journal"_s);
     if (m_library.isReloading())
         busy.append(u"reload"_s);
     if (!m_background.isIdle())

@@ -5,9 +5,13 @@
 #include "app/Defaults.h"
 #include "app/LaunchOptions.h"
 #include "canvas/CanvasModel.h"
+#include "disk/AddFiles.h"
 #include "disk/DiskSync.h"
 #include "interface/shell/MainWindow.h"
+#include "library/Duplicates.h"
+#include "library/Edits.h"
 #include "library/Library.h"
+#include "library/PageSaves.h"
 #include "platform/Appearance.h"
 #include "platform/MessageBus.h"
 
@@ -57,6 +61,11 @@ public:
     void quit();
 
     Library& library() { return m_library; }
+    Edits& edits() { return m_edits; }
+    Duplicates& duplicates() { return m_duplicates; }
+    AddFiles& addFiles() { return m_addFiles; }
+    UndoManager& undoManager() { return m_undoManager; }
+    UndoJournal& journal() { return m_journal; }
     CanvasModel& canvas() { return m_canvas; }
     MainWindow& window() { return *m_window; }
 
@@ -78,6 +87,8 @@ public:
 private:
     void libraryOpened();
     void startServices();
+    void startJournal();
+    void noteRemovals(const std::map<QString, double>& times);
     void tellProblem();
     void tellSecondCopy();
     void tellMissing();
@@ -100,6 +111,12 @@ private:
     std::future<LibraryOpening> m_opening;
     std::optional<LibraryOpening> m_opened;
     Library m_library;
+    UndoManager m_undoManager;
+    UndoJournal m_journal;
+    Edits m_edits;
+    Duplicates m_duplicates;
+    PageSaves m_pageSaves;
+    AddFiles m_addFiles;
     CanvasModel m_canvas;
     DiskSync m_diskSync;
     std::unique_ptr<MessageBus> m_bus;

@@ -73,6 +73,7 @@ TestDriver::TestDriver(Application& application, const QString& file, QObject* p
         return;
     addVerbs();
     addInputVerbs();
+    addEditVerbs();
     m_poll.setInterval(pollMs);
     connect(&m_poll, &QTimer::timeout, this, &TestDriver::poll);
     m_poll.start();
@@ -108,6 +109,8 @@ void TestDriver::runNext()
             continue;
         }
         const Answer given = verb->second(command);
+        // Commands are gestures of their own, however many the event loop finds at once.
+        m_application.undoManager().closeEventGroup();
         if (!given.isPending)
             answer(command, given);
     }

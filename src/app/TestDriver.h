@@ -44,11 +44,16 @@ private:
     void answer(const QJsonObject& command, const Answer& answer);
     void addVerbs();
     void addInputVerbs();
+    void addEditVerbs();
 
     Answer settle(const QJsonObject& arguments);
     void checkSettled();
     QJsonObject state() const;
     Answer open(const QJsonObject& arguments);
+    Answer make(const QJsonObject& arguments);
+    Answer move(const QJsonObject& arguments);
+    Answer place(const QJsonObject& arguments);
+    Answer undo(bool redoes);
     Answer mouse(const QJsonObject& arguments);
     Answer key(const QJsonObject& arguments);
     Answer wheel(const QJsonObject& arguments);

@@ -102,7 +102,7 @@ bool liesIn(const QString& path, const QString& folder)
 
 ArrivingItem arriving(const DiskPlan::Entry& entry)
 {
-    return {entry.path, entry.folder, entry.size, entry.modified, entry.inode};
+    return {entry.path, entry.folder, entry.size, entry.modified, entry.inode, {}};
 }
 
 // Adds the entry and, below a folder, all that was found there. What lies in a folder comes by
@@ -259,9 +259,9 @@ void takeFoldersFirst(
 }
 
 void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans,
-    const KnownRows& rows, Look look)
+    const KnownRows& rows, Round round)
 {
-    if (look == Look::Another && needsFoldersFirst(outcome, scans, rows)) {
+    if (round == Round::Another && needsFoldersFirst(outcome, scans, rows)) {
         takeFoldersFirst(pass, std::move(outcome), scans, rows);
         return;
     }
@@ -282,7 +282,7 @@ void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scan
 
 } // namespace
 
-Result<DiskPass> lookAtDisk(const QString& root, Look look, std::stop_token stop)
+Result<DiskPass> lookAtDisk(const QString& root, Round round, std::stop_token stop)
 {
     auto connection = SQLite::open(databasePath(root));
     if (!connection)
@@ -332,7 +332,7 @@ Result<DiskPass> lookAtDisk(const QString& root, Look look, std::stop_token stop
     auto outcome = DiskPlan::compare(
         *scans, known.live, known.trashed, folderKeys, DiskPlan::Pass::Structural, pass.nameCase);
     DiskPlan::followOutOfRemovedFolders(outcome, known.live, pass.nameCase);
-    takeOutcome(pass, std::move(outcome), *scans, known, look);
+    takeOutcome(pass, std::move(outcome), *scans, known, round);
     measurePictures(pass, root);
     return pass;
 }

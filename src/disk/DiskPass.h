@@ -30,8 +30,8 @@ struct DiskPass
 };
 
 // Whether another look can follow. What only that one could tell is otherwise taken as it is now.
-enum class Look { Another, Last };
+enum class Round { Another, Last };
 
-Result<DiskPass> lookAtDisk(const QString& root, Look look, std::stop_token stop);
+Result<DiskPass> lookAtDisk(const QString& root, Round round, std::stop_token stop);
 
 } // namespace corvelle

@@ -82,6 +82,7 @@ struct DiskSync::Apply
     size_t next = 0;
     QHash<QString, NextFreePlace> places; // by folder, of the cards that moved there in this pass
     std::vector<std::pair<QString, DiskPlan::Entry>> identities;
+    std::map<QString, double> removed;
 };
 
 DiskSync::DiskSync(Library& library, QObject* parent)
@@ -113,9 +114,9 @@ void DiskSync::start()
 void DiskSync::runPass()
 {
     m_running = true;
-    const Look look = m_rounds + 1 < mostRounds ? Look::Another : Look::Last;
-    m_queue.run([root = m_library.root(), look,
-                    stop = m_stop.get_token()] { return lookAtDisk(root, look, stop); },
+    const Round round = m_rounds + 1 < mostRounds ? Round::Another : Round::Last;
+    m_queue.run([root = m_library.root(), round,
+                    stop = m_stop.get_token()] { return lookAtDisk(root, round, stop); },
         this, [this](Result<DiskPass> pass) { took(std::move(pass)); });
 }
 
@@ -154,6 +155,8 @@ void DiskSync::applySlice()
         }
     }
     writeIdentities();
+    if (!m_apply->removed.empty())
+        emit removedOnDisk(m_apply->removed);
     if (m_apply->pass.arriving.empty())
         endApply();
     else
@@ -387,6 +390,7 @@ void DiskSync::removed(const QString& id)
         if (node.kind == NodeKind::Folder)
             m_library.reload(); // the paths below it
     }
+    m_apply->removed[id] = *node.deletedAt;
     const SeenFile seen = m_library.tree().seen(id);
     m_library.took({{std::move(node), seen}});
 }

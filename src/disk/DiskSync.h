@@ -16,6 +16,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <map>
 #include <memory>
 #include <stop_token>
 
@@ -38,6 +39,8 @@ public:
 signals:
     // Nothing is under way any more.
     void finished();
+    // These were gone from the disk and are in the Trash since those times.
+    void removedOnDisk(const std::map<QString, double>& times);
 
 private:
     struct Apply; // a pass that is being carried out

@@ -72,6 +72,26 @@ public:
         : m_job(std::move(job))
     {}
 
+    // The ids of all rows that were written, and of those whose items had a place.
+    const std::vector<QString>& written() const { return m_written; }
+    const std::vector<QString>& placed() const { return m_placed; }
+
+    Result<void> takeBack()
+    {
+        auto connection = SQLite::open(databasePath(m_job.root));
+        if (!connection)
+            return connection.failure();
+        return connection->transaction([&]() -> Result<void> {
+            auto gone = connection->prepare("DELETE FROM nodes WHERE id = ?");
+            if (!gone)
+                return gone.failure();
+            for (const QString& id : m_written)
+                if (auto done = gone->run({id}); !done)
+                    return done;
+            return {};
+        });
+    }
+
     // Calls `took` with each batch that stands in the table. Ends early when `stopping` turns true.
     template<class Took>
     Result<void> run(const std::atomic<bool>& stopping, std::atomic<bool>& pathsGivenUp, Took took)
@@ -89,6 +109,11 @@ public:
                 return written;
             if (m_gavePathUp)
                 pathsGivenUp = true;
+            for (const auto& [node, seen] : batch) {
+                m_written.push_back(node.id);
+                if (m_withPlace.contains(node.id))
+                    m_placed.push_back(node.id);
+            }
             took(std::move(batch));
         }
         return {};
@@ -120,12 +145,15 @@ private:
             node.byteSize = item.size;
             seen.modified = item.modified;
             if (node.isPicture())
-                if (const auto size = pictureSize(m_job.root + u'/' + item.path)) {
+                if (const auto size = pictureSize(
+                        node.isLinked() ? item.path : m_job.root + u'/' + item.path)) {
                     node.width = size->width();
                     node.height = size->height();
                 }
         }
-        const QPointF place = receiver.places.next();
+        const QPointF place = item.place ? *item.place : receiver.places.next();
+        if (item.place)
+            m_withPlace.insert(node.id);
         node.x = place.x();
         node.y = place.y();
         if (item.folder)
@@ -159,7 +187,7 @@ private:
                         break;
                     if (taken->row().isNull(1))
                         live = taken->row().text(0);
-                    else
+                    else if (!node.isLinked()) // outside, both may name the same file
                         trashed.emplace_back(taken->row().text(0), nodeKind(taken->row().text(2)));
                 }
                 m_gavePathUp |= !trashed.empty();
@@ -183,6 +211,8 @@ private:
     Job m_job;
     FileTypes m_types;
     bool m_gavePathUp = false;
+    std::vector<QString> m_written, m_placed;
+    QSet<QString> m_withPlace;
     QHash<QString, QString>
         m_others; // ids that we would have given, to those that another process gave
 };
@@ -200,12 +230,15 @@ Arrivals::~Arrivals()
     m_stopping = true;
 }
 
-void Arrivals::bringIn(
-    std::vector<ArrivingItem> items, const QHash<QString, QString>& folders, NameCase nameCase)
+void Arrivals::bringIn(std::vector<ArrivingItem> items, const QHash<QString, QString>& folders,
+    NameCase nameCase, std::function<void(const Arrived&)> done)
 {
     Q_ASSERT(onMainThread());
-    if (items.empty() || m_library.tree().spaces().empty())
+    if (items.empty() || m_library.tree().spaces().empty()) {
+        if (done)
+            done({});
         return;
+    }
     Job job;
     job.root = m_library.root();
     job.spaceID = m_library.tree().spaces().front().id;
@@ -233,14 +266,28 @@ void Arrivals::bringIn(
     m_total += static_cast<int>(items.size());
     job.items = std::move(items);
 
-    m_queue.async([this, job = std::move(job), guard = QPointer<QObject>(this)]() mutable {
-        const auto done = Worker(std::move(job)).run(m_stopping, m_pathsGivenUp, [&](auto batch) {
+    m_queue.async([this, job = std::move(job), done = std::move(done),
+                      guard = QPointer<QObject>(this)]() mutable {
+        Worker worker(std::move(job));
+        const auto written = worker.run(m_stopping, m_pathsGivenUp, [&](auto batch) {
             SerialQueue::onMain(
                 guard, [this, batch = std::move(batch)]() mutable { took(std::move(batch)); });
         });
-        if (!done)
-            logLine(u"import: "_s + done.failure().sentence());
-        SerialQueue::onMain(guard, [this] { ended(); });
+        if (!written)
+            logLine(u"import: "_s + written.failure().sentence());
+        const bool takesBack = done && !written;
+        if (takesBack)
+            if (const auto back = worker.takeBack(); !back)
+                logLine(
+                    u"import, taking back what was written: "_s + back.failure().sentence());
+        SerialQueue::onMain(guard, [this, done = std::move(done), takesBack,
+                                       ids = worker.written(), placed = worker.placed()] {
+            if (takesBack)
+                m_library.tookAway(ids);
+            ended();
+            if (done)
+                done({takesBack ? std::vector<QString>() : placed, takesBack});
+        });
     });
 }
 

@@ -13,6 +13,8 @@
 #include <QElapsedTimer>
 
 #include <atomic>
+#include <functional>
+#include <optional>
 #include <vector>
 
 namespace corvelle {
@@ -20,11 +22,19 @@ namespace corvelle {
 // One file or folder on disk that has no node.
 struct ArrivingItem
 {
-    QString path; // relative to the root
+    QString path; // relative to the root; absolute for what is linked from outside
     bool folder = false;
     qint64 size = 0;
     double modified = distantPast;
     quint64 fileID = 0;
+    std::optional<QPointF> place; // of its card; none: the next free one in its folder
+};
+
+// What became of the items that somebody waits for.
+struct Arrived
+{
+    std::vector<QString> placed; // the ids of those that had a place
+    bool failed = false;         // and all that was written has been taken back
 };
 
 class Arrivals : public QObject
@@ -37,9 +47,10 @@ public:
 
     // Makes nodes of the items, a folder before what lies in it. `folders` tells the nodes of the
     // folders that are there already: path key to id, an empty id for a space's folder. An item
-    // whose parent is neither among them nor among the items is passed over. Returns at once.
-    void bringIn(
-        std::vector<ArrivingItem> items, const QHash<QString, QString>& folders, NameCase nameCase);
+    // whose parent is neither among them nor among the items is passed over. Returns at once. With
+    // `done` it is all or nothing, and `done` hears the end; without, what could be written stays.
+    void bringIn(std::vector<ArrivingItem> items, const QHash<QString, QString>& folders,
+        NameCase nameCase, std::function<void(const Arrived&)> done = {});
 
     bool isIdle() const { return m_running == 0; }
 

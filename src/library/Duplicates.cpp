@@ -57,12 +57,8 @@ SeenFile seenAt(const QString& path)
 QPointF placeBeside(const Library& library, const Node& from)
 {
     std::vector<QRectF> taken;
-    for (const QString& id : library.children(from.parentID)) {
-        const Node& card = *library.node(id);
-        const QSizeF size = cardSize(card);
-        taken.emplace_back(
-            QPointF(card.x - size.width() / 2, card.y - size.height() / 2), size);
-    }
+    for (const QString& id : library.children(from.parentID))
+        taken.push_back(cardRect(*library.node(id)));
     const QSizeF size = cardSize(from);
     return freeSpot(besideCard(QPointF(from.x, from.y), size),
         QSizeF(size.width() + freeSpotMargin, size.height() + freeSpotMargin), taken);

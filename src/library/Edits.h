@@ -57,6 +57,10 @@ public:
     // a folder that would land in itself is passed over. Those that went.
     std::vector<QString> move(const std::vector<Target>& items, const QString& parent);
 
+    // The same, laid out around a point: each at the free spot nearest to it.
+    std::vector<QString> moveTo(
+        const std::vector<QString>& ids, const QString& parent, QPointF point);
+
     void setColor(const std::vector<QString>& ids, NodeColor color);
     // None for a null text.
     void setIcon(const QString& id, const QString& icon);

@@ -1,6 +1,7 @@
 // Moving into other folders, into the Trash and back.
 #include "library/Edits.h"
 
+#include "base/CardPlacement.h"
 #include "base/Clock.h"
 #include "base/Log.h"
 #include "base/MainThread.h"
@@ -84,6 +85,26 @@ std::vector<QString> Edits::move(const std::vector<Target>& items, const QString
         m_journal.setName(u"Move"_s);
     }
     return went;
+}
+
+std::vector<QString> Edits::moveTo(
+    const std::vector<QString>& ids, const QString& parent, QPointF point)
+{
+    const QSet<QString> moving(ids.begin(), ids.end());
+    std::vector<QRectF> taken;
+    for (const QString& id : m_library.children(parent))
+        if (!moving.contains(id))
+            taken.push_back(cardRect(*m_library.node(id)));
+    std::vector<Target> items;
+    for (const QString& id : ids)
+        if (const Node* node = m_library.node(id)) {
+            const QSizeF size =
+                cardSize(*node) + QSizeF(freeSpotMargin, freeSpotMargin);
+            const QPointF centre = freeSpot(point, size, taken);
+            taken.emplace_back(centre - QPointF(size.width() / 2, size.height() / 2), size);
+            items.push_back({id, centre});
+        }
+    return move(items, parent);
 }
 
 Result<void> Edits::moveOne(const Node& from, const Place& place, LongWork& work)

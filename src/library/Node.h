@@ -4,6 +4,7 @@
 #include "base/Clock.h"
 #include "base/NodeKind.h"
 
+#include <QRectF>
 #include <QSizeF>
 #include <QString>
 
@@ -43,6 +44,7 @@ struct Node
 
 // The size of its card, in canvas points.
 QSizeF cardSize(const Node& node);
+QRectF cardRect(const Node& node);
 
 struct Space
 {
