@@ -82,6 +82,7 @@ Application::Application(TimedApplication& toolkit, LaunchOptions options, Libra
     , m_pageSaves(m_library)
     , m_addFiles(m_edits)
     , m_canvas(m_library)
+    , m_commands(m_canvas, m_edits, m_undoManager, m_duplicates, m_addFiles, m_pageSaves)
     , m_diskSync(m_library)
     , m_bus(std::make_unique<MessageBus>())
     , m_background(u"corvelle.background"_s)
@@ -113,7 +114,8 @@ void Application::start()
     installCanvasAccessibility();
     takeAppearance();
     connect(&m_appearance, &Appearance::changed, this, &Application::takeAppearance);
-    m_window = std::make_unique<MainWindow>(m_canvas, m_options.showsScratchNote());
+    m_window = std::make_unique<MainWindow>(
+        m_canvas, m_commands, m_options.showsScratchNote());
     m_window->canvasView().setShowsDots(m_defaults.showsDots());
     if (m_options.probeMs)
         m_window->probe(*m_options.probeMs);
@@ -424,7 +426,7 @@ void Application::openItem(const QString& id)
 
 void Application::closeOverlay()
 {
-    m_window->closeAlert();
+    m_window->closeOverlays();
 }
 
 // ---- for the test driver ----

@@ -4,6 +4,7 @@
 
 #include "app/Defaults.h"
 #include "app/LaunchOptions.h"
+#include "canvas/CanvasCommands.h"
 #include "canvas/CanvasModel.h"
 #include "disk/AddFiles.h"
 #include "disk/DiskSync.h"
@@ -118,6 +119,7 @@ private:
     PageSaves m_pageSaves;
     AddFiles m_addFiles;
     CanvasModel m_canvas;
+    CanvasCommands m_commands;
     DiskSync m_diskSync;
     std::unique_ptr<MessageBus> m_bus;
     std::unique_ptr<MainWindow> m_window;

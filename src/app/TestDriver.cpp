@@ -267,7 +267,9 @@ QJsonObject TestDriver::state() const
         {u"lastFailure"_s,
             library.lastFailure().isEmpty() ? QJsonValue() : QJsonValue(library.lastFailure())},
         {u"revision"_s, library.revision()},
-        {u"editing"_s, false},
+        {u"editing"_s, m_application.window().canvasView().isEditing()},
+        {u"trashOpen"_s, m_application.window().showsTrash()},
+        {u"menu"_s, m_application.window().menuJson()},
         {u"toasts"_s, m_application.window().toastsJson()},
     };
     if (const auto alert = m_application.window().alertJson())

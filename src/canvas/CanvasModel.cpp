@@ -86,6 +86,7 @@ void CanvasModel::enter(QString folderID)
     m_focus = left && left->parentID == folderID ? left->id : QString();
     m_folderID = std::move(folderID);
     m_selection.clear();
+    endRenaming();
     m_needsCamera = true;
     placeCards();
     emit folderChanged();
@@ -245,6 +246,8 @@ void CanvasModel::takeTreeChange(const TreeChange& change)
                 m_focus.clear();
             emit selectionChanged();
         }
+        if (!m_renaming.isEmpty() && gone(m_renaming))
+            endRenaming();
         emit cardsChanged();
         if (wasEmpty && !m_cards.empty()) {
             m_needsCamera = true;
@@ -269,14 +272,14 @@ const PlacedCard* CanvasModel::card(const QString& key) const
     return index == m_indexes.cend() ? nullptr : &m_cards[static_cast<size_t>(*index)];
 }
 
-QString CanvasModel::cardAt(QPointF screen) const
+QString CanvasModel::cardAt(QPointF screen, const QSet<QString>& except) const
 {
     const QPointF point = toCanvas(screen, m_camera, m_viewport);
     QString found;
     bool foundSelected = false;
     for (const int index : m_grid.meeting(QRectF(point - QPointF(0.5, 0.5), QSizeF(1, 1)))) {
         const PlacedCard& card = m_cards[static_cast<size_t>(index)];
-        if (!card.rect().contains(point))
+        if (!card.rect().contains(point) || except.contains(card.key))
             continue;
         const bool selected = m_selection.contains(card.key);
         if (selected || !foundSelected) {
@@ -407,6 +410,24 @@ std::optional<Camera> CanvasModel::bringIntoView(const QSet<QString>& keys) cons
     if (onScreen.width() <= safe.width() && onScreen.height() <= safe.height())
         return Camera{box.center().x(), box.center().y(), m_camera.zoom};
     return fitted(wanted, m_viewport);
+}
+
+void CanvasModel::startRenaming(const QString& key)
+{
+    if (!card(key) || key == m_renaming)
+        return;
+    if (const auto camera = bringIntoView({key}))
+        setCamera(*camera);
+    m_renaming = key;
+    emit renamingChanged();
+}
+
+void CanvasModel::endRenaming()
+{
+    if (m_renaming.isEmpty())
+        return;
+    m_renaming.clear();
+    emit renamingChanged();
 }
 
 void CanvasModel::openCard(const QString& key)

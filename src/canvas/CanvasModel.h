@@ -100,7 +100,9 @@ public:
     // Indexes of the cards that meet a rectangle of the canvas, in drawing order.
     std::vector<int> cardsMeeting(const QRectF& rect) const { return m_grid.meeting(rect); }
     // The card at a point of the screen: selected cards first, later cards over earlier ones.
-    QString cardAt(QPointF screen) const;
+    QString cardAt(QPointF screen) const { return cardAt(screen, {}); }
+    // The same, as if the excepted cards weren't there.
+    QString cardAt(QPointF screen, const QSet<QString>& except) const;
     int childCount(const QString& folder) const;
     std::vector<FolderPeek> peeks(const QString& folder) const; // of its first three children
 
@@ -116,6 +118,12 @@ public:
     void moveSelection(Direction direction, bool extend);
     // The camera that shows the cards, or none when they are in view.
     std::optional<Camera> bringIntoView(const QSet<QString>& keys) const;
+
+    // ---- renaming ----
+    // The card whose title is being edited; empty when none.
+    const QString& renaming() const { return m_renaming; }
+    void startRenaming(const QString& key);
+    void endRenaming();
 
     // Opens what the card stands for: a folder here, anything else by openItem().
     void openCard(const QString& key);
@@ -133,6 +141,7 @@ signals:
     void glideWanted(const corvelle::Camera& camera);
     // The person opened something that is no folder.
     void openItem(const QString& id);
+    void renamingChanged();
 
 private:
     void enter(QString
@@ -163,6 +172,7 @@ private:
 
     QSet<QString> m_selection;
     QString m_focus;
+    QString m_renaming;
 };
 
 } // namespace corvelle

@@ -1,5 +1,8 @@
 #include "canvas/Gestures.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace corvelle {
 
 namespace {
@@ -36,6 +39,66 @@ void MarqueeGesture::move(QPointF to)
             keys.insert(key);
     }
     m_model.select(keys);
+}
+
+// ---- carrying cards ----
+
+DragGesture::DragGesture(CanvasModel& model, QString lead, QPointF start)
+    : m_model(model)
+    , m_lead(std::move(lead))
+    , m_keys(model.selection())
+    , m_start(toCanvas(start, model.camera(), model.viewport()))
+    , m_startScreen(start)
+    , m_at(start)
+{
+    m_keys.insert(m_lead);
+    for (const QString& key : std::as_const(m_keys))
+        if (const PlacedCard* card = model.card(key))
+            m_origins[key] = card->centre;
+}
+
+bool DragGesture::move(QPointF to)
+{
+    constexpr double clickReach = 3;
+    m_at = to;
+    const QPointF way = to - m_startScreen;
+    m_moved = m_moved || std::hypot(way.x(), way.y()) >= clickReach;
+    if (m_moved)
+        m_offset = toCanvas(to, m_model.camera(), m_model.viewport()) - m_start;
+    return m_moved;
+}
+
+bool DragGesture::accepts(const QString& folder) const
+{
+    if (folder == m_model.folderID())
+        return false;
+    const auto above = m_model.library().tree().ancestors(folder);
+    return std::none_of(
+        above.begin(), above.end(), [this](const QString& id) { return m_keys.contains(id); });
+}
+
+QString DragGesture::dropTarget() const
+{
+    const QString key = m_model.cardAt(m_at, m_keys);
+    const Node* node = m_model.library().node(key);
+    return node && node->kind == NodeKind::Folder && accepts(key) ? key : QString();
+}
+
+std::map<QString, QPointF> DragGesture::places() const
+{
+    std::map<QString, QPointF> places;
+    for (const auto& [key, origin] : m_origins)
+        places[key] = origin + m_offset;
+    return places;
+}
+
+std::vector<QString> DragGesture::ids() const
+{
+    std::vector<QString> ids;
+    for (const PlacedCard& card : m_model.cards())
+        if (m_keys.contains(card.key))
+            ids.push_back(card.key);
+    return ids;
 }
 
 } // namespace corvelle

@@ -4,6 +4,8 @@
 
 #include "canvas/CanvasModel.h"
 
+#include <map>
+
 namespace corvelle {
 
 // Drags the plane: the point under the pointer stays under it.
@@ -49,6 +51,42 @@ private:
     QPointF m_start;
     QSet<QString> m_before, m_base;
     QRectF m_rect;
+};
+
+// Carries the selected cards. Nothing is written before the end, and then by its owner.
+class DragGesture
+{
+public:
+    DragGesture(CanvasModel& model, QString lead, QPointF start);
+
+    // Whether the pointer has left the few points that still are a click.
+    bool move(QPointF to);
+    bool hasMoved() const { return m_moved; }
+
+    const QString& lead() const { return m_lead; } // the card that was pressed
+    const QSet<QString>& keys() const { return m_keys; }
+    QPointF pointer() const { return m_at; }   // on the screen
+    QPointF offset() const { return m_offset; } // in points of the canvas
+
+    // The folder card under the pointer that takes what is carried; empty when none.
+    QString dropTarget() const;
+    // Whether a folder can take what is carried: not the open one, none of them, nothing below them.
+    bool accepts(const QString& folder) const;
+
+    // Where the cards lie when they are let go on the canvas.
+    std::map<QString, QPointF> places() const;
+    // In the order of the folder.
+    std::vector<QString> ids() const;
+
+private:
+    CanvasModel& m_model;
+    QString m_lead;
+    QSet<QString> m_keys;
+    std::map<QString, QPointF> m_origins;
+    QPointF m_start;  // of the press, on the canvas
+    QPointF m_startScreen, m_at;
+    QPointF m_offset;
+    bool m_moved = false;
 };
 
 } // namespace corvelle

@@ -81,6 +81,7 @@ CanvasView::CanvasView(CanvasModel& model, QWidget* parent)
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAccessibleName(u"Canvas"_s);
+    setAcceptDrops(true);
 
     m_rest.setSingleShot(true);
     m_rest.setInterval(restAfterMs);
@@ -105,6 +106,10 @@ CanvasView::CanvasView(CanvasModel& model, QWidget* parent)
         update();
     });
     connect(&m_model, &CanvasModel::glideWanted, this, &CanvasView::glideTo);
+    connect(&m_model, &CanvasModel::renamingChanged, this, &CanvasView::takeRenaming);
+    connect(&m_model, &CanvasModel::cardsChanged, this, &CanvasView::placeField);
+    m_edgeScroll.setInterval(16);
+    connect(&m_edgeScroll, &QTimer::timeout, this, &CanvasView::tickEdgeScroll);
     connect(&m_faces, &FaceStore::drawn, this, &CanvasView::updateCard);
 }
 
@@ -141,6 +146,7 @@ void CanvasView::cameraChanged()
         m_rest.start();
     if (!m_pointed.isEmpty())
         setPointed({});
+    placeField();
     update();
     emit zoomLabelChanged();
 }
@@ -217,7 +223,7 @@ FaceRequest CanvasView::describe(const QString& key) const
     CardFace& face = request.face;
     face.kind = faceKind(node);
     face.size = m_model.card(key)->size;
-    face.title = node.title;
+    face.title = node.icon.isEmpty() ? node.title : node.icon + u' ' + node.title;
     face.color = node.color;
     switch (face.kind) {
     case CardFace::Kind::Folder:
@@ -290,6 +296,8 @@ void CanvasView::paintEvent(QPaintEvent* event)
     bool allHaveFaces = true;
     for (const int index : m_model.cardsMeeting(onCanvas)) {
         const PlacedCard& card = m_model.cards()[static_cast<size_t>(index)];
+        if (m_drag && m_drag->hasMoved() && m_drag->keys().contains(card.key))
+            continue; // above all others, where the pointer has them
         if (m_model.selection().contains(card.key))
             selected.push_back(&card);
         else
@@ -298,6 +306,9 @@ void CanvasView::paintEvent(QPaintEvent* event)
     for (const PlacedCard* card : selected)
         allHaveFaces &= paintCard(painter, *card);
     paintRings(painter);
+    paintTarget(painter);
+    paintCarried(painter);
+    paintPlacing(painter);
     if (m_marquee && !m_marquee->rect().isNull()) {
         painter.setPen(QPen(colors().marqueeEdge, 1));
         painter.setBrush(colors().marqueeFill);
@@ -330,12 +341,27 @@ bool CanvasView::paintCard(QPainter& painter, const PlacedCard& card)
     const bool pointed = card.key == m_pointed;
     if (pointed)
         paintHoverLift(painter, rect, kind, scale, colors());
+    const bool hasFace = paintFace(painter, card, rect);
+    if (pointed) {
+        paintHover(painter, rect, kind, scale, colors());
+        if (m_commands && detailAt(scale) != Detail::Far)
+            paintMoreButton(painter, rect, kind, node.color, scale, colors());
+    }
+    return hasFace;
+}
 
+// The face as it was drawn last, at any size.
+bool CanvasView::paintFace(QPainter& painter, const PlacedCard& card, const QRectF& rect)
+{
+    const Node& node = *m_model.library().node(card.key);
+    const CardFace::Kind kind = faceKind(node);
+    const double scale = rect.width() / card.size.width();
+    const bool inPlace = rect == cardOnScreen(card);
     const FaceStore::Face face = m_faces.face(card.key);
     if (face.image.isNull()) {
         plainCard(painter, rect, kind, node.color, scale, colors());
-    } else if (face.scale == scale && m_model.isAtRest()) {
-        const int margin = faceMargin(scale);
+    } else if (inPlace && face.scale == m_model.camera().scale() && m_model.isAtRest()) {
+        const int margin = faceMargin(face.scale);
         painter.drawImage(rect.topLeft() - QPointF(margin, margin), face.image);
     } else {
         const double ratio = scale / face.scale;
@@ -344,8 +370,6 @@ bool CanvasView::paintCard(QPainter& painter, const PlacedCard& card)
                               face.image.deviceIndependentSize() * ratio),
             face.image);
     }
-    if (pointed)
-        paintHover(painter, rect, kind, scale, colors());
     return !face.image.isNull();
 }
 
@@ -362,7 +386,8 @@ void CanvasView::paintRings(QPainter& painter)
             paintRing(painter, rect, faceKind(*m_model.library().node(key)), scale, colors(), kind);
     };
     for (const QString& key : m_model.selection())
-        ring(key, Ring::Selected);
+        if (!m_drag || !m_drag->hasMoved())
+            ring(key, Ring::Selected);
     if (hasFocus() && !m_model.focus().isEmpty() && !m_model.selection().contains(m_model.focus()))
         ring(m_model.focus(), Ring::Focused);
 }
@@ -461,6 +486,15 @@ void CanvasView::mousePressEvent(QMouseEvent* event)
         return;
     }
     const QString key = m_model.cardAt(at);
+    if (m_commands && !key.isEmpty() && detailAt(m_model.camera().scale()) != Detail::Far &&
+        moreButton(cardOnScreen(*m_model.card(key)), faceKind(*m_model.library().node(key)),
+            m_model.camera().scale())
+            .contains(at)) {
+        emit menuWanted(key, at.toPoint());
+        return;
+    }
+    m_pressedCard = key;
+    m_pressedAt = at;
     if (key.isEmpty()) {
         if (!adds(event->modifiers()))
             m_model.select({});
@@ -484,9 +518,15 @@ void CanvasView::mouseMoveEvent(QMouseEvent* event)
         setPointed(m_model.cardAt(at));
         return;
     }
+    if (m_ignoresPress || m_dragCalledOff)
+        return;
     QElapsedTimer time;
     time.start();
-    if (m_pan) {
+    if (m_drag || (!m_pressedCard.isEmpty() && m_commands)) {
+        if (!m_drag)
+            startDrag(m_pressedAt);
+        moveDrag(at);
+    } else if (m_pan) {
         m_pan->move(at);
     } else if (m_marquee) {
         m_marquee->move(at);
@@ -501,8 +541,13 @@ void CanvasView::mouseReleaseEvent(QMouseEvent* event)
         m_ignoresPress = false;
         return;
     }
-    const QString pressed = m_pressed;
+    if (m_drag && m_drag->hasMoved()) {
+        endDrag();
+        return;
+    }
+    const QString pressed = m_dragCalledOff ? QString() : m_pressed;
     callOffGestures();
+    m_dragCalledOff = false;
     if (!pressed.isEmpty() && event->button() == Qt::LeftButton)
         m_model.click(pressed, false);
     update();
@@ -543,6 +588,8 @@ void CanvasView::callOffGestures()
     m_pan.reset();
     m_marquee.reset();
     m_pressed.clear();
+    m_pressedCard.clear();
+    callOffDrag();
     setCursor(m_spaceHeld ? Qt::OpenHandCursor : Qt::ArrowCursor);
 }
 
@@ -641,7 +688,13 @@ void CanvasView::keyPressEvent(QKeyEvent* event)
         }
         return;
     }
-    if (zoomKey(event))
+    if (m_drag && event->key() == Qt::Key_Escape) {
+        callOffGestures();
+        m_dragCalledOff = true;
+        update();
+        return;
+    }
+    if (zoomKey(event) || editKey(event))
         return;
     if (event->modifiers() == Qt::ControlModifier && event->key() == Qt::Key_A) {
         m_model.selectAll();

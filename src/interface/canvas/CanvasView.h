@@ -5,15 +5,29 @@
 #include "canvas/Gestures.h"
 #include "interface/canvas/FaceStore.h"
 #include "interface/canvas/FrameMeter.h"
+#include "interface/widgets/TitleField.h"
 
 #include <QElapsedTimer>
+#include <QPointer>
 #include <QTimer>
 #include <QWidget>
 
+#include <functional>
 #include <optional>
 #include <utility>
 
 namespace corvelle {
+
+class CanvasCommands;
+
+// A place in the chrome that takes dragged cards to a folder above.
+struct UpTarget
+{
+    QString folder; // empty at the top of the space
+    QString name;
+
+    bool operator==(const UpTarget&) const = default;
+};
 
 class CanvasView : public QWidget
 {
@@ -24,6 +38,18 @@ public:
     ~CanvasView() override;
 
     CanvasModel& model() const { return m_model; }
+
+    // Without them the canvas shows and changes nothing.
+    void setCommands(CanvasCommands* commands) { m_commands = commands; }
+    // Tells which place of the chrome lies under a point of this view; none elsewhere. Asked with no
+    // value when a drag has ended.
+    using FindUpTarget = std::function<std::optional<UpTarget>(std::optional<QPointF> at)>;
+    void setUpTargets(FindUpTarget find) { m_findUpTarget = std::move(find); }
+
+    // A card that is being dragged out of the dock, at a point of this view; none: no more.
+    void showPlacing(std::optional<NodeKind> kind, QPointF at = {});
+
+    bool isEditing() const { return m_field; }
 
     void setScheme(Scheme scheme);
     void setShowsDots(bool shows);
@@ -51,6 +77,10 @@ public:
 
 signals:
     void zoomLabelChanged();
+    // A menu is wanted, at a point of this view; of a card when the key isn't empty.
+    void menuWanted(const QString& key, QPoint at);
+    // A drag from outside that can't be taken.
+    void dropRefused();
 
 protected:
     bool event(QEvent* event) override;
@@ -66,6 +96,11 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void leaveEvent(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     struct Glide
@@ -81,6 +116,7 @@ private:
     void wantFaces();
     void noteFirstCards(bool allHaveFaces);
     bool paintCard(QPainter& painter, const PlacedCard& card);
+    bool paintFace(QPainter& painter, const PlacedCard& card, const QRectF& rect);
     void paintRings(QPainter& painter);
     void paintFarHint(QPainter& painter);
     QRectF cardOnScreen(const PlacedCard& card) const;
@@ -90,6 +126,24 @@ private:
     void updateCard(const QString& key);
     void callOffGestures();
     void announceFocus();
+    // ---- carrying, dropping, renaming: CanvasDrag.cpp ----
+    void startDrag(QPointF at);
+    void moveDrag(QPointF at);
+    void findTargets();
+    void endDrag();
+    void callOffDrag();
+    void tickEdgeScroll();
+    void dragOut();
+    QRectF carriedOnScreen(const PlacedCard& card) const;
+    void paintCarried(QPainter& painter);
+    void paintTarget(QPainter& painter);
+    void paintPlacing(QPainter& painter);
+    void paintHint(QPainter& painter, const QString& words, QPointF at);
+    void takeRenaming();
+    void placeField();
+    bool editKey(QKeyEvent* event);
+    QString folderCardAt(QPointF at) const;
+
     bool zoomKey(QKeyEvent* event);
     bool selectionKey(QKeyEvent* event);
     const Palette& colors() const { return corvelle::palette(m_scheme); }
@@ -107,6 +161,19 @@ private:
     std::optional<PanGesture> m_pan;
     std::optional<MarqueeGesture> m_marquee;
     bool m_spaceHeld = false;
+    CanvasCommands* m_commands = nullptr;
+    FindUpTarget m_findUpTarget;
+    std::optional<DragGesture> m_drag;
+    std::optional<UpTarget> m_upTarget;
+    QString m_dropTarget;         // the folder card that takes what is dragged
+    bool m_dragCalledOff = false; // the rest of this press does nothing
+    bool m_outsideDrag = false;   // one from another program is over the canvas
+    QPointF m_outsideAt;
+    QTimer m_edgeScroll;
+    std::optional<std::pair<NodeKind, QPointF>> m_placing;
+    QPointer<TitleField> m_field;
+    QString m_pressedCard; // under the held button
+    QPointF m_pressedAt;
     QString m_pressed;           // the card whose plain press waits for its release
     bool m_ignoresPress = false; // the rest of a double click
     QString m_pointed;

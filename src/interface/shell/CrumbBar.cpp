@@ -70,7 +70,7 @@ CrumbBar::CrumbBar(CanvasModel& model, QWidget* parent)
     m_back->setName(u"Back"_s, QKeySequence(u"Alt+Left"_s).toString(QKeySequence::NativeText));
     m_forward->setName(
         u"Forward"_s, QKeySequence(u"Alt+Right"_s).toString(QKeySequence::NativeText));
-    connect(m_back, &QAbstractButton::clicked, &model, &CanvasModel::goBack);
+    connect(m_back, &QAbstractButton::clicked, this, &CrumbBar::goBack);
     connect(m_forward, &QAbstractButton::clicked, &model, &CanvasModel::goForward);
     connect(&model, &CanvasModel::folderChanged, this, &CrumbBar::rebuild);
     connect(&model.library(), &Library::treeChanged, this, [this](const TreeChange& change) {
@@ -90,11 +90,48 @@ void CrumbBar::setMostWidth(int pixels)
     rebuild();
 }
 
+void CrumbBar::setOverlay(const QString& name)
+{
+    m_overlay = name;
+    rebuild();
+}
+
+void CrumbBar::goBack()
+{
+    if (m_overlay.isEmpty())
+        m_model.goBack();
+    else
+        emit overlayLeft();
+}
+
+std::optional<CrumbBar::Target> CrumbBar::targetAt(std::optional<QPoint> at)
+{
+    std::optional<Target> found;
+    const auto test = [&](QWidget* widget, const QString& folder) {
+        auto* button = qobject_cast<BarButton*>(widget);
+        if (!button)
+            return;
+        const bool hit = at && !found && widget->geometry().contains(*at);
+        if (hit) {
+            const Node* node = m_model.library().node(folder);
+            found = Target{folder, node ? node->title : u"Home"_s};
+        }
+        button->setTargeted(hit && folder != m_model.folderID());
+    };
+    const Node* here = m_model.library().node(m_model.folderID());
+    if (here)
+        test(m_back, here->parentID);
+    for (QWidget* crumb : m_crumbs)
+        test(crumb, crumb->property("folder").toString());
+    return found;
+}
+
 void CrumbBar::rebuild()
 {
-    m_back->setEnabled(m_model.canGoBack());
-    m_forward->setEnabled(m_model.canGoForward());
-    const std::vector<QString> path = m_model.crumbs();
+    m_back->setEnabled(m_model.canGoBack() || !m_overlay.isEmpty());
+    m_forward->setEnabled(m_model.canGoForward() && m_overlay.isEmpty());
+    const std::vector<QString> path =
+        m_overlay.isEmpty() ? m_model.crumbs() : std::vector<QString>();
 
     // Leave out from the top until it fits.
     for (size_t left = 0; left == 0 || left + leastCrumbs <= path.size(); ++left) {
@@ -104,11 +141,13 @@ void CrumbBar::rebuild()
             crumb->deleteLater();
         }
         m_crumbs.clear();
-        addCrumb({}, u"Home"_s, path.empty());
+        addCrumb({}, u"Home"_s, path.empty() && m_overlay.isEmpty());
         if (left > 0)
             addEllipsis(path[left - 1], m_model.library().node(path[left - 1])->title);
         for (size_t i = left; i < path.size(); ++i)
             addCrumb(path[i], m_model.library().node(path[i])->title, i + 1 == path.size());
+        if (!m_overlay.isEmpty())
+            addCrumb(m_model.folderID(), m_overlay, true);
         if (m_row->sizeHint().width() <= m_mostWidth)
             break;
     }
@@ -133,7 +172,12 @@ void CrumbBar::addCrumb(const QString& id, const QString& title, bool isHere)
     }
     crumb->setAccessibleName(title);
     crumb->setHere(isHere);
-    connect(crumb, &QAbstractButton::clicked, &m_model, [this, id] { m_model.open(id); });
+    crumb->setProperty("folder", id);
+    connect(crumb, &QAbstractButton::clicked, &m_model, [this, id, isHere] {
+        if (!m_overlay.isEmpty() && !isHere)
+            emit overlayLeft();
+        m_model.open(id);
+    });
     m_row->addWidget(crumb);
     crumb->show();
     m_crumbs.push_back(crumb);

@@ -4,6 +4,7 @@
 #include "canvas/CanvasModel.h"
 #include "interface/widgets/GlassPanel.h"
 
+#include <optional>
 #include <vector>
 
 class QHBoxLayout;
@@ -22,15 +23,29 @@ public:
     // Fits the crumbs into this width: the middle ones give way first.
     void setMostWidth(int pixels);
 
+    // A place over the canvas, such as the Trash; empty: the folders again.
+    void setOverlay(const QString& name);
+
+    // The folder that a button under the point (in this bar) stands for, with its name; while it is
+    // asked that button shows itself as the target. None: no more.
+    struct Target
+    {
+        QString folder, name;
+    };
+    std::optional<Target> targetAt(std::optional<QPoint> at);
+
 signals:
     void resized();
+    void overlayLeft();
 
 private:
     void rebuild();
     void addCrumb(const QString& id, const QString& title, bool isHere);
     void addEllipsis(const QString& target, const QString& name);
+    void goBack();
 
     CanvasModel& m_model;
+    QString m_overlay;
     BarButton* m_back;
     BarButton* m_forward;
     QHBoxLayout* m_row;

@@ -3,17 +3,18 @@
 #include "base/Log.h"
 #include "interface/shell/CanvasNotes.h"
 #include "interface/shell/CrumbBar.h"
+#include "interface/shell/Dock.h"
+#include "interface/shell/ToolBar.h"
 #include "interface/shell/ZoomBar.h"
 #include "interface/theme/Shadows.h"
+#include "interface/trash/TrashView.h"
 #include "interface/widgets/Look.h"
 #include "interface/wording/Wording.h"
 
 #include <QCloseEvent>
-#include <QContextMenuEvent>
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QLocale>
-#include <QMenu>
 #include <QScreen>
 #include <QShortcut>
 
@@ -34,27 +35,36 @@ constexpr double keyZoomFactor = 1.2;
 
 } // namespace
 
-MainWindow::MainWindow(CanvasModel& model, bool showsScratchNote)
+MainWindow::MainWindow(CanvasModel& model, CanvasCommands& commands, bool showsScratchNote)
     : m_model(model)
+    , m_commands(commands)
     , m_crumbs(new CrumbBar(model, this))
     , m_canvas(new CanvasView(model, this))
     , m_zoom(new ZoomBar(this))
+    , m_dock(new Dock(this))
+    , m_tools(new ToolBar(this))
+    , m_trash(new TrashView(this))
+    , m_working(new LineNote(LineNote::Tone::Inverse, this))
     , m_empty(new EmptyNote(this))
     , m_progress(new LineNote(LineNote::Tone::Inverse, this))
 {
     setWindowTitle(u"Corvelle"_s);
     setMinimumSize(leastSize);
     resize(firstSize);
+    m_trash->hide();
+    m_trash->lower();
     m_canvas->lower();
+    m_working->hide();
     m_toasts = new ToastStack(*this);
-    m_toasts->setBottom(bottomEdge + edge);
     if (showsScratchNote) {
         m_scratch = new LineNote(LineNote::Tone::Quiet, this);
         m_scratch->setWords(u"Test copy · scratch library"_s);
     }
     m_progress->hide();
-    setTabOrder(m_crumbs, m_canvas);
-    setTabOrder(m_canvas, m_zoom);
+    setTabOrder(m_crumbs, m_tools);
+    setTabOrder(m_tools, m_canvas);
+    setTabOrder(m_canvas, m_dock);
+    setTabOrder(m_dock, m_zoom);
 
     Library& library = model.library();
     connect(&model, &CanvasModel::cardsChanged, this, &MainWindow::updateEmptyNote);
@@ -71,6 +81,7 @@ MainWindow::MainWindow(CanvasModel& model, bool showsScratchNote)
     m_zoom->setPercent(m_canvas->shownZoomPercent());
 
     addShortcuts();
+    connectActs();
     takeScheme();
     updateEmptyNote();
     m_canvas->setFocus();
@@ -131,13 +142,17 @@ void MainWindow::probe(double slowMs)
 void MainWindow::layOut()
 {
     m_canvas->setGeometry(rect());
-    m_crumbs->setMostWidth(width() - 2 * edge);
+    m_trash->setGeometry(rect());
+    m_tools->move(width() - edge - m_tools->width(), edge);
+    m_dock->move((width() - m_dock->width()) / 2, height() - bottomEdge - m_dock->height());
+    m_crumbs->setMostWidth(width() - 3 * edge - m_tools->width());
     m_crumbs->move(edge, edge);
     m_zoom->move(width() - edge - m_zoom->width(), height() - bottomEdge - m_zoom->height());
     m_empty->move((width() - m_empty->width()) / 2, height() * emptyNoteTop / firstSize.height());
     const int reach = shadowReach(Elevation::Hint);
-    m_progress->move(
-        (width() - m_progress->width()) / 2, height() - bottomEdge - m_progress->height() + reach);
+    const int aboveDock = m_dock->y() - edge + reach;
+    m_progress->move((width() - m_progress->width()) / 2, aboveDock - m_progress->height());
+    m_working->move((width() - m_working->width()) / 2, aboveDock - m_working->height());
     if (m_scratch)
         m_scratch->move(edge - reach, height() - bottomEdge - m_scratch->height() + reach);
 }
@@ -187,17 +202,6 @@ void MainWindow::zoomBy(double factor)
     const Camera& camera = m_model.camera();
     const QPointF centre(m_canvas->width() / 2.0, m_canvas->height() / 2.0);
     m_canvas->glideTo(zoomedAt(camera, camera.zoom * factor, centre, m_model.viewport()));
-}
-
-void MainWindow::contextMenuEvent(QContextMenuEvent* event)
-{
-    if (m_alertPanel)
-        return;
-    auto* menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->addAction(u"Switch Library…"_s, QKeySequence(u"Ctrl+Shift+O"_s), this,
-        [this] { emit switchLibraryWanted(); });
-    menu->popup(event->globalPos());
 }
 
 void MainWindow::mousePressEvent(QMouseEvent* event)
@@ -257,7 +261,7 @@ QJsonArray MainWindow::toastsJson() const
         const Toast& toast = standing.toast;
         list.append(QJsonObject{{u"key"_s, text(toast.key)}, {u"text"_s, toast.text},
             {u"detail"_s, text(toast.detail)}, {u"button"_s, text(toast.action)},
-            {u"icon"_s, toast.icon ? QJsonValue(static_cast<int>(*toast.icon)) : QJsonValue()}});
+            {u"icon"_s, toast.icon ? QJsonValue(iconName(*toast.icon)) : QJsonValue()}});
     }
     if (m_progress->isVisible())
         list.append(QJsonObject{{u"key"_s, u"arrivals"_s}, {u"text"_s, m_progress->words()},

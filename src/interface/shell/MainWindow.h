@@ -9,6 +9,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QPointer>
+#include <QTimer>
 #include <QWidget>
 
 #include <functional>
@@ -16,9 +17,14 @@
 
 namespace corvelle {
 
+class CanvasCommands;
 class CrumbBar;
+class Dock;
 class EmptyNote;
 class LineNote;
+class MenuPanel;
+class ToolBar;
+class TrashView;
 class ZoomBar;
 
 class MainWindow : public QWidget
@@ -26,7 +32,7 @@ class MainWindow : public QWidget
     Q_OBJECT
 
 public:
-    MainWindow(CanvasModel& model, bool showsScratchNote);
+    MainWindow(CanvasModel& model, CanvasCommands& commands, bool showsScratchNote);
     ~MainWindow() override;
 
     // Sizes the window's content and centres the window on its screen.
@@ -46,6 +52,14 @@ public:
     void showAlert(const Alert& alert, std::function<void(int)> chosen);
     void closeAlert();
 
+    // ---- acts: WindowActs.cpp ----
+    void showTrash(bool shows);
+    bool showsTrash() const;
+    TrashView& trashView() { return *m_trash; }
+    // The rows of the menu that is open, with their places; none when none is.
+    QJsonArray menuJson() const;
+    void closeOverlays();
+
     // What a script sees of the toasts and of the alert.
     QJsonArray toastsJson() const;
     std::optional<QJsonObject> alertJson() const;
@@ -59,7 +73,6 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
-    void contextMenuEvent(QContextMenuEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
 
 private:
@@ -70,10 +83,33 @@ private:
     void updateProgress();
     void zoomBy(double factor);
 
+    void connectActs();
+    void addEditShortcuts();
+    void openMenu(const QString& key, QPoint at);
+    void actOnCards(const QString& act, const std::vector<QString>& ids, QPoint at);
+    void actOnCanvas(const QString& act, QPointF point);
+    void makeNew(NodeKind kind, QPointF point);
+    void askForLink(QPointF point);
+    void chooseFiles(QPointF point);
+    void pickIcon(const QString& id, QPoint at);
+    void copyLinks(const std::vector<QString>& ids);
+    void paste();
+    void askToDelete(const std::vector<QString>& ids);
+    void tellWithUndo(const QString& text, const QString& undoName);
+    void fillTrash();
+    void showWorking();
+
     CanvasModel& m_model;
+    CanvasCommands& m_commands;
     CrumbBar* m_crumbs;
     CanvasView* m_canvas;
     ZoomBar* m_zoom;
+    Dock* m_dock;
+    ToolBar* m_tools;
+    TrashView* m_trash;
+    QPointer<MenuPanel> m_menu;
+    LineNote* m_working; // while the main thread is kept
+    QTimer m_workingEnds;
     EmptyNote* m_empty;
     LineNote* m_progress;
     LineNote* m_scratch = nullptr;

@@ -197,6 +197,15 @@ const QPainterPath& outlinePath(Icon icon)
     return paths[static_cast<std::size_t>(icon)];
 }
 
+constexpr std::array<const char*, iconCount> iconNames = {
+    "back", "forward", "chevronDown", "chevronRight", "chevronUp", "home", "search", "page",
+    "folder", "globe", "upload", "download", "file", "image", "feather", "plus", "minus",
+    "close", "more", "check", "checkCircle", "alert", "trash", "undo", "restore", "copy",
+    "duplicate", "beside", "open", "pencil", "clock", "fan", "text", "listBullet",
+    "listNumber", "todo", "h1", "h2", "h3", "quote", "code", "table", "divider", "at", "send",
+    "stop", "cleanup", "fold", "expand", "grip", "drop", "link", "spark", "near", "help",
+    "bold", "italic", "strike", "underline"};
+
 } // namespace
 
 void drawIcon(QPainter& painter, Icon icon, const QRectF& square, const QColor& color)
@@ -234,6 +243,11 @@ QImage iconImage(Icon icon, int size, const QColor& color, double devicePixelRat
         drawIcon(painter, icon, QRectF(0, 0, size, size), color);
     }
     return image;
+}
+
+QString iconName(Icon icon)
+{
+    return QString::fromLatin1(iconNames[static_cast<size_t>(icon)]);
 }
 
 } // namespace corvelle

@@ -3,6 +3,7 @@
 
 #include <QColor>
 #include <QImage>
+#include <QString>
 
 class QPainter;
 class QRectF;
@@ -71,6 +72,9 @@ enum class Icon : unsigned char {
     Underline
 };
 inline constexpr int iconCount = static_cast<int>(Icon::Underline) + 1;
+
+// The sign's name, for scripts: "chevronDown".
+QString iconName(Icon icon);
 
 // Fills the square. The stroke stays 1.5 px from 18 px on and is 1.2 below.
 void drawIcon(QPainter& painter, Icon icon, const QRectF& square, const QColor& color);

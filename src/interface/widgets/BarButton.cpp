@@ -4,6 +4,8 @@
 
 #include <QPainter>
 
+#include <utility>
+
 namespace corvelle {
 namespace {
 
@@ -60,6 +62,12 @@ void BarButton::setSignSize(int pixels)
     setMeasures(changed);
 }
 
+void BarButton::setTargeted(bool targeted)
+{
+    if (std::exchange(m_isTargeted, targeted) != targeted)
+        update();
+}
+
 QSize BarButton::sizeHint() const
 {
     return m_form == Form::Dock ? dockItem : ButtonBase::sizeHint();
@@ -82,6 +90,12 @@ void BarButton::paintEvent(QPaintEvent*)
         painter.setPen(Qt::NoPen);
         painter.setBrush(isDown() || isChecked() ? tokens.pressed : tokens.hover);
         painter.drawRoundedRect(rect(), measures().radius, measures().radius);
+    }
+    if (m_isTargeted) {
+        painter.setPen(QPen(tokens.accent, 2));
+        painter.setBrush(tokens.accentSoft);
+        painter.drawRoundedRect(
+            QRectF(rect()).adjusted(1, 1, -1, -1), measures().radius, measures().radius);
     }
     QColor ink = active || m_isHere ? tokens.ink : tokens.ink2;
     if (!isEnabled())

@@ -32,6 +32,8 @@ public:
     // The place where one is: semibold and dark.
     void setHere(bool here);
     void setSignSize(int pixels);
+    // Something dragged is over it and would be taken.
+    void setTargeted(bool targeted);
 
     QSize sizeHint() const override;
 
@@ -44,6 +46,7 @@ private:
 
     const Form m_form;
     bool m_isHere = false;
+    bool m_isTargeted = false;
     Tip* m_tip = nullptr;
 };
 
