@@ -5,6 +5,7 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "base/SkippedNames.h"
 #include "base/Text.h"
 
 #include <QHash>
@@ -110,15 +111,5 @@ enum class Pass { Incremental, Structural };
 Outcome compare(const Scans& scans, std::span<const Known> known,
     const QHash<quint64, QString>& trashed, const QSet<QString>& folders, Pass pass,
     NameCase nameCase);
-
-// A name that no scan ever reports: hidden, or one under which programs keep what they are working
-// on.
-bool isSkippedName(QStringView name);
-
-// Whether a folder of this name holds generated files; IfMarked: if a file named generatedMark lies
-// directly in it.
-enum class Generated { No, Yes, IfMarked };
-inline constexpr char generatedMark[] = "pyvenv.cfg";
-Generated generatedByName(QStringView name);
 
 } // namespace corvelle::DiskPlan

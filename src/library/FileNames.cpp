@@ -1,5 +1,6 @@
 #include "library/FileNames.h"
 
+#include "base/SkippedNames.h"
 #include "base/Text.h"
 #include "platform/FileMoves.h"
 
@@ -68,6 +69,16 @@ QString cutToLength(const QString& name)
     return kept == 0 ? ending : cut + ending;
 }
 
+// What a look at the disk passes over would take its card to the Trash.
+QString noticedName(QString name)
+{
+    while (name.startsWith(u"~$"))
+        name.remove(0, 2);
+    name = withoutLeadingDots(name);
+    name.replace(u".sb-"_s, u"-sb-"_s);
+    return isSkippedName(name) || generatedByName(name) == Generated::Yes ? name + u'-' : name;
+}
+
 } // namespace
 
 QString storableTitle(const QString& typed)
@@ -84,7 +95,10 @@ QString safeFileName(const QString& title)
     if (name.trimmed().isEmpty())
         return fallback;
     name = cutToLength(name);
-    return name.trimmed().isEmpty() || name.startsWith(u'.') ? fallback : name;
+    if (name.trimmed().isEmpty() || name.startsWith(u'.'))
+        return fallback;
+    name = noticedName(name);
+    return name.trimmed().isEmpty() ? fallback : name;
 }
 
 QString fileExtension(const QString& name)

@@ -37,7 +37,8 @@ std::vector<MenuRow> cardMenu(const Library& library, const std::vector<QString>
     const bool folders = std::all_of(ids.begin(), ids.end(),
         [&](const QString& id) { return library.node(id)->kind == NodeKind::Folder; });
     if (alone) {
-        rows.push_back(item(u"open"_s, Icon::Open, u"Open"_s, u"Return"_s));
+        rows.push_back(item(u"open"_s, Icon::Open, u"Open"_s));
+        rows.back().key = u"↵"_s;
         rows.push_back(menuLine());
         rows.push_back(item(u"rename"_s, Icon::Pencil, u"Rename"_s, u"F2"_s));
     }

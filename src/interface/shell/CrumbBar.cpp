@@ -164,7 +164,7 @@ void CrumbBar::addCrumb(const QString& id, const QString& title, bool isHere)
         m_crumbs.push_back(divider);
     }
     auto* crumb = new BarButton(shownTitle(title), this, BarButton::Form::Crumb);
-    if (id.isEmpty()) {
+    if (m_crumbs.empty()) {
         crumb->setSign(Icon::Home);
         crumb->setSignSize(18);
         if (!isHere)

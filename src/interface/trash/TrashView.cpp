@@ -204,8 +204,8 @@ void TrashView::paintHead(QPainter& painter) const
     const Palette& colors = corvelle::palette(schemeOf(*this));
     const QRect area = column();
     painter.setPen(colors.ink);
-    Lettering(TypeStyle::ScreenTitle)
-        .draw(painter, QRectF(area.left(), titleTop, area.width(), 32), Qt::AlignLeft, u"Trash"_s);
+    Lettering(TypeStyle::H1)
+        .draw(painter, QRectF(area.left(), titleTop - 2, area.width(), 32), Qt::AlignLeft, u"Trash"_s);
     painter.setPen(colors.ink2);
     Lettering(TypeStyle::Body)
         .draw(painter, QRectF(area.left(), sentenceTop, area.width(), 20), Qt::AlignLeft,
@@ -279,7 +279,7 @@ void TrashView::paintRow(QPainter& painter, int index) const
 
     const Lettering strong(TypeStyle::BodyStrong), body(TypeStyle::Label), small(TypeStyle::Small);
     const double nameRoom = at.wasIn - at.name - 16, inRoom = at.moved - at.wasIn - 16;
-    painter.setPen(isSelected ? colors.accentInk : colors.ink);
+    painter.setPen(colors.ink);
     strong.draw(painter, QRectF(at.name, box.top() + 13, nameRoom, 20), Qt::AlignLeft,
         strong.elided(row.title, nameRoom, Qt::ElideMiddle));
     painter.setPen(colors.ink2);

@@ -21,7 +21,7 @@ namespace corvelle {
 namespace {
 
 constexpr int edge = 5, rowHeight = 30, lineHeight = 11, discRow = 31;
-constexpr int sidePad = 9, signSize = 18, gap = 9, keyGap = 28, leastWidth = 220;
+constexpr int sidePad = 9, signSize = 18, gap = 9, keyGap = 28, leastWidth = 252;
 constexpr double discSize = 19, discGap = 6.5;
 constexpr double rowRadius = 7;
 
