@@ -193,9 +193,8 @@ Result<void> AddFiles::moveIn(Prepared& source, const QString& parent)
     const auto folder = m_edits.folderFor(parent);
     if (!folder)
         return folder.failure();
-    const bool isFolder = QFileInfo(source.staged).isDir();
-    const QString name = uniqueName(safeFileName(lastComponent(source.source.path)), *folder,
-        isFolder ? NameOf::Folder : NameOf::File);
+    const QString name = m_edits.freeName(safeFileName(lastComponent(source.source.path)), *folder,
+        QFileInfo(source.staged).isDir() ? NodeKind::Folder : NodeKind::File);
     const QString target = *folder + u'/' + name;
     if (auto moved = moveItem(source.staged, target, work.ticks()); !moved)
         return moved;

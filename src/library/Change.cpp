@@ -140,9 +140,10 @@ bool eachField(Case& c, Field field)
     using Plain = std::remove_const_t<Case>;
     if constexpr (std::is_same_v<Plain, change::Made>)
         return field("_0", c.ids);
-    else if constexpr (std::is_same_v<Plain, change::Trashed> ||
-                       std::is_same_v<Plain, change::Restored>)
+    else if constexpr (std::is_same_v<Plain, change::Trashed>)
         return field("_0", c.times);
+    else if constexpr (std::is_same_v<Plain, change::Restored>)
+        return field("_0", c.times) && field("parents", c.parents);
     else if constexpr (std::is_same_v<Plain, change::Renamed>)
         return field("_0", c.id) && field("_1", c.title);
     else if constexpr (std::is_same_v<Plain, change::Colored>)
@@ -174,6 +175,12 @@ struct Writer
         json[QLatin1StringView(key)] = written(value);
         return true;
     }
+    bool operator()(const char* key, const std::map<QString, QString>& value) const
+    {
+        if (!value.empty())
+            json[QLatin1StringView(key)] = written(value);
+        return true;
+    }
     bool operator()(const char* key, const std::optional<double>& value) const
     {
         if (value)
@@ -196,6 +203,11 @@ struct Reader
     bool operator()(const char* key, T& value) const
     {
         return read(json[QLatin1StringView(key)], value);
+    }
+    bool operator()(const char* key, std::map<QString, QString>& value) const
+    {
+        const QJsonValue stored = json[QLatin1StringView(key)];
+        return stored.isUndefined() || read(stored, value);
     }
     bool operator()(const char* key, std::optional<double>& value) const
     {

@@ -49,6 +49,7 @@ struct Trashed // into the Trash at that time, seconds since 1970
 struct Restored // back from the Trash, where they had gone at that time
 {
     std::map<QString, double> times;
+    std::map<QString, QString> parents; // of those that came to the top, for want of their folder
     bool operator==(const Restored&) const = default;
 };
 struct Renamed

@@ -214,8 +214,7 @@ Result<QString> Duplicates::bringIn(
         if (!folder)
             return folder.failure();
         const QString oldName = lastComponent(from.path);
-        const QString name = uniqueName(copyName(oldName, from.kind), *folder,
-            from.kind == NodeKind::Folder ? NameOf::Folder : NameOf::File);
+        const QString name = m_edits.freeName(copyName(oldName, from.kind), *folder, from.kind);
         target = *folder + u'/' + name;
         top.title = copyTitle(from, oldName, name);
         top.path = m_library.relativePath(target);

@@ -177,7 +177,7 @@ std::optional<Change> EditAppliers::apply(const Change& change, UndoDirection di
 {
     Edits& edits = m_edits;
     const auto trash = [&edits](const std::map<QString, double>& times) {
-        const auto went = edits.trashAt(times);
+        (void)edits.trashAt(times, true);
         for (const auto& [id, at] : times)
             if (!edits.m_library.isInTrash(id))
                 return false;
@@ -201,7 +201,8 @@ std::optional<Change> EditAppliers::apply(const Change& change, UndoDirection di
     } else if (const auto* trashed = std::get_if<change::Trashed>(&change)) {
         done = undoing ? restore(idsOf(trashed->times)) : trash(trashed->times);
     } else if (const auto* restored = std::get_if<change::Restored>(&change)) {
-        done = undoing ? trash(restored->times) : restore(idsOf(restored->times));
+        done = undoing ? trash(restored->times) && edits.storeParents(restored->parents)
+                       : restore(idsOf(restored->times));
     } else if (const auto* renamed = std::get_if<change::Renamed>(&change)) {
         const QString& title = wanted(renamed->title, direction);
         const Node* node = edits.m_library.node(renamed->id);

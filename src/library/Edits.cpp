@@ -122,6 +122,22 @@ bool Edits::hasFile(const Node& node) const
     return !node.path.isNull() && !node.isLinked() && isThere(m_library.filePath(node));
 }
 
+bool Edits::hasCard(const QString& absolutePath) const
+{
+    bool found = false;
+    (void)m_library.connection().each(
+        "SELECT 1 FROM nodes WHERE path = ? AND deleted_at IS NULL LIMIT 1",
+        {m_library.relativePath(absolutePath)}, [&](const SQLRow&) { found = true; });
+    return found;
+}
+
+QString Edits::freeName(
+    const QString& name, const QString& folder, NodeKind kind, const QString& self) const
+{
+    return uniqueName(name, folder, kind == NodeKind::Folder ? NameOf::Folder : NameOf::File, self,
+        [this](const QString& path) { return hasCard(path); });
+}
+
 Result<void> Edits::write(const DatabaseStep& step)
 {
     return m_library.connection().transaction(step);
@@ -144,8 +160,10 @@ Result<void> Edits::relocate(
     const QString source = m_library.filePath(node);
     SQLite& connection = m_library.connection();
     const bool moves = QDir::cleanPath(source) != QDir::cleanPath(target);
-    const bool onlyCase = moves && isSameItem(source, target);
-    if (moves) {
+    // Of a file that isn't there only the row goes, to where a look at the disk will miss it.
+    const bool onDisk = moves && isThere(source);
+    const bool onlyCase = onDisk && isSameItem(source, target);
+    if (onDisk) {
         if (auto made = makeFolder(QFileInfo(target).path()); !made)
             return made;
         if (auto moved = onlyCase ? renameCase(source, target)
@@ -161,7 +179,7 @@ Result<void> Edits::relocate(
         return step();
     });
     if (!written) {
-        if (moves)
+        if (onDisk)
             if (auto back = onlyCase ? renameCase(target, source)
                                      : moveItem(target, source, work.ticks());
                 !back)
@@ -222,7 +240,7 @@ QString Edits::make(const Wish& wish)
         const auto folder = folderFor(wish.parent);
         auto done = folder ? Result<void>() : Result<void>(folder.failure());
         if (done) {
-            made = *folder + u'/' + uniqueName(safeFileName(node.title), *folder, NameOf::Folder);
+            made = *folder + u'/' + freeName(safeFileName(node.title), *folder, NodeKind::Folder);
             done = makeFolder(made);
         }
         if (!done) {
@@ -320,8 +338,7 @@ bool Edits::storeTitle(const QString& id, const QString& title)
         if (node.kind == NodeKind::File && !extension.isEmpty() &&
             fileExtension(name).compare(extension, Qt::CaseInsensitive) != 0)
             name = safeFileName(name + u'.' + extension);
-        name = uniqueName(
-            name, folder, node.kind == NodeKind::File ? NameOf::File : NameOf::Folder, path);
+        name = freeName(name, folder, node.kind, path);
         done = relocate(node, folder + u'/' + name, step, work);
     } else {
         done = write(step);

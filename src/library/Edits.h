@@ -86,6 +86,11 @@ public:
     // The folder on disk that takes what is put into the parent; made when it is one of our own.
     Result<QString> folderFor(const QString& parent) const;
 
+    // A free name in a folder on disk, that no card has either: one whose file has been taken away
+    // still has its path.
+    QString freeName(const QString& name, const QString& folder, NodeKind kind,
+        const QString& self = {}) const;
+
     // Waits for what is removed in the background.
     void drain() { m_removals.drain(); }
     bool isIdle() const { return m_removals.isIdle(); }
@@ -101,16 +106,18 @@ private:
 
     bool isReady() const { return m_library.isOpen(); }
     bool hasFile(const Node& node) const;
+    bool hasCard(const QString& absolutePath) const;
     Result<void> write(const DatabaseStep& step);
     Result<void> writeNode(const Node& node, const SeenFile& seen, const QString& url);
     Result<void> relocate(Node& node, const QString& target, const DatabaseStep& step, LongWork& work);
     void put(Node node);
     Result<void> moveOne(const Node& from, const Place& place, LongWork& work);
     bool applyPlaces(const std::map<QString, Place>& places);
-    std::map<QString, double> trashAt(const std::map<QString, double>& times, bool tells = true);
+    std::map<QString, double> trashAt(const std::map<QString, double>& times, bool apart);
     Result<void> trashOne(Node node, double at, LongWork& work);
     Result<void> restoreOne(Node node, LongWork& work);
-    std::map<QString, double> restoreAll(const std::vector<QString>& ids);
+    change::Restored restoreAll(const std::vector<QString>& ids);
+    bool storeParents(const std::map<QString, QString>& parents);
     bool storeColors(const std::map<QString, QString>& colors);
     bool storePoints(const std::map<QString, QPointF>& points);
     bool storeTitle(const QString& id, const QString& title);

@@ -29,11 +29,6 @@ SQLValue orNull(const QString& text)
     return text.isEmpty() ? SQLValue(nullptr) : SQLValue(text);
 }
 
-NameOf nameOf(const Node& node)
-{
-    return node.kind == NodeKind::Folder ? NameOf::Folder : NameOf::File;
-}
-
 Place placeOf(const Node& node)
 {
     return {node.parentID, node.x, node.y, node.position};
@@ -120,12 +115,12 @@ Result<void> Edits::moveOne(const Node& from, const Place& place, LongWork& work
             {orNull(place.parent), place.x, place.y, place.position, node.id});
     };
     Result<void> done;
-    if (from.parentID != place.parent && hasFile(node)) {
+    if (from.parentID != place.parent && !node.path.isNull() && !node.isLinked()) {
         const auto folder = folderFor(place.parent);
         if (!folder)
             return folder.failure();
-        const QString name = uniqueName(
-            lastComponent(node.path), *folder, nameOf(node), m_library.filePath(node));
+        const QString name =
+            freeName(lastComponent(node.path), *folder, node.kind, m_library.filePath(node));
         done = relocate(node, *folder + u'/' + name, step, work);
     } else {
         done = write(step);
@@ -168,7 +163,7 @@ std::vector<QString> Edits::trash(const std::vector<QString>& ids)
     std::map<QString, double> times;
     for (const QString& id : ids)
         times[id] = at;
-    const auto trashed = trashAt(times);
+    const auto trashed = trashAt(times, false);
     if (!trashed.empty()) {
         m_journal.record(change::Trashed{trashed});
         m_journal.setName(u"Move to Trash"_s);
@@ -180,7 +175,9 @@ std::vector<QString> Edits::trash(const std::vector<QString>& ids)
     return went;
 }
 
-std::map<QString, double> Edits::trashAt(const std::map<QString, double>& times, bool tells)
+// Each of them with a time of its own, what lies deeper first: as they had been in the Trash before
+// they were put back. Without `apart` what lies in another of them goes along with it.
+std::map<QString, double> Edits::trashAt(const std::map<QString, double>& times, bool apart)
 {
     std::map<QString, double> went;
     FailureCount failures;
@@ -195,8 +192,13 @@ std::map<QString, double> Edits::trashAt(const std::map<QString, double>& times,
         (void)m_library.freshNode(id);
     std::vector<std::pair<QString, double>> tops;
     for (const auto& [id, at] : times)
-        if (m_library.node(id) && !m_library.isInTrash(id) && !goesWithAFolder(id))
+        if (m_library.node(id) && !m_library.isInTrash(id) && (apart || !goesWithAFolder(id)))
             tops.emplace_back(id, at);
+    const auto depth = [this](const auto& top) {
+        return m_library.tree().ancestors(top.first).size();
+    };
+    std::stable_sort(tops.begin(), tops.end(),
+        [&](const auto& left, const auto& right) { return depth(left) > depth(right); });
     for (const auto& [id, at] : tops) {
         const Node node = *m_library.node(id);
         if (auto done = trashOne(node, at, work)) {
@@ -206,9 +208,9 @@ std::map<QString, double> Edits::trashAt(const std::map<QString, double>& times,
             failures.add(node.title, done.failure());
         }
     }
-    if (tells && failures.count() == 1)
+    if (failures.count() == 1)
         m_library.fail(u"Couldn’t move “%1” to the Trash. Try again."_s.arg(failures.title()));
-    else if (tells && failures.count() > 1)
+    else if (failures.count() > 1)
         m_library.fail(u"Couldn’t move %1 items to the Trash. Try again."_s.arg(failures.count()));
     return went;
 }
@@ -223,7 +225,7 @@ Result<void> Edits::trashOne(Node node, double at, LongWork& work)
     Result<void> done;
     if (hasFile(node)) {
         const QString folder = m_library.root() + u"/.corvelle/Trash/"_s + node.id;
-        const QString name = uniqueName(lastComponent(node.path), folder, nameOf(node));
+        const QString name = freeName(lastComponent(node.path), folder, node.kind);
         done = relocate(node, folder + u'/' + name, step, work);
         if (!done)
             QDir().rmdir(folder);
@@ -243,20 +245,20 @@ std::vector<QString> Edits::restore(const std::vector<QString>& ids)
     if (!isReady())
         return {};
     m_library.readAgainIfServing();
-    const auto restored = restoreAll(ids);
-    if (!restored.empty()) {
-        m_journal.record(change::Restored{restored});
+    change::Restored restored = restoreAll(ids);
+    std::vector<QString> came;
+    for (const auto& [id, at] : restored.times)
+        came.push_back(id);
+    if (!came.empty()) {
+        m_journal.record(std::move(restored));
         m_journal.setName(u"Put Back"_s);
     }
-    std::vector<QString> came;
-    for (const auto& [id, at] : restored)
-        came.push_back(id);
     return came;
 }
 
-std::map<QString, double> Edits::restoreAll(const std::vector<QString>& ids)
+change::Restored Edits::restoreAll(const std::vector<QString>& ids)
 {
-    std::map<QString, double> came;
+    change::Restored came;
     QSet<QString> linked;
     FailureCount failures;
     LongWork work(m_library);
@@ -265,11 +267,13 @@ std::map<QString, double> Edits::restoreAll(const std::vector<QString>& ids)
         if (!node || node->isLive())
             continue;
         const double at = *node->deletedAt;
-        const QString title = node->title;
+        const QString title = node->title, parent = node->parentID;
         if (node->isLinked())
             linked.insert(id);
         if (auto done = restoreOne(*node, work)) {
-            came[id] = at;
+            came.times[id] = at;
+            if (m_library.node(id)->parentID != parent)
+                came.parents[id] = parent;
         } else {
             logLine(u"restore: "_s + done.failure().sentence());
             failures.add(title, done.failure());
@@ -307,13 +311,15 @@ Result<void> Edits::restoreOne(Node node, LongWork& work)
     const bool isOnDisk = !node.path.isNull() && !node.isLinked();
     if (isOnDisk && !hasFile(node))
         return Failure(u"its file isn’t there: "_s + node.path, ENOENT);
+    if (isOnDisk && !node.path.startsWith(trashFolder) && hasCard(m_library.filePath(node)))
+        return Failure(u"another card has its file: "_s + node.path, EEXIST);
     if (isOnDisk && node.path.startsWith(trashFolder)) {
         if (const QString problem = parentProblem(node.parentID); !problem.isNull())
             return Failure(problem);
         const auto folder = folderFor(node.parentID);
         if (!folder)
             return folder.failure();
-        const QString name = uniqueName(lastComponent(node.path), *folder, nameOf(node));
+        const QString name = freeName(lastComponent(node.path), *folder, node.kind);
         const QString emptied = parentPath(m_library.filePath(node));
         done = relocate(node, *folder + u'/' + name, step, work);
         if (done)
@@ -324,6 +330,30 @@ Result<void> Edits::restoreOne(Node node, LongWork& work)
     if (done)
         put(std::move(node));
     return done;
+}
+
+// For the undo of putting back: what is in the Trash belongs to its folder again.
+bool Edits::storeParents(const std::map<QString, QString>& parents)
+{
+    const auto written = write([&]() -> Result<void> {
+        for (const auto& [id, parent] : parents)
+            if (auto done = m_library.connection().run(
+                    "UPDATE nodes SET parent_id = ? WHERE id = ?", {orNull(parent), id});
+                !done)
+                return done;
+        return {};
+    });
+    if (!written) {
+        logLine(u"put back: "_s + written.failure().sentence());
+        return false;
+    }
+    for (const auto& [id, parent] : parents)
+        if (const Node* node = m_library.node(id)) {
+            Node copy = *node;
+            copy.parentID = parent;
+            put(std::move(copy));
+        }
+    return true;
 }
 
 // ---- for good ----

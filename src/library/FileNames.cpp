@@ -107,10 +107,13 @@ QString fileExtension(const QString& name)
     return dot > 0 ? name.mid(dot + 1) : QString();
 }
 
-QString uniqueName(const QString& name, const QString& folder, NameOf of, const QString& self)
+QString uniqueName(const QString& name, const QString& folder, NameOf of, const QString& self,
+    const std::function<bool(const QString&)>& isTaken)
 {
     const auto isFree = [&](const QString& candidate) {
         const QString path = folder + u'/' + candidate;
+        if (isTaken && path != self && isTaken(path))
+            return false;
         return !isThere(path) || (!self.isEmpty() && lowerCased(path) == lowerCased(self) &&
                                      isSameItem(path, self));
     };

@@ -3,6 +3,8 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace corvelle {
 
 // What is stored of a text that somebody typed: without NUL characters, and with what is no Unicode
@@ -21,7 +23,9 @@ QString fileExtension(const QString& name);
 enum class NameOf { File, Folder };
 
 // The name itself when nothing in the folder has it, or when what has it is `self` (an absolute
-// path; compared in lower case). Otherwise with " 2", " 3" … before the extension.
-QString uniqueName(const QString& name, const QString& folder, NameOf of, const QString& self = {});
+// path; compared in lower case). Otherwise with " 2", " 3" … before the extension. `isTaken` may
+// know of more absolute paths that aren't free.
+QString uniqueName(const QString& name, const QString& folder, NameOf of, const QString& self = {},
+    const std::function<bool(const QString& path)>& isTaken = {});
 
 } // namespace corvelle

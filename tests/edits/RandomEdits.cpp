@@ -44,9 +44,7 @@ std::map<QString, Told> toldTree(const Library& library)
 {
     std::map<QString, Told> tree;
     library.tree().eachNode([&](const Node& node, const SeenFile&) {
-        // What comes back to the top because its folder is gone doesn't remember that folder.
-        const bool inTrash = library.isInTrash(node.id);
-        tree[node.id] = {node.title, word(node.color), inTrash ? QString() : node.parentID, inTrash};
+        tree[node.id] = {node.title, node.parentID, word(node.color), library.isInTrash(node.id)};
     });
     return tree;
 }

@@ -10,8 +10,7 @@
 // What a library holds as a person would tell it, for comparing.
 struct Told
 {
-    QString title, color;
-    QString parent; // of what isn't in the Trash
+    QString title, parent, color;
     bool inTrash = false;
     bool operator==(const Told&) const = default;
 };
