@@ -3,7 +3,7 @@
 
     measure.py BUILD [NAME...]
 
-Names are groups of rows: scan, first, opening, memory, canvas, parts; all of them when none is given. Ours and the peer are
+Names are groups of rows: scan, first, opening, memory, canvas, edits, parts; all of them when none is given. Ours and the peer are
 measured in turn, so that both see the same machine. Every figure is the median of the runs. A missed target is said, and is
 no failure of the script.
 """
@@ -13,6 +13,7 @@ import os
 import statistics
 import subprocess
 import sys
+import tempfile
 import time
 
 import folders
@@ -237,8 +238,21 @@ class Bench:
         return times
 
 
+def edits(self):
+    """What one edit costs, and one of a folder with 50,000 items, against SQLite's bare UPDATE of their rows."""
+    with tempfile.TemporaryDirectory() as place:
+        told = json.loads(subprocess.run([self.tool("bench_edits"), place], check=True, capture_output=True).stdout)
+    self.table.ratio("renaming a folder of 50,000 / bare UPDATE", told["rename"], told["bare"], "ms", 5)
+    self.table.ratio("trashing a folder of 50,000 / bare UPDATE", told["trash"], told["bare"], "ms", 5)
+    self.table.value("longest silence of either", told["silence"], "ms", 100)
+    self.table.ratio("four edits among 100,000 / among 100", told["huge"], told["small"], "ms", 1.2)
+
+
+Bench.edits = edits
+
+
 def main():
-    names = ("scan", "first", "opening", "memory", "canvas", "parts")
+    names = ("scan", "first", "opening", "memory", "canvas", "edits", "parts")
     if len(sys.argv) < 2 or any(name not in names for name in sys.argv[2:]):
         print(f"measure.py BUILD [NAME...], where NAME is one of: {' '.join(names)}", file=sys.stderr)
         return 2
