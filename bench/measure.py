@@ -199,6 +199,15 @@ class Bench:
         self.table.value(f"{what}, p95 frame", middle(p95), "ms", FRAME_LIMIT_MS, 2)
         self.table.value(f"{what}, longest of {middle(counts):.0f} frames", middle(longest), "ms", digits=2)
 
+    def edits(self):
+        """What one edit costs, and one of a folder with 50,000 items, against SQLite's bare UPDATE of their rows."""
+        with tempfile.TemporaryDirectory() as place:
+            told = json.loads(subprocess.run([os.path.join(self.programs, "bench_edits"), place], check=True, capture_output=True).stdout)
+        self.table.ratio("renaming a folder of 50,000 / bare UPDATE", told["rename"], told["bare"], "ms", 5)
+        self.table.ratio("trashing a folder of 50,000 / bare UPDATE", told["trash"], told["bare"], "ms", 5)
+        self.table.value("longest silence of either", told["silence"], "ms", 100)
+        self.table.ratio("four edits among 100,000 / among 100", told["huge"], told["small"], "ms", 1.2)
+
     def parts(self):
         library = self.opened(folders.large(self.data))
         times = self._part_times(folders.database(library))
@@ -236,19 +245,6 @@ class Bench:
                 name = name.split("/repeats:")[0]
                 times[name] = entry["cpu_time"] * micro[entry["time_unit"]] / entry["items"]
         return times
-
-
-def edits(self):
-    """What one edit costs, and one of a folder with 50,000 items, against SQLite's bare UPDATE of their rows."""
-    with tempfile.TemporaryDirectory() as place:
-        told = json.loads(subprocess.run([self.tool("bench_edits"), place], check=True, capture_output=True).stdout)
-    self.table.ratio("renaming a folder of 50,000 / bare UPDATE", told["rename"], told["bare"], "ms", 5)
-    self.table.ratio("trashing a folder of 50,000 / bare UPDATE", told["trash"], told["bare"], "ms", 5)
-    self.table.value("longest silence of either", told["silence"], "ms", 100)
-    self.table.ratio("four edits among 100,000 / among 100", told["huge"], told["small"], "ms", 1.2)
-
-
-Bench.edits = edits
 
 
 def main():

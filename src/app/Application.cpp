@@ -12,9 +12,11 @@
 #include "platform/KeyStore.h"
 
 #include <QDesktopServices>
+#include <QDropEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QSocketNotifier>
 #include <QThread>
@@ -476,6 +478,20 @@ void Application::postMouse(
     QWindow* window = m_window->windowHandle();
     QCoreApplication::postEvent(window,
         new QMouseEvent(type, at, window->mapToGlobal(at), button, m_buttonsHeld, modifiers));
+}
+
+// As the window system hands a drag over: to the window, which finds the widget below the point.
+void Application::postDrop(QPointF at, QMimeData* carried)
+{
+    std::unique_ptr<QMimeData> held(carried);
+    QWindow* window = m_window->windowHandle();
+    constexpr Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
+    QDragEnterEvent enter(at.toPoint(), actions, carried, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &enter);
+    QDragMoveEvent move(at.toPoint(), actions, carried, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &move);
+    QDropEvent drop(at, actions, carried, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &drop);
 }
 
 void Application::postWheel(

@@ -25,6 +25,11 @@
 namespace corvelle {
 
 class TestDriver;
+}
+
+class QMimeData;
+
+namespace corvelle {
 
 // The toolkit's application object, which times every event: nothing may keep the main thread for
 // long.
@@ -83,6 +88,8 @@ public:
     void postKey(QEvent::Type type, int key, Qt::KeyboardModifiers modifiers, const QString& text);
     void postMouse(
         QEvent::Type type, QPointF at, Qt::MouseButton button, Qt::KeyboardModifiers modifiers);
+    // A drag of another program that comes in and is let go; takes what it carries.
+    void postDrop(QPointF at, QMimeData* carried);
     void postWheel(QPointF at, QPoint pixels, QPoint angle, Qt::KeyboardModifiers modifiers);
 
 private:

@@ -6,10 +6,12 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QClipboard>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QKeyEvent>
 #include <QKeySequence>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QWheelEvent>
 #include <QWindow>
@@ -220,6 +222,14 @@ void TestDriver::addInputVerbs()
     };
     m_verbs[u"mouse"_s] = [this](const QJsonObject& a) { return mouse(a); };
     m_verbs[u"wheel"_s] = [this](const QJsonObject& a) { return wheel(a); };
+    m_verbs[u"drop"_s] = [this](const QJsonObject& a) { return drop(a); };
+    m_verbs[u"clipboard"_s] = [](const QJsonObject&) {
+        const QMimeData* held = QApplication::clipboard()->mimeData();
+        QJsonObject types;
+        for (const QString& type : held ? held->formats() : QStringList())
+            types[type] = QString::fromUtf8(held->data(type));
+        return Answer{types, {}};
+    };
 }
 
 // ---- waiting ----
@@ -342,6 +352,23 @@ TestDriver::Answer TestDriver::mouse(const QJsonObject& arguments)
     } else {
         return {{}, u"A mouse event is a press, move, release, click or double."_s};
     }
+    return {QJsonObject(), {}};
+}
+
+TestDriver::Answer TestDriver::drop(const QJsonObject& arguments)
+{
+    auto* dropped = new QMimeData;
+    QList<QUrl> urls;
+    for (const QString& url : strings(arguments[u"urls"]))
+        urls.append(url.startsWith(u'/') ? QUrl::fromLocalFile(url) : QUrl(url));
+    if (!urls.isEmpty())
+        dropped->setUrls(urls);
+    if (const QString text = arguments[u"text"].toString(); !text.isEmpty())
+        dropped->setText(text);
+    if (const QString html = arguments[u"html"].toString(); !html.isEmpty())
+        dropped->setHtml(html);
+    m_application.postDrop(
+        QPointF(arguments[u"x"].toDouble(), arguments[u"y"].toDouble()), dropped);
     return {QJsonObject(), {}};
 }
 

@@ -57,6 +57,7 @@ private:
     Answer mouse(const QJsonObject& arguments);
     Answer key(const QJsonObject& arguments);
     Answer wheel(const QJsonObject& arguments);
+    Answer drop(const QJsonObject& arguments);
     Answer shot(const QJsonObject& arguments);
     Answer perf(const QJsonObject& arguments);
 

@@ -318,7 +318,7 @@ bool Edits::rename(const QString& id, const QString& typed)
 
 bool Edits::storeTitle(const QString& id, const QString& title)
 {
-    const Node* known = m_library.freshNode(id);
+    const Node* known = m_library.node(id);
     if (!known)
         return false;
     Node node = *known;

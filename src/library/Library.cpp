@@ -61,6 +61,10 @@ bool Library::open(LibraryOpening opening)
     m_loadError = opening.loadError;
     if (opening.connection) {
         m_connection = std::move(opening.connection);
+        // Carrying the log over into the database takes long after a large change; the queues'
+        // connections do it after their own, smaller ones.
+        if (m_mode == OpenMode::Application)
+            (void)m_connection->execute("PRAGMA wal_autocheckpoint = 0");
         m_tree = std::move(opening.tree);
         m_nativeShots = std::move(opening.nativeShots);
         TreeChange change;

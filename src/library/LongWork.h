@@ -28,7 +28,7 @@ public:
 
     void tick()
     {
-        constexpr qint64 silentMs = 60;
+        constexpr qint64 silentMs = 40;
         if (m_since.elapsed() < silentMs)
             return;
         m_since.restart();

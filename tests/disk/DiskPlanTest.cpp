@@ -110,7 +110,7 @@ struct Look
 struct Case
 {
     const char* what;
-    Round round;
+    Look look;
     QStringList structural; // the actions of a structural pass
     QStringList incremental = {};
     QSet<QString> again = {}; // of the incremental pass
@@ -309,7 +309,7 @@ TEST(DiskPlan, aNodeInTheTrashReturnsOnce)
 
 TEST(DiskPlan, theRemovalOfAFolderCoversWhatLayInIt)
 {
-    Round round{{"Space", "Space/f/g"}, {}, {node("f", folder("Space/f", 1))}};
+    Look look{{"Space", "Space/f/g"}, {}, {node("f", folder("Space/f", 1))}};
     for (quint64 i = 0; i < 1000; ++i)
         look.known.push_back(node("n", file(QString("Space/f/g/%1").arg(i), 10 + i)));
     look.known.push_back(node("like", file("Space/f2", 5)));
@@ -319,7 +319,7 @@ TEST(DiskPlan, theRemovalOfAFolderCoversWhatLayInIt)
 
 TEST(DiskPlan, actionsComeInTheOrderInWhichTheyAreCarriedOut)
 {
-    const Round round{{"Space"},
+    const Look look{{"Space"},
         {file("Space/new", 20), file("Space/back", 30), file("Space/to", 40),
             file("Space/same", 51), file("Space/edited", 60, 99)},
         {node("gone", file("Space/gone", 10)), node("moved", file("Space/from", 40)),
