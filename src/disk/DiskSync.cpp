@@ -69,11 +69,6 @@ bool wasWritten(const Node& node, const SeenFile& seen, const DiskPlan::Entry& e
     return node.byteSize != entry.size || otherTime;
 }
 
-SQLValue orNull(const QString& text)
-{
-    return text.isEmpty() ? SQLValue(nullptr) : SQLValue(text);
-}
-
 } // namespace
 
 struct DiskSync::Apply
@@ -325,7 +320,7 @@ bool DiskSync::follow(const Node& from, const DiskPlan::Entry& to, const QByteAr
                                   "title = ?, parent_id = ?, x = ?, y = ?, position = ?, "
                                   "updated_at = ?, file_id = ?, "
                                   "file_modified = ? WHERE id = ?",
-            {node.title, orNull(node.parentID), node.x, node.y, node.position, node.updatedAt,
+            {node.title, textOrNull(node.parentID), node.x, node.y, node.position, node.updatedAt,
                 static_cast<qint64>(to.inode), seen.modified, node.id});
     });
     if (!written) {

@@ -157,8 +157,8 @@ QString pagePlainText(const QByteArray& json)
 
 void runDataSteps(SQLite& connection)
 {
-    using Step = Result<void> (*)(SQLite&);
-    constexpr Step steps[] = {stepOne, stepTwo};
+    using DataStep = Result<void> (*)(SQLite&);
+    constexpr DataStep steps[] = {stepOne, stepTwo};
     qint64 version = 0;
     const auto asked = connection.each(
         "PRAGMA user_version", {}, [&](const SQLRow& row) { version = row.integer(0); });

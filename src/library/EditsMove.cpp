@@ -24,11 +24,6 @@ namespace {
 
 constexpr QStringView trashFolder = u".corvelle/Trash/";
 
-SQLValue orNull(const QString& text)
-{
-    return text.isEmpty() ? SQLValue(nullptr) : SQLValue(text);
-}
-
 Place placeOf(const Node& node)
 {
     return {node.parentID, node.x, node.y, node.position};
@@ -112,7 +107,7 @@ Result<void> Edits::moveOne(const Node& from, const Place& place, LongWork& work
     const auto step = [&] {
         return m_library.connection().run(
             "UPDATE nodes SET parent_id = ?, x = ?, y = ?, position = ? WHERE id = ?",
-            {orNull(place.parent), place.x, place.y, place.position, node.id});
+            {textOrNull(place.parent), place.x, place.y, place.position, node.id});
     };
     Result<void> done;
     if (from.parentID != place.parent && !node.path.isNull() && !node.isLinked()) {
@@ -338,7 +333,7 @@ bool Edits::storeParents(const std::map<QString, QString>& parents)
     const auto written = write([&]() -> Result<void> {
         for (const auto& [id, parent] : parents)
             if (auto done = m_library.connection().run(
-                    "UPDATE nodes SET parent_id = ? WHERE id = ?", {orNull(parent), id});
+                    "UPDATE nodes SET parent_id = ? WHERE id = ?", {textOrNull(parent), id});
                 !done)
                 return done;
         return {};

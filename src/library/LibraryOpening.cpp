@@ -25,7 +25,8 @@ QString realPath(const QString& path)
     return canonical.isEmpty() ? path : canonical;
 }
 
-Result<void> makeFolder(const QString& path)
+// Unlike an item’s folder, the library’s own may be symbolic links that the person made.
+Result<void> makePath(const QString& path)
 {
     if (QDir().mkpath(path))
         return {};
@@ -46,7 +47,7 @@ Result<void> makeFirstSpace(SQLite& connection, const QString& root)
         return ids.failure();
     if (!ids->empty())
         return {};
-    if (auto made = makeFolder(root + u'/' + firstSpaceName); !made)
+    if (auto made = makePath(root + u'/' + firstSpaceName); !made)
         return made;
     return connection.run("INSERT INTO spaces (id, slug, name, mode, folder, created_at) "
                           "VALUES (?, ?, ?, 'local', ?, ?)",
@@ -67,7 +68,7 @@ Result<void> openStore(LibraryOpening& opening, OpenMode mode)
 {
     const QString hidden = hiddenFolder(opening.root);
     for (const QString& name : {u"thumbs"_s, u"shots"_s, u"Trash"_s})
-        if (auto made = makeFolder(hidden + u'/' + name); !made)
+        if (auto made = makePath(hidden + u'/' + name); !made)
             return made;
     auto connection = SQLite::open(databasePath(opening.root), checkIsOurs);
     if (!connection)
@@ -107,7 +108,7 @@ LibraryOpening openLibrary(const LibraryPlace& place, OpenMode mode, FileLock he
     opening.isFirstRun = mode == OpenMode::Application &&
                          !QFileInfo::exists(databasePath(place.root)) &&
                          holdsOnlyHiddenNames(place.root);
-    if (const auto made = makeFolder(hiddenFolder(place.root)); !made) {
+    if (const auto made = makePath(hiddenFolder(place.root)); !made) {
         failed(made.failure().sentence());
         return opening;
     }

@@ -26,13 +26,13 @@ Result<void> writePage(SQLite& connection, const QString& id, const QString& doc
     return connection.run("UPDATE nodes SET updated_at = ? WHERE id = ?", {stamp, id});
 }
 
-Result<void> writeWords(SQLite& connection, const QString& id, const QString& words, double stamp)
+Result<void> writeWords(SQLite& connection, const QString& id, const QString& plainWords, double stamp)
 {
     return connection.run(
         "INSERT INTO node_text (node_id, source, text) SELECT ?, 'page', ? WHERE (SELECT "
         "updated_at FROM pages WHERE node_id = ?) = ?\n"
         "ON CONFLICT(node_id) DO UPDATE SET source = excluded.source, text = excluded.text",
-        {id, words.left(mostWords), id, stamp});
+        {id, plainWords.left(mostWords), id, stamp});
 }
 
 } // namespace

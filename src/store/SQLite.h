@@ -58,6 +58,12 @@ private:
     std::variant<std::monostate, QString, QByteArray, double, qint64> m_value;
 };
 
+// An empty text as SQL’s NULL.
+inline SQLValue textOrNull(const QString& text)
+{
+    return text.isEmpty() ? SQLValue(nullptr) : SQLValue(text);
+}
+
 // The row that a statement stands on. Columns count from 0. Valid until the next step.
 class SQLRow
 {

@@ -208,7 +208,8 @@ TEST_F(Editing, filesAddressesAndTextAreDroppedFromOutside)
     program->tell("drop", {{"x", 900}, {"y", 700}, {"text", "A title\n\nand words"}});
     program->settle();
     QStringList titles;
-    for (const QJsonValue& each : program->tree().nodes())
+    const Tree tree = program->tree();
+    for (const QJsonValue& each : tree.nodes())
         titles.append(each["title"].toString() + "|" + each["url"].toString());
     EXPECT_TRUE(titles.contains("example.com|https://example.com/a")) << titles.join("\n").toStdString();
     EXPECT_TRUE(titles.contains("A title|"));

@@ -4,11 +4,11 @@
 namespace corvelle {
 namespace {
 
-constexpr double widthPt = 240, shotPt = 94, padPt = 13, markPt = 12;
+constexpr double linkWidthPt = 240, shotPt = 94, padPt = 13, markPt = 12;
 
 void drawShot(const FaceBrush& brush, const CardFace& face)
 {
-    const QRectF shot = brush.sharp(0, 0, widthPt, shotPt);
+    const QRectF shot = brush.sharp(0, 0, linkWidthPt, shotPt);
     const QPointF centre = shot.center();
     if (!face.picture.isNull() && !face.missing) {
         brush.picture(shot, face.picture, FaceBrush::Crop::Top);
@@ -40,13 +40,13 @@ void drawSiteMark(const FaceBrush& brush, QPointF topLeft, const CardFace& face)
 void drawLinkFace(const FaceBrush& brush, const CardFace& face)
 {
     drawShot(brush, face);
-    const QRectF line = brush.sharp(0, shotPt, widthPt, 1);
+    const QRectF line = brush.sharp(0, shotPt, linkWidthPt, 1);
     brush.fill(QRectF(line.topLeft(), brush.card.bottomRight()),
         face.missing ? brush.colors.ground : brush.colors.surface);
     brush.fill(QRectF(line.left(), line.top(), line.width(), 1), brush.colors.hairlineFaint);
 
     const Lettering title = brush.lettering(TypeStyle::LinkTitle, leastTitlePixels);
-    QRectF box = brush.box(padPt, shotPt + 10, widthPt - 2 * padPt, 17);
+    QRectF box = brush.box(padPt, shotPt + 10, linkWidthPt - 2 * padPt, 17);
     box.setHeight(title.lineHeight());
     brush.text(title, box, face.missing ? brush.colors.ink2 : brush.colors.ink, face.title);
     if (brush.detail != Detail::Full)
@@ -58,7 +58,7 @@ void drawLinkFace(const FaceBrush& brush, const CardFace& face)
         drawSiteMark(
             brush, brush.box(padPt, hostTop + (hostLine - markPt) / 2, 0, 0).topLeft(), face);
     brush.text(brush.lettering(TypeStyle::LinkHost),
-        brush.box(x, hostTop, widthPt - padPt - x, hostLine),
+        brush.box(x, hostTop, linkWidthPt - padPt - x, hostLine),
         face.missing ? brush.colors.warn : brush.colors.ink3, face.missing ? face.meta : face.host);
 }
 

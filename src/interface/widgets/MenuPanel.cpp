@@ -21,7 +21,7 @@ namespace corvelle {
 namespace {
 
 constexpr int edge = 5, rowHeight = 30, lineHeight = 11, discRow = 31;
-constexpr int sidePad = 9, signSize = 18, gap = 9, keyGap = 28, leastWidth = 252;
+constexpr int sidePad = 9, signSize = 18, menuGap = 9, menuKeyGap = 28, menuLeastWidth = 252;
 constexpr double discSize = 19, discGap = 6.5;
 constexpr double rowRadius = 7;
 
@@ -118,7 +118,7 @@ private:
                 QRectF(sidePad, (height() - signSize) / 2.0, signSize, signSize), second);
         const Lettering letters(TypeStyle::LabelText);
         painter.setPen(ink);
-        const double left = sidePad + signSize + gap;
+        const double left = sidePad + signSize + menuGap;
         letters.draw(painter, QRectF(left, 0, width() - left - sidePad, height()), Qt::AlignLeft,
             m_row.words);
         painter.setPen(keyInk);
@@ -159,11 +159,11 @@ MenuPanel::MenuPanel(std::vector<MenuRow> rows, QPoint at, QWidget& host)
 void MenuPanel::build()
 {
     const Lettering letters(TypeStyle::LabelText), keys(TypeStyle::Key);
-    double width = leastWidth;
+    double width = menuLeastWidth;
     for (const MenuRow& row : m_rows) {
-        const double key = row.key.isEmpty() ? 0 : keyGap + keys.width(row.key);
+        const double key = row.key.isEmpty() ? 0 : menuKeyGap + keys.width(row.key);
         width = std::max(width,
-            2 * (edge + sidePad) + signSize + gap + std::ceil(letters.width(row.words) + key));
+            2 * (edge + sidePad) + signSize + menuGap + std::ceil(letters.width(row.words) + key));
     }
     int y = edge;
     for (const MenuRow& row : m_rows) {

@@ -17,7 +17,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr int panelWidth = 448;
+constexpr int promptWidth = 448;
 
 } // namespace
 
@@ -54,7 +54,7 @@ PromptPanel::PromptPanel(
     rows->addWidget(heading);
     rows->addWidget(m_field);
     rows->addLayout(row);
-    m_panel->resize(panelWidth, rows->sizeHint().height());
+    m_panel->resize(promptWidth, rows->sizeHint().height());
     connect(cancel, &QAbstractButton::clicked, this, &PromptPanel::closePanel);
     connect(accept, &QAbstractButton::clicked, this, &PromptPanel::give);
     connect(m_field, &QLineEdit::returnPressed, this, &PromptPanel::give);

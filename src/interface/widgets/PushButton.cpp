@@ -7,7 +7,7 @@
 namespace corvelle {
 namespace {
 
-constexpr int keyGap = 10;
+constexpr int buttonKeyGap = 10;
 
 // At another size than the label's own.
 Lettering resized(TypeStyle style, double size)
@@ -49,7 +49,7 @@ QSize PushButton::sizeHint() const
     QSize size = ButtonBase::sizeHint();
     if (!m_key.isEmpty())
         size.rwidth() +=
-            keyGap + static_cast<int>(std::ceil(resized(TypeStyle::Label, 13).width(m_key)));
+            buttonKeyGap + static_cast<int>(std::ceil(resized(TypeStyle::Label, 13).width(m_key)));
     return size;
 }
 
@@ -114,7 +114,7 @@ void PushButton::paintEvent(QPaintEvent*)
         return;
     }
     const Lettering keyType = resized(TypeStyle::Label, 13);
-    const double keyWidth = keyType.width(m_key) + keyGap;
+    const double keyWidth = keyType.width(m_key) + buttonKeyGap;
     painter.translate(-keyWidth / 2, 0);
     drawContent(painter, ink(), ink());
     painter.translate(keyWidth / 2, 0);

@@ -13,7 +13,7 @@
 namespace corvelle {
 namespace {
 
-constexpr int hintHeight = 28, padding = 11, keyGap = 9, distance = 12, windowEdge = 8;
+constexpr int hintHeight = 28, padding = 11, tipKeyGap = 9, distance = 12, windowEdge = 8;
 
 class Hint : public GlassPanel
 {
@@ -25,7 +25,7 @@ public:
     {
         setAttribute(Qt::WA_TransparentForMouseEvents);
         const double words =
-            m_lettering.width(name) + (key.isEmpty() ? 0 : keyGap + m_lettering.width(key));
+            m_lettering.width(name) + (key.isEmpty() ? 0 : tipKeyGap + m_lettering.width(key));
         resize(static_cast<int>(std::ceil(words)) + 2 * padding, hintHeight);
     }
 

@@ -15,10 +15,10 @@
 namespace corvelle {
 namespace {
 
-constexpr int leftPad = 13, rightPad = 16, gap = 10, iconSize = 20, between = 8;
+constexpr int leftPad = 13, rightPad = 16, toastGap = 10, iconSize = 20, toastBetween = 8;
 constexpr int plainHeight = 44, detailTop = 9, detailBottom = 10;
-constexpr int leastWidth = 240, mostWidth = 440, leastSide = 16;
-constexpr double textLine = 18, detailLine = 16;
+constexpr int toastLeastWidth = 240, toastMostWidth = 440, leastSide = 16;
+constexpr double toastLine = 18, detailLine = 16;
 
 // The words at the right end of a toast.
 class ToastAction : public ButtonBase
@@ -62,7 +62,7 @@ public:
             m_action = new ToastAction(toast.action, this);
             m_action->resize(m_action->sizeHint());
         }
-        layOut(std::min(mostWidth, host->width() - 2 * leastSide));
+        layOut(std::min(toastMostWidth, host->width() - 2 * leastSide));
     }
 
     ButtonBase* action() const { return m_action; }
@@ -74,7 +74,7 @@ protected:
         const Palette& colors = corvelle::palette(schemeOf(*this));
         QPainter painter(this);
         const bool plain = m_details.empty() && m_lines.size() == 1;
-        double y = plain ? (height() - textLine) / 2 : detailTop;
+        double y = plain ? (height() - toastLine) / 2 : detailTop;
         if (m_toast.icon)
             drawIcon(painter, *m_toast.icon,
                 QRectF(leftPad, plain ? (height() - iconSize) / 2 : y + 1, iconSize, iconSize),
@@ -82,8 +82,8 @@ protected:
         const double x = textLeft();
         painter.setPen(colors.onInverse);
         for (const QString& line : m_lines) {
-            m_text.draw(painter, QRectF(x, y, width() - x, textLine), Qt::AlignLeft, line);
-            y += textLine;
+            m_text.draw(painter, QRectF(x, y, width() - x, toastLine), Qt::AlignLeft, line);
+            y += toastLine;
         }
         painter.setPen(colors.inverseInk2);
         for (const QString& line : m_details) {
@@ -93,11 +93,11 @@ protected:
     }
 
 private:
-    int textLeft() const { return m_toast.icon ? leftPad + iconSize + gap : rightPad; }
+    int textLeft() const { return m_toast.icon ? leftPad + iconSize + toastGap : rightPad; }
 
     void layOut(int most)
     {
-        const int actionWidth = m_action != nullptr ? gap + m_action->width() : 0;
+        const int actionWidth = m_action != nullptr ? toastGap + m_action->width() : 0;
         // The action's own padding stands in the panel's.
         const int end = m_action != nullptr ? rightPad - 8 : rightPad;
         const int room = std::max(40, most - textLeft() - actionWidth - end);
@@ -110,9 +110,9 @@ private:
             words = std::max(words, m_detail.width(line));
 
         const int wanted = textLeft() + static_cast<int>(std::ceil(words)) + actionWidth + end;
-        const int width = std::clamp(wanted, std::min(leastWidth, most), most);
+        const int width = std::clamp(wanted, std::min(toastLeastWidth, most), most);
         const bool plain = m_details.empty() && m_lines.size() <= 1;
-        const double high = static_cast<double>(m_lines.size()) * textLine +
+        const double high = static_cast<double>(m_lines.size()) * toastLine +
                             static_cast<double>(m_details.size()) * detailLine +
                             (m_details.empty() ? 0 : 1);
         resize(width,
@@ -241,7 +241,7 @@ void ToastStack::place()
         GlassPanel* panel = entry->second;
         y -= panel->height();
         panel->move((m_host.width() - panel->width()) / 2, y);
-        y -= between;
+        y -= toastBetween;
     }
 }
 

@@ -16,7 +16,7 @@ using namespace corvelle;
 
 namespace {
 
-void press(QWidget* widget, int key, const QString& text = {})
+void type(QWidget* widget, int key, const QString& text = {})
 {
     QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, text);
     QApplication::sendEvent(widget, &event);
@@ -61,29 +61,29 @@ protected:
 TEST_F(MenuTest, keysGoOverRowsAndDiscsAndPassWhatIsOff)
 {
     auto open = menu();
-    press(open, Qt::Key_Down);
-    press(open, Qt::Key_Down);
-    press(open, Qt::Key_Right);
-    press(open, Qt::Key_Right);
-    press(open, Qt::Key_Return);
+    type(open, Qt::Key_Down);
+    type(open, Qt::Key_Down);
+    type(open, Qt::Key_Right);
+    type(open, Qt::Key_Right);
+    type(open, Qt::Key_Return);
     EXPECT_EQ(answer(), "color:" + word(NodeColor::Orange)) << "two to the right of the first disc";
     EXPECT_TRUE(turnUntil([&] { return open.isNull(); }));
     open = menu();
     for (int i = 0; i < 3; ++i)
-        press(open, Qt::Key_Down);
-    press(open, Qt::Key_Space);
+        type(open, Qt::Key_Down);
+    type(open, Qt::Key_Space);
     EXPECT_EQ(answer(), "Trash") << "all discs are one step";
     open = menu();
-    press(open, Qt::Key_Up);
-    press(open, Qt::Key_Up);
-    press(open, Qt::Key_Return);
+    type(open, Qt::Key_Up);
+    type(open, Qt::Key_Up);
+    type(open, Qt::Key_Return);
     EXPECT_EQ(answer(), "color:" + word(NodeColor::Gray));
     open = menu();
-    press(open, Qt::Key_T, "t");
-    press(open, Qt::Key_Return);
+    type(open, Qt::Key_T, "t");
+    type(open, Qt::Key_Return);
     EXPECT_EQ(answer(), "Trash");
     open = menu();
-    press(open, Qt::Key_Escape);
+    type(open, Qt::Key_Escape);
     EXPECT_EQ(chosen->size(), 0);
     EXPECT_TRUE(turnUntil([&] { return open.isNull(); }));
 }
@@ -110,7 +110,7 @@ TEST_F(MenuTest, aTitleFieldCommitsOnceAndEscapeKeepsTheOld)
     EXPECT_EQ(open->selectedText(), "report");
     QSignalSpy committed(open.data(), &TitleField::committed), ended(open.data(), &TitleField::ended);
     open->setText("summary.pdf");
-    press(open, Qt::Key_Return);
+    type(open, Qt::Key_Return);
     EXPECT_EQ(committed.size(), 1);
     EXPECT_EQ(ended.size(), 1);
     EXPECT_TRUE(turnUntil([&] { return open.isNull(); }));
@@ -119,7 +119,7 @@ TEST_F(MenuTest, aTitleFieldCommitsOnceAndEscapeKeepsTheOld)
     open = field("a");
     QSignalSpy again(open.data(), &TitleField::committed);
     open->setText("b");
-    press(open, Qt::Key_Escape);
+    type(open, Qt::Key_Escape);
     EXPECT_TRUE(turnUntil([&] { return open.isNull(); }));
     EXPECT_EQ(again.size(), 0);
 }
