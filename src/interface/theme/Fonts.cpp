@@ -9,17 +9,20 @@
 namespace corvelle {
 namespace {
 
+// Behind the letters, for what only it has.
+const QString emojiFamily = QStringLiteral("Noto Color Emoji");
+
 QStringList families(TypeFamily family)
 {
     switch (family) {
     case TypeFamily::Text:
-        return {QStringLiteral("Inter")};
+        return {QStringLiteral("Inter"), emojiFamily};
     case TypeFamily::Display:
-        return {QStringLiteral("Inter Display"), QStringLiteral("Inter")};
+        return {QStringLiteral("Inter Display"), QStringLiteral("Inter"), emojiFamily};
     case TypeFamily::Mono:
         return {QStringLiteral("JetBrains Mono"), QStringLiteral("DejaVu Sans Mono")};
     case TypeFamily::Sheet:
-        return {QStringLiteral("Liberation Sans"), QStringLiteral("Inter")};
+        return {QStringLiteral("Liberation Sans"), QStringLiteral("Inter"), emojiFamily};
     }
     return {};
 }
@@ -60,6 +63,13 @@ QFont font(TypeStyle style, double scale)
 {
     const TypeSpec& spec = typeSpec(style);
     return fontOf(spec, wholePixels(spec.size * scale));
+}
+
+QFont emojiFont(int pixels)
+{
+    QFont font({emojiFamily, QStringLiteral("Inter")});
+    font.setPixelSize(pixels);
+    return font;
 }
 
 Lettering::Lettering(TypeStyle style, double scale)

@@ -16,6 +16,9 @@ namespace corvelle {
 // A font for a widget, at the nearest whole pixel size: the toolkit knows no others.
 QFont font(TypeStyle style, double scale = 1);
 
+// For emoji on their own: letters would come before the pictures that some emoji share a code with.
+QFont emojiFont(int pixels);
+
 // One style at any size, fractions too: measures, cuts and draws text with evenly spaced, unhinted
 // letters.
 //

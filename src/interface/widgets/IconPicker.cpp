@@ -131,9 +131,7 @@ protected:
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         const Palette& colors = corvelle::palette(schemeOf(*this));
-        QFont face = corvelle::font(TypeStyle::Body);
-        face.setPixelSize(20);
-        painter.setFont(face);
+        painter.setFont(emojiFont(20));
         for (int i = m_top * perRow; i < static_cast<int>(m_icons.size()); ++i) {
             const QRect box((i % perRow) * cell, (i / perRow - m_top) * cell, cell, cell);
             if (box.top() >= height())
