@@ -78,6 +78,7 @@ struct DiskSync::Apply
     QHash<QString, NextFreePlace> places; // by folder, of the cards that moved there in this pass
     std::vector<std::pair<QString, DiskPlan::Entry>> identities;
     std::map<QString, double> removed;
+    bool overtaken = false; // something was no longer where the pass had seen it
 };
 
 DiskSync::DiskSync(Library& library, QObject* parent)
@@ -163,7 +164,8 @@ void DiskSync::endApply()
 {
     if (!m_apply)
         return;
-    const bool again = m_apply->pass.lookAgain && ++m_rounds < mostRounds;
+    const bool overtaken = m_arrivals.takeOvertaken() || m_apply->overtaken;
+    const bool again = (m_apply->pass.lookAgain || overtaken) && ++m_rounds < mostRounds;
     m_apply.reset();
     if (again) {
         runPass();
@@ -260,7 +262,11 @@ void DiskSync::moved(const QString& id, const DiskPlan::Entry& to)
     // What still lies at the old path is either the same file under another case of its name, or
     // the move isn't one.
     const auto old = factsAt(m_library.filePath(*node));
-    if (old && isOfKind(*old, node->kind) && old->identity != to.inode)
+    if (old && isOfKind(*old, node->kind) &&
+        (old->identity != to.inode || pathKey(node->path, m_apply->pass.nameCase) !=
+                                          pathKey(to.path, m_apply->pass.nameCase)))
+        return;
+    if (!isStillThere(to))
         return;
     const bool written = wasWritten(*node, m_library.tree().seen(id), to);
     if (follow(*node, to, {}) && written)
@@ -270,11 +276,21 @@ void DiskSync::moved(const QString& id, const DiskPlan::Entry& to)
 void DiskSync::restored(const QString& id, const DiskPlan::Entry& to)
 {
     const Node* node = m_library.node(id);
-    if (!node || node->path.isNull() || !m_library.isInTrash(id))
+    if (!node || node->path.isNull() || !m_library.isInTrash(id) || !isStillThere(to))
         return;
     const bool written = wasWritten(*node, m_library.tree().seen(id), to);
     if (follow(*node, to, "deleted_at = NULL, ") && written)
         changed(id, to);
+}
+
+// A rename or a move of our own may have come between the look at the disk and its use.
+bool DiskSync::isStillThere(const DiskPlan::Entry& entry)
+{
+    const auto facts = factsAt(m_library.root() + u'/' + entry.path);
+    if (facts && facts->identity == entry.inode)
+        return true;
+    m_apply->overtaken = true;
+    return false;
 }
 
 // Puts the node where its file is now: path, title, parent and place, for a folder with all paths

@@ -55,6 +55,7 @@ private:
     void moved(const QString& id, const DiskPlan::Entry& to);
     void restored(const QString& id, const DiskPlan::Entry& to);
     void removed(const QString& id);
+    bool isStillThere(const DiskPlan::Entry& entry);
     bool follow(const Node& node, const DiskPlan::Entry& to, const QByteArray& alsoSet);
     void writeIdentities();
 

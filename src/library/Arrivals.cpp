@@ -7,9 +7,11 @@
 #include "library/NodePaths.h"
 #include "library/Position.h"
 #include "library/SnapshotReader.h"
+#include "platform/FileFacts.h"
 #include "platform/FileTypes.h"
 #include "platform/PictureFacts.h"
 
+#include <QFile>
 #include <QRandomGenerator>
 
 #include <algorithm>
@@ -63,6 +65,7 @@ struct Job
     NameCase nameCase = NameCase::Kept;
     std::vector<ArrivingItem> items;
     QHash<QString, Receiver> receivers; // by the path key of the folder
+    bool looksAgain = false;            // whether an item may have gone since it was found
 };
 
 class Worker
@@ -75,6 +78,8 @@ public:
     // The ids of all rows that were written, and of those whose items had a place.
     const std::vector<QString>& written() const { return m_written; }
     const std::vector<QString>& placed() const { return m_placed; }
+    // Whether an item was no longer where it had been found.
+    bool wasOvertaken() const { return m_overtaken; }
 
     Result<void> takeBack()
     {
@@ -162,21 +167,53 @@ private:
         return std::pair(std::move(node), seen);
     }
 
+    // Whether the node's folder is still there. Its path follows the folder, which may have been
+    // renamed or moved since the item was found.
+    Result<bool> followFolder(SQLStatement& folder, QHash<QString, QString>& folders, Node& node)
+    {
+        node.parentID = m_others.value(node.parentID, node.parentID);
+        if (node.parentID.isEmpty() || node.isLinked())
+            return true;
+        auto known = folders.constFind(node.parentID);
+        if (known == folders.cend()) {
+            folder.bind({node.parentID});
+            const auto row = folder.step();
+            if (!row)
+                return row.failure();
+            known = folders.insert(node.parentID, *row ? folder.row().text(0) : QString());
+        }
+        if (known->isEmpty())
+            return false;
+        node.path = *known + u'/' + lastComponent(node.path);
+        return true;
+    }
+
     // Leaves out of the batch what has a live row by now: another process made it. A trashed row
     // that still names one of the paths gives it up for its own place in our Trash.
     Result<void> write(SQLite& connection, std::vector<std::pair<Node, SeenFile>>& batch)
     {
         return connection.transaction([&]() -> Result<void> {
+            auto folder = connection.prepare("SELECT path FROM nodes WHERE id = ?");
             auto taken =
                 connection.prepare("SELECT id, deleted_at, kind FROM nodes WHERE path = ?");
             auto insert = connection.prepare(insertNodeSQL);
+            if (!folder)
+                return folder.failure();
             if (!taken)
                 return taken.failure();
             if (!insert)
                 return insert.failure();
+            QHash<QString, QString> folders; // the paths of those that received something
             for (auto& [node, seen] : batch) {
+                const auto comes = followFolder(*folder, folders, node);
+                if (!comes)
+                    return comes.failure();
+                if (!*comes || (m_job.looksAgain && !isThere(node))) {
+                    m_overtaken = true;
+                    node.id.clear();
+                    continue;
+                }
                 taken->bind({node.path});
-                node.parentID = m_others.value(node.parentID, node.parentID);
                 QString live;
                 std::vector<std::pair<QString, NodeKind>> trashed;
                 while (true) {
@@ -208,9 +245,14 @@ private:
         });
     }
 
+    bool isThere(const Node& node) const
+    {
+        return fileFacts(QFile::encodeName(m_job.root + u'/' + node.path)).has_value();
+    }
+
     Job m_job;
     FileTypes m_types;
-    bool m_gavePathUp = false;
+    bool m_gavePathUp = false, m_overtaken = false;
     std::vector<QString> m_written, m_placed;
     QSet<QString> m_withPlace;
     QHash<QString, QString>
@@ -265,6 +307,7 @@ void Arrivals::bringIn(std::vector<ArrivingItem> items, const QHash<QString, QSt
     }
     m_total += static_cast<int>(items.size());
     job.items = std::move(items);
+    job.looksAgain = !done; // else they were brought to their place just now
 
     m_queue.async([this, job = std::move(job), done = std::move(done),
                       guard = QPointer<QObject>(this)]() mutable {
@@ -281,7 +324,9 @@ void Arrivals::bringIn(std::vector<ArrivingItem> items, const QHash<QString, QSt
                 logLine(
                     u"import, taking back what was written: "_s + back.failure().sentence());
         SerialQueue::onMain(guard, [this, done = std::move(done), takesBack,
+                                       overtaken = worker.wasOvertaken(),
                                        ids = worker.written(), placed = worker.placed()] {
+            m_overtaken |= overtaken;
             if (takesBack)
                 m_library.tookAway(ids);
             ended();
@@ -294,10 +339,36 @@ void Arrivals::bringIn(std::vector<ArrivingItem> items, const QHash<QString, QSt
 void Arrivals::took(std::vector<std::pair<Node, SeenFile>> batch)
 {
     m_done += static_cast<int>(batch.size());
+    catchUp(batch);
     if (!batch.empty())
         m_library.took(std::move(batch));
     if (m_total >= leastItemsForProgress && m_since.elapsed() >= progressAfterMs)
         m_library.setImportProgress(ImportProgress{m_done, m_total});
+}
+
+// Since the batch was written its folders may have been moved, which took the rows along, or been
+// deleted with all in them; and a reading of the whole tree may have brought the nodes already.
+void Arrivals::catchUp(std::vector<std::pair<Node, SeenFile>>& batch) const
+{
+    QHash<QString, QString> folders; // of this batch, their paths
+    std::erase_if(batch, [&](auto& entry) {
+        Node& node = entry.first;
+        if (const Node* already = m_library.node(node.id)) {
+            if (already->kind == NodeKind::Folder)
+                folders.insert(node.id, already->path);
+            return true;
+        }
+        if (!node.parentID.isEmpty() && !node.isLinked()) {
+            const Node* parent = m_library.node(node.parentID);
+            const QString folder = parent ? parent->path : folders.value(node.parentID);
+            if (folder.isEmpty())
+                return true;
+            node.path = folder + u'/' + lastComponent(node.path);
+        }
+        if (node.kind == NodeKind::Folder)
+            folders.insert(node.id, node.path);
+        return false;
+    });
 }
 
 void Arrivals::ended()

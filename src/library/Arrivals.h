@@ -15,6 +15,7 @@
 #include <atomic>
 #include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace corvelle {
@@ -54,17 +55,23 @@ public:
 
     bool isIdle() const { return m_running == 0; }
 
+    // Whether something found on disk was no longer there when its row was to be written; asking
+    // forgets it.
+    bool takeOvertaken() { return std::exchange(m_overtaken, false); }
+
 signals:
     // All that was asked for so far is in the table and in memory.
     void finished();
 
 private:
     void took(std::vector<std::pair<Node, SeenFile>> batch);
+    void catchUp(std::vector<std::pair<Node, SeenFile>>& batch) const;
     void ended();
 
     Library& m_library;
     int m_running = 0;
     int m_done = 0, m_total = 0; // of the calls since the queue was last idle
+    bool m_overtaken = false;
     QElapsedTimer m_since;
     std::atomic<bool> m_stopping = false;
     std::atomic<bool> m_pathsGivenUp =

@@ -28,7 +28,7 @@ QString resolved(const QString& folder)
 bool isVolatile(const QString& path)
 {
     for (const QString& folder : {u"/tmp"_s, u"/var/tmp"_s, u"/dev/shm"_s, QDir::tempPath(),
-             QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation),
+             qEnvironmentVariable("XDG_RUNTIME_DIR"),
              QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation)})
         if (isBelow(path, folder) || isBelow(path, resolved(folder)))
             return true;
