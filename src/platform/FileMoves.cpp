@@ -44,9 +44,10 @@ int renameToFreePath(const QByteArray& from, const QByteArray& to)
 
 bool isMountPoint(const QString& path)
 {
-    const auto own = fileFacts(QFile::encodeName(path));
-    const auto above = fileFacts(QFile::encodeName(QFileInfo(path).path()));
-    return own && above && own->device != above->device;
+    struct statx facts;
+    return ::statx(AT_FDCWD, QFile::encodeName(path), AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT,
+               STATX_TYPE, &facts) == 0 &&
+           (facts.stx_attributes & STATX_ATTR_MOUNT_ROOT);
 }
 
 // The source goes only when the copy is whole and on the disk. What of the source can't be deleted

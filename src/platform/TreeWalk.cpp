@@ -70,6 +70,23 @@ Descriptor openFolder(const Name& at)
         ::openat(at.folder, at.name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
+// Where a folder lies. A bind mount shows another place of the same device, so the mount counts too.
+struct Volume
+{
+    quint64 device = 0;
+    quint64 mount = 0; // 0 where the system doesn't tell it
+    bool operator==(const Volume&) const = default;
+};
+
+std::optional<Volume> volumeOf(const Descriptor& folder)
+{
+    struct statx facts;
+    if (::statx(folder, "", AT_EMPTY_PATH, STATX_TYPE | STATX_MNT_ID, &facts) != 0)
+        return std::nullopt;
+    return Volume{(quint64(facts.stx_dev_major) << 32) | facts.stx_dev_minor,
+        facts.stx_mask & STATX_MNT_ID ? facts.stx_mnt_id : 0};
+}
+
 // All names first: a folder that is changed while it is read may tell a name twice or never.
 Result<std::vector<QByteArray>> namesIn(const Descriptor& folder, const Name& at)
 {
@@ -178,10 +195,10 @@ Result<void> copyLink(const Name& from, const Name& to)
     return {};
 }
 
-Result<void> copyAny(
-    const Name& from, const Name& to, dev_t device, int depth, const CopyTold& told);
-void removeAny(
-    const Name& at, dev_t device, int depth, std::optional<Failure>& first, const WorkTick& tick);
+Result<void> copyAny(const Name& from, const Name& to, const std::optional<Volume>& volume,
+    int depth, const CopyTold& told);
+void removeAny(const Name& at, const Volume& volume, int depth, std::optional<Failure>& first,
+    const WorkTick& tick);
 
 // Whether a copy can go on without this one.
 bool mayPassOver(const Failure& failure)
@@ -190,34 +207,38 @@ bool mayPassOver(const Failure& failure)
     return error != ENOSPC && error != EDQUOT;
 }
 
-Result<void> copyFolder(
-    const Name& from, const Name& to, const struct stat& facts, int depth, const CopyTold& told)
+Result<void> copyFolder(const Name& from, const Name& to, const struct stat& facts,
+    const std::optional<Volume>& outer, int depth, const CopyTold& told)
 {
     if (depth > deepest)
         return failureAt(ELOOP, from);
     const Descriptor source = openFolder(from);
     if (!source)
         return failureAt(errno, from);
+    // Leaving out a disk that is mounted below would make the copy less than its source.
+    const auto volume = volumeOf(source);
+    if (!volume || (outer && *outer != *volume))
+        return failureAt(EXDEV, from);
     if (::mkdirat(to.folder, to.name, 0700) != 0)
         return failureAt(errno, to);
     const Descriptor target = openFolder(to);
     if (!target)
         return failureAt(errno, to);
-    struct stat made;
-    if (::fstat(target, &made) != 0)
+    const auto made = volumeOf(target);
+    if (!made)
         return failureAt(errno, to);
     const auto names = namesIn(source, from);
     if (!names)
         return names.failure();
     for (const QByteArray& name : *names) {
-        auto copied = copyAny({source, name}, {target, name}, facts.st_dev, depth + 1, told);
+        auto copied = copyAny({source, name}, {target, name}, volume, depth + 1, told);
         if (copied)
             continue;
         if (!told.passOver || !mayPassOver(copied.failure()))
             return copied;
         told.passOver(copied.failure());
         std::optional<Failure> ignored; // of what was begun
-        removeAny({target, name}, made.st_dev, depth, ignored, {});
+        removeAny({target, name}, *made, depth, ignored, {});
     }
     ::fchmod(target, facts.st_mode & 07777);
     keepTimes(target, facts);
@@ -225,8 +246,8 @@ Result<void> copyFolder(
     return {};
 }
 
-Result<void> copyAny(
-    const Name& from, const Name& to, dev_t device, int depth, const CopyTold& told)
+Result<void> copyAny(const Name& from, const Name& to, const std::optional<Volume>& volume,
+    int depth, const CopyTold& told)
 {
     if (told.tick)
         told.tick();
@@ -235,24 +256,19 @@ Result<void> copyAny(
     struct stat facts;
     if (!look(from, facts))
         return failureAt(errno, from);
-    // Leaving out a disk that is mounted below would make the copy less than its source.
-    if (facts.st_dev != device)
-        return failureAt(EXDEV, from);
     if (S_ISDIR(facts.st_mode))
-        return copyFolder(from, to, facts, depth, told);
+        return copyFolder(from, to, facts, volume, depth, told);
     if (S_ISLNK(facts.st_mode))
         return copyLink(from, to);
     return copyFile(from, to, told);
 }
 
-Result<void> weigh(
-    const Name& at, dev_t device, qint64 enough, int depth, qint64& bytes, const WorkTick& tick)
+Result<void> weigh(const Name& at, const std::optional<Volume>& outer, qint64 enough, int depth,
+    qint64& bytes, const WorkTick& tick)
 {
     struct stat facts;
     if (!look(at, facts))
         return failureAt(errno, at);
-    if (facts.st_dev != device)
-        return failureAt(EBUSY, at);
     if (tick)
         tick();
     if (!S_ISDIR(facts.st_mode)) {
@@ -264,21 +280,24 @@ Result<void> weigh(
     const Descriptor folder = openFolder(at);
     if (!folder)
         return failureAt(errno, at);
+    const auto volume = volumeOf(folder);
+    if (!volume || (outer && *outer != *volume))
+        return failureAt(EBUSY, at);
     const auto names = namesIn(folder, at);
     if (!names)
         return names.failure();
     for (const QByteArray& name : *names) {
         if (bytes > enough)
             return {};
-        if (auto weighed = weigh({folder, name}, device, enough, depth + 1, bytes, tick); !weighed)
+        if (auto weighed = weigh({folder, name}, volume, enough, depth + 1, bytes, tick); !weighed)
             return weighed;
     }
     return {};
 }
 
 // The first failure is kept in `first`; the rest goes on.
-void removeAny(
-    const Name& at, dev_t device, int depth, std::optional<Failure>& first, const WorkTick& tick)
+void removeAny(const Name& at, const Volume& volume, int depth, std::optional<Failure>& first,
+    const WorkTick& tick)
 {
     const auto fail = [&](int error) {
         if (!first && error != ENOENT)
@@ -287,8 +306,6 @@ void removeAny(
     struct stat facts;
     if (!look(at, facts))
         return fail(errno);
-    if (facts.st_dev != device)
-        return fail(EBUSY);
     if (tick)
         tick();
     if (const int fault = diskFault("remove", at.name))
@@ -301,13 +318,11 @@ void removeAny(
     if (depth > deepest)
         return fail(ELOOP);
     if (const Descriptor folder = openFolder(at)) {
-        // The folder that was looked at, not another that took its place.
-        struct stat opened;
-        if (::fstat(folder, &opened) != 0 || opened.st_dev != device)
+        if (volumeOf(folder) != volume)
             return fail(EBUSY);
         if (const auto names = namesIn(folder, at))
             for (const QByteArray& name : *names)
-                removeAny({folder, name}, device, depth + 1, first, tick);
+                removeAny({folder, name}, volume, depth + 1, first, tick);
     }
     if (::unlinkat(at.folder, at.name, AT_REMOVEDIR) != 0)
         fail(errno);
@@ -333,35 +348,30 @@ int diskFault(const char* step, const QByteArray& path)
 
 Result<qint64> bytesOf(const QByteArray& path, qint64 enough, const WorkTick& tick)
 {
-    const Name at{AT_FDCWD, path};
-    struct stat facts;
-    if (!look(at, facts))
-        return failureAt(errno, at);
     qint64 bytes = 0;
-    if (auto weighed = weigh(at, facts.st_dev, enough, 0, bytes, tick); !weighed)
+    if (auto weighed = weigh({AT_FDCWD, path}, {}, enough, 0, bytes, tick); !weighed)
         return weighed.failure();
     return bytes;
 }
 
 Result<void> copyTree(const QByteArray& from, const QByteArray& to, const CopyTold& told)
 {
-    const Name at{AT_FDCWD, from};
-    struct stat facts;
-    if (!look(at, facts))
-        return failureAt(errno, at);
-    return copyAny(at, {AT_FDCWD, to}, facts.st_dev, 0, told);
+    return copyAny({AT_FDCWD, from}, {AT_FDCWD, to}, {}, 0, told);
 }
 
 Result<void> removeTree(const QByteArray& path, const WorkTick& tick)
 {
-    // A mount point itself is never emptied: it must lie on the device of its folder.
+    // A mount point itself is never emptied: it must lie on the volume of its folder.
     const qsizetype slash = path.lastIndexOf('/');
     const QByteArray above = slash > 0 ? path.left(slash) : QByteArray("/");
-    struct stat facts;
-    if (!look({AT_FDCWD, above}, facts))
+    const Descriptor folder(::open(above, O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!folder)
         return errno == ENOENT ? Result<void>() : failureAt(errno, {AT_FDCWD, above});
+    const auto volume = volumeOf(folder);
+    if (!volume)
+        return failureAt(errno, {AT_FDCWD, above});
     std::optional<Failure> first;
-    removeAny({AT_FDCWD, path}, facts.st_dev, 0, first, tick);
+    removeAny({folder, path.mid(slash + 1)}, *volume, 0, first, tick);
     if (first)
         return *first;
     return {};
