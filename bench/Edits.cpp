@@ -147,7 +147,8 @@ int main(int argc, char** argv)
     if (argc != 2)
         return 2;
     const QString base = QFile::decodeName(argv[1]);
-    const QString small = base + u"/small"_s, huge = base + u"/huge"_s, folders = base + u"/large"_s;
+    const QString small = base + u"/small"_s, huge = base + u"/huge"_s,
+                  folders = base + u"/large"_s;
     fill(small, 100);
     fill(huge, 100'000);
     const QString folder = fill(folders, large);
@@ -155,14 +156,15 @@ int main(int argc, char** argv)
     Times bare, renames, trashes, silences;
     for (int i = 0; i < 5; ++i) {
         const QString from = i % 2 ? u"My Space/Bare"_s : u"My Space/Large"_s;
-        bare.ms.push_back(bareUpdate(folders, from, i % 2 ? u"My Space/Large"_s : u"My Space/Bare"_s));
+        bare.ms.push_back(
+            bareUpdate(folders, from, i % 2 ? u"My Space/Large"_s : u"My Space/Bare"_s));
     }
     bareUpdate(folders, u"My Space/Bare"_s, u"My Space/Large"_s);
     {
         Editing editing(folders);
         for (int i = 0; i < 5; ++i) {
-            const auto [ms, silent] = watched(editing,
-                [&] { editing.edits.rename(folder, u"Name %1"_s.arg(i)); });
+            const auto [ms, silent] =
+                watched(editing, [&] { editing.edits.rename(folder, u"Name %1"_s.arg(i)); });
             renames.ms.push_back(ms);
             silences.ms.push_back(silent);
             const auto [trashMs, trashSilent] =

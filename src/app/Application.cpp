@@ -116,8 +116,7 @@ void Application::start()
     installCanvasAccessibility();
     takeAppearance();
     connect(&m_appearance, &Appearance::changed, this, &Application::takeAppearance);
-    m_window = std::make_unique<MainWindow>(
-        m_canvas, m_commands, m_options.showsScratchNote());
+    m_window = std::make_unique<MainWindow>(m_canvas, m_commands, m_options.showsScratchNote());
     m_window->canvasView().setShowsDots(m_defaults.showsDots());
     if (m_options.probeMs)
         m_window->probe(*m_options.probeMs);
@@ -171,11 +170,11 @@ void Application::libraryOpened()
 
 void Application::startJournal()
 {
-    m_journal.start({m_library.root(), databasePath(m_library.root()), false,
-        [this](const QString& id) {
-            const Node* node = m_library.node(id);
-            return node ? node->path : QString();
-        }});
+    m_journal.start(
+        {m_library.root(), databasePath(m_library.root()), false, [this](const QString& id) {
+             const Node* node = m_library.node(id);
+             return node ? node->path : QString();
+         }});
 }
 
 // Nobody asked for it here, so it is a step apart from whatever the person is doing.

@@ -116,8 +116,7 @@ TestDriver::Answer TestDriver::make(const QJsonObject& arguments)
 
 TestDriver::Answer TestDriver::move(const QJsonObject& arguments)
 {
-    m_application.edits().moveTo(
-        ids(arguments), arguments[u"parent"].toString(), point(arguments));
+    m_application.edits().moveTo(ids(arguments), arguments[u"parent"].toString(), point(arguments));
     return {QJsonObject(), {}};
 }
 

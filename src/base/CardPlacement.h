@@ -43,8 +43,8 @@ private:
 };
 
 // The free place nearest to the wanted centre for a card of this size, margin included, searched in
-// twelve rings around it; the wanted one when all of them are taken. `taken` holds the rectangles of
-// the cards that are there.
+// twelve rings around it; the wanted one when all of them are taken. `taken` holds the rectangles
+// of the cards that are there.
 QPointF freeSpot(QPointF wanted, QSizeF size, std::span<const QRectF> taken);
 
 // The margin that a new card keeps to its neighbours.

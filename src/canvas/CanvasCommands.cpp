@@ -119,8 +119,7 @@ QPointF CanvasCommands::spotFor(NodeKind kind, QPointF point) const
         point, QSizeF(size.width() + freeSpotMargin, size.height() + freeSpotMargin), taken);
 }
 
-QString CanvasCommands::make(
-    NodeKind kind, const QString& url, const QString& title, QPointF point)
+QString CanvasCommands::make(NodeKind kind, const QString& url, const QString& title, QPointF point)
 {
     Edits::Wish wish;
     wish.kind = kind;
@@ -184,8 +183,8 @@ void CanvasCommands::putBack(const std::vector<QString>& ids)
         return;
     const Node* first = m_library.node(came.front());
     const QString title = first->title.isEmpty() ? u"Corvelle"_s : first->title;
-    emit told(came.size() == 1 ? u"“%1” put back"_s.arg(title)
-                               : u"%1 items put back"_s.arg(came.size()),
+    emit told(
+        came.size() == 1 ? u"“%1” put back"_s.arg(title) : u"%1 items put back"_s.arg(came.size()),
         u"Put Back"_s);
 }
 
@@ -210,8 +209,8 @@ void CanvasCommands::moveInto(const std::vector<QString>& ids, const QString& fo
 {
     NextFreePlace places;
     for (const QString& id : m_library.children(folder))
-        places.include(QPointF(m_library.node(id)->x, m_library.node(id)->y),
-            cardSize(*m_library.node(id)));
+        places.include(
+            QPointF(m_library.node(id)->x, m_library.node(id)->y), cardSize(*m_library.node(id)));
     std::vector<Edits::Target> items;
     for (const QString& id : ids)
         items.push_back({id, places.next()});

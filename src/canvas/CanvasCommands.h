@@ -1,8 +1,8 @@
 // What a person can do to the cards of the open folder, as one call for each, however it is asked
 // for: by menu, key, dragging, dropping or pasting.
 //
-// Lives as long as the window, on the main thread. It decides where new cards land, selects them and
-// says what a toast tells.
+// Lives as long as the window, on the main thread. It decides where new cards land, selects them
+// and says what a toast tells.
 #pragma once
 
 #include "canvas/CanvasModel.h"
@@ -57,8 +57,8 @@ public:
     // Out of the open folder to one above it, beside the folder that they come from.
     void moveUp(const std::vector<QString>& ids, const QString& folder);
 
-    // Files, web addresses and text from outside, into a folder or, with an empty one, onto the open
-    // canvas at the point.
+    // Files, web addresses and text from outside, into a folder or, with an empty one, onto the
+    // open canvas at the point.
     void addUrls(const QList<QUrl>& urls, const QString& intoFolder, QPointF point);
     void addText(const QString& text, QPointF point);
 

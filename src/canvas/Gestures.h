@@ -65,12 +65,13 @@ public:
 
     const QString& lead() const { return m_lead; } // the card that was pressed
     const QSet<QString>& keys() const { return m_keys; }
-    QPointF pointer() const { return m_at; }   // on the screen
+    QPointF pointer() const { return m_at; }    // on the screen
     QPointF offset() const { return m_offset; } // in points of the canvas
 
     // The folder card under the pointer that takes what is carried; empty when none.
     QString dropTarget() const;
-    // Whether a folder can take what is carried: not the open one, none of them, nothing below them.
+    // Whether a folder can take what is carried: not the open one, none of them, nothing below
+    // them.
     bool accepts(const QString& folder) const;
 
     // Where the cards lie when they are let go on the canvas.
@@ -83,7 +84,7 @@ private:
     QString m_lead;
     QSet<QString> m_keys;
     std::map<QString, QPointF> m_origins;
-    QPointF m_start;  // of the press, on the canvas
+    QPointF m_start; // of the press, on the canvas
     QPointF m_startScreen, m_at;
     QPointF m_offset;
     bool m_moved = false;

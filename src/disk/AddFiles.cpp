@@ -46,8 +46,8 @@ Result<std::vector<ArrivingItem>> itemsAt(
         for (const DiskPlan::Entry& entry : entries)
             items.push_back(arriving(entry, prefix + entry.path.mid(name.size())));
     // By path a folder stands before what lies in it; siblings in the order people expect.
-    std::stable_sort(items.begin() + 1, items.end(),
-        [](const ArrivingItem& left, const ArrivingItem& right) {
+    std::stable_sort(
+        items.begin() + 1, items.end(), [](const ArrivingItem& left, const ArrivingItem& right) {
             const auto depth = [](const ArrivingItem& item) { return item.path.count(u'/'); };
             if (depth(left) != depth(right))
                 return depth(left) < depth(right);
@@ -100,8 +100,7 @@ std::vector<AddFiles::Source> AddFiles::sourcesOf(
             busy.push_back(name);
         } else if (const QString id = liveCard(path); !id.isEmpty()) {
             here.push_back(id);
-        } else if (path.startsWith(root + u'/') &&
-                   !path.startsWith(hiddenFolder(root) + u'/')) {
+        } else if (path.startsWith(root + u'/') && !path.startsWith(hiddenFolder(root) + u'/')) {
             looks = true;
         } else {
             sources.push_back({path, path.startsWith(root + u'/') || isVolatile(path)});
@@ -109,14 +108,13 @@ std::vector<AddFiles::Source> AddFiles::sourcesOf(
     }
     // What lies in another one of them comes with it.
     const auto covered = [&](const Source& inner) {
-        return std::any_of(sources.begin(), sources.end(), [&](const Source& outer) {
-            return inner.path.startsWith(outer.path + u'/');
-        });
+        return std::any_of(sources.begin(), sources.end(),
+            [&](const Source& outer) { return inner.path.startsWith(outer.path + u'/'); });
     };
     std::vector<Source> tops;
     for (const Source& source : sources) {
-        const bool twice = std::any_of(tops.begin(), tops.end(),
-            [&](const Source& top) { return top.path == source.path; });
+        const bool twice = std::any_of(
+            tops.begin(), tops.end(), [&](const Source& top) { return top.path == source.path; });
         if (!twice && !covered(source))
             tops.push_back(source);
     }
@@ -172,7 +170,8 @@ void AddFiles::add(const QStringList& paths, const QString& parent, QPointF poin
             }
             return found;
         },
-        this, [this, request](std::vector<Prepared> found) { prepared(request, std::move(found)); });
+        this,
+        [this, request](std::vector<Prepared> found) { prepared(request, std::move(found)); });
 }
 
 // Adding something by hand ends its having been deleted for good.
@@ -261,9 +260,8 @@ void AddFiles::tellFailures(const std::vector<std::pair<QString, Failure>>& fail
         logLine(u"import: "_s + failure.sentence());
     if (failures.empty())
         return;
-    const QString what = failures.size() == 1
-                             ? u"“%1”"_s.arg(failures.front().first)
-                             : u"%1 of these items"_s.arg(failures.size());
+    const QString what = failures.size() == 1 ? u"“%1”"_s.arg(failures.front().first)
+                                              : u"%1 of these items"_s.arg(failures.size());
     m_library.fail(u"Couldn’t add "_s + what + reasonText(failures.front().second));
 }
 

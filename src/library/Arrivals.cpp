@@ -150,8 +150,8 @@ private:
             node.byteSize = item.size;
             seen.modified = item.modified;
             if (node.isPicture())
-                if (const auto size = pictureSize(
-                        node.isLinked() ? item.path : m_job.root + u'/' + item.path)) {
+                if (const auto size =
+                        pictureSize(node.isLinked() ? item.path : m_job.root + u'/' + item.path)) {
                     node.width = size->width();
                     node.height = size->height();
                 }
@@ -321,18 +321,17 @@ void Arrivals::bringIn(std::vector<ArrivingItem> items, const QHash<QString, QSt
         const bool takesBack = done && !written;
         if (takesBack)
             if (const auto back = worker.takeBack(); !back)
-                logLine(
-                    u"import, taking back what was written: "_s + back.failure().sentence());
-        SerialQueue::onMain(guard, [this, done = std::move(done), takesBack,
-                                       overtaken = worker.wasOvertaken(),
-                                       ids = worker.written(), placed = worker.placed()] {
-            m_overtaken |= overtaken;
-            if (takesBack)
-                m_library.tookAway(ids);
-            ended();
-            if (done)
-                done({takesBack ? std::vector<QString>() : placed, takesBack});
-        });
+                logLine(u"import, taking back what was written: "_s + back.failure().sentence());
+        SerialQueue::onMain(
+            guard, [this, done = std::move(done), takesBack, overtaken = worker.wasOvertaken(),
+                       ids = worker.written(), placed = worker.placed()] {
+                m_overtaken |= overtaken;
+                if (takesBack)
+                    m_library.tookAway(ids);
+                ended();
+                if (done)
+                    done({takesBack ? std::vector<QString>() : placed, takesBack});
+            });
     });
 }
 

@@ -1,5 +1,5 @@
-// What a step of undo changed, as data: enough to check it against the library as it stands, to take
-// it back and to do it again, also after a restart.
+// What a step of undo changed, as data: enough to check it against the library as it stands, to
+// take it back and to do it again, also after a restart.
 #pragma once
 
 #include <QByteArray>
@@ -81,7 +81,7 @@ struct Fans // as their owner stores them; null for none
 struct FileEdit
 {
     QString id;
-    QString version; // where the earlier contents lie, relative to the root
+    QString version;             // where the earlier contents lie, relative to the root
     std::optional<double> stamp; // the file's modification time after the edit
     bool operator==(const FileEdit&) const = default;
 };

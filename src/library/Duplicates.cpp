@@ -114,8 +114,8 @@ std::optional<Duplicates::Original> Duplicates::originalOf(const QString& id)
         return Original{id, path};
     const QString told =
         u"Couldn’t duplicate “%1”: it can’t be found on this Mac."_s.arg(node->title);
-    m_library.fail(node->isLinked() ? told + u" Find it with Locate… in its menu, then try again."_s
-                                    : told);
+    m_library.fail(
+        node->isLinked() ? told + u" Find it with Locate… in its menu, then try again."_s : told);
     return std::nullopt;
 }
 
@@ -148,7 +148,8 @@ void Duplicates::duplicate(const std::vector<QString>& ids)
                     copies.push_back(copyFiles(original.id, original.source, staging, {}));
             return copies;
         },
-        this, [this, staging](const std::vector<Copied>& copies) {
+        this,
+        [this, staging](const std::vector<Copied>& copies) {
             m_edits.journal().closeGesture();
             take(copies);
             m_edits.journal().closeGesture();

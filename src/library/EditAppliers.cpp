@@ -77,8 +77,8 @@ public:
 
     Look operator()(change::Moved moved) const
     {
-        return compared(std::move(moved), &change::Moved::places,
-            [this](const Node& node, const Place& place) {
+        return compared(
+            std::move(moved), &change::Moved::places, [this](const Node& node, const Place& place) {
                 if (m_library.isInTrash(node.id))
                     return name(node.id) + u" is in the Trash."_s;
                 return node.parentID == place.parent
@@ -115,7 +115,8 @@ private:
     template<class Times>
     Look existing(Times change) const
     {
-        std::erase_if(change.times, [&](const auto& entry) { return !m_library.node(entry.first); });
+        std::erase_if(
+            change.times, [&](const auto& entry) { return !m_library.node(entry.first); });
         if (change.times.empty())
             return LookGone{};
         return LookFine{std::move(change)};

@@ -18,8 +18,8 @@ public:
     // Nodes made, trashed, put back, renamed, coloured, moved and placed.
     void registerAt(UndoJournal& journal);
 
-    Look look(const Change& change, UndoDirection direction,
-        const QSet<QString>& touched) const override;
+    Look look(
+        const Change& change, UndoDirection direction, const QSet<QString>& touched) const override;
     std::optional<Change> apply(const Change& change, UndoDirection direction) override;
 
 private:

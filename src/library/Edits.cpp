@@ -166,8 +166,8 @@ Result<void> Edits::relocate(
     if (onDisk) {
         if (auto made = makeFolder(QFileInfo(target).path()); !made)
             return made;
-        if (auto moved = onlyCase ? renameCase(source, target)
-                                  : moveItem(source, target, work.ticks());
+        if (auto moved =
+                onlyCase ? renameCase(source, target) : moveItem(source, target, work.ticks());
             !moved)
             return moved;
     }
@@ -180,8 +180,8 @@ Result<void> Edits::relocate(
     });
     if (!written) {
         if (onDisk)
-            if (auto back = onlyCase ? renameCase(target, source)
-                                     : moveItem(target, source, work.ticks());
+            if (auto back =
+                    onlyCase ? renameCase(target, source) : moveItem(target, source, work.ticks());
                 !back)
                 logLine(u"move back: "_s + back.failure().sentence());
         return written;
@@ -445,9 +445,9 @@ bool Edits::savePositions(const std::map<QString, QPointF>& points, const QStrin
     change::Placed step;
     std::map<QString, QPointF> wanted;
     for (const auto& [id, point] : points)
-        if (const Node* node = m_library.node(id);
-            node && std::isfinite(point.x()) && std::isfinite(point.y()) &&
-            (node->x != point.x() || node->y != point.y())) {
+        if (const Node* node = m_library.node(id); node && std::isfinite(point.x()) &&
+                                                   std::isfinite(point.y()) &&
+                                                   (node->x != point.x() || node->y != point.y())) {
             step.points[id] = {QPointF(node->x, node->y), point};
             wanted[id] = point;
         }

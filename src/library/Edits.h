@@ -1,10 +1,10 @@
 // Every change that a person or the coworker makes to the tree.
 //
-// One for each library, on the main thread. Each operation checks, acts on disk, writes the database
-// in one transaction, changes the memory and records an undo step, in this order. Disk and database
-// can't share a transaction: when the second fails, the first is taken back. A failure changes
-// nothing, reaches the person by Library::fail and the log with its cause; operations on several
-// items go on with the others. Nothing happens while no library is open.
+// One for each library, on the main thread. Each operation checks, acts on disk, writes the
+// database in one transaction, changes the memory and records an undo step, in this order. Disk and
+// database can't share a transaction: when the second fails, the first is taken back. A failure
+// changes nothing, reaches the person by Library::fail and the log with its cause; operations on
+// several items go on with the others. Nothing happens while no library is open.
 #pragma once
 
 #include "base/SerialQueue.h"
@@ -35,9 +35,9 @@ public:
     struct Wish
     {
         NodeKind kind = NodeKind::Page;
-        QString title;  // blank: the kind's own
-        QString parent; // empty: the top of the space
-        QPointF point;  // the card's centre
+        QString title;                  // blank: the kind's own
+        QString parent;                 // empty: the top of the space
+        QPointF point;                  // the card's centre
         std::optional<NodeColor> color; // none: gray; for a folder a random one, not a sibling's
         QString url;                    // of a website
     };
@@ -53,8 +53,8 @@ public:
         QString id;
         QPointF point;
     };
-    // Moves into another folder, in the order given. What lies there already only changes its place;
-    // a folder that would land in itself is passed over. Those that went.
+    // Moves into another folder, in the order given. What lies there already only changes its
+    // place; a folder that would land in itself is passed over. Those that went.
     std::vector<QString> move(const std::vector<Target>& items, const QString& parent);
 
     // The same, laid out around a point: each at the free spot nearest to it.
@@ -88,8 +88,8 @@ public:
 
     // A free name in a folder on disk, that no card has either: one whose file has been taken away
     // still has its path.
-    QString freeName(const QString& name, const QString& folder, NodeKind kind,
-        const QString& self = {}) const;
+    QString freeName(
+        const QString& name, const QString& folder, NodeKind kind, const QString& self = {}) const;
 
     // Waits for what is removed in the background.
     void drain() { m_removals.drain(); }
@@ -109,7 +109,8 @@ private:
     bool hasCard(const QString& absolutePath) const;
     Result<void> write(const DatabaseStep& step);
     Result<void> writeNode(const Node& node, const SeenFile& seen, const QString& url);
-    Result<void> relocate(Node& node, const QString& target, const DatabaseStep& step, LongWork& work);
+    Result<void> relocate(
+        Node& node, const QString& target, const DatabaseStep& step, LongWork& work);
     void put(Node node);
     Result<void> moveOne(const Node& from, const Place& place, LongWork& work);
     bool applyPlaces(const std::map<QString, Place>& places);

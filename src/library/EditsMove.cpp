@@ -55,8 +55,8 @@ std::vector<QString> Edits::move(const std::vector<Target>& items, const QString
         const Place before = placeOf(*node);
         Place after{parent, item.point.x(), item.point.y(), before.position};
         if (node->parentID != parent)
-            after.position = position =
-                position.isEmpty() ? m_library.tree().nextPosition(parent) : positionAfter(position);
+            after.position = position = position.isEmpty() ? m_library.tree().nextPosition(parent)
+                                                           : positionAfter(position);
         const QString title = node->title;
         if (auto moved = moveOne(*node, after, work); !moved) {
             logLine(u"move: "_s + moved.failure().sentence());
@@ -88,8 +88,7 @@ std::vector<QString> Edits::moveTo(
     std::vector<Target> items;
     for (const QString& id : ids)
         if (const Node* node = m_library.node(id)) {
-            const QSizeF size =
-                cardSize(*node) + QSizeF(freeSpotMargin, freeSpotMargin);
+            const QSizeF size = cardSize(*node) + QSizeF(freeSpotMargin, freeSpotMargin);
             const QPointF centre = freeSpot(point, size, taken);
             taken.emplace_back(centre - QPointF(size.width() / 2, size.height() / 2), size);
             items.push_back({id, centre});
@@ -135,7 +134,8 @@ bool Edits::applyPlaces(const std::map<QString, Place>& places)
         if (!node)
             continue;
         const QString title = node->title, problem = parentProblem(place.parent);
-        auto moved = problem.isNull() ? moveOne(*node, place, work) : Result<void>(Failure(problem));
+        auto moved =
+            problem.isNull() ? moveOne(*node, place, work) : Result<void>(Failure(problem));
         if (moved)
             continue;
         logLine(u"move back: "_s + moved.failure().sentence());

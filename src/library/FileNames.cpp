@@ -114,8 +114,8 @@ QString uniqueName(const QString& name, const QString& folder, NameOf of, const 
         const QString path = folder + u'/' + candidate;
         if (isTaken && path != self && isTaken(path))
             return false;
-        return !isThere(path) || (!self.isEmpty() && lowerCased(path) == lowerCased(self) &&
-                                     isSameItem(path, self));
+        return !isThere(path) ||
+               (!self.isEmpty() && lowerCased(path) == lowerCased(self) && isSameItem(path, self));
     };
     if (isFree(name))
         return name;

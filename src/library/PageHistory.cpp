@@ -11,7 +11,9 @@ Result<std::pair<qint64, qint64>> weight(SQLite& connection, const QString& node
     std::pair<qint64, qint64> bytesAndCount;
     auto asked = connection.each(
         "SELECT coalesce(sum(bytes), 0), count(*) FROM page_history WHERE node_id = ?", {node},
-        [&](const SQLRow& row) { bytesAndCount = {row.integer(0), row.integer(1)}; });
+        [&](const SQLRow& row) {
+            bytesAndCount = {row.integer(0), row.integer(1)};
+        });
     if (!asked)
         return asked.failure();
     return bytesAndCount;
@@ -79,9 +81,8 @@ Result<void> addState(SQLite& connection, const QString& node, const PageState& 
 
 void PageHistory::add(const QString& node, const PageState& state)
 {
-    m_store.write([=, limits = m_limits](SQLite& connection) {
-        return addState(connection, node, state, limits);
-    });
+    m_store.write([=, limits = m_limits](
+                      SQLite& connection) { return addState(connection, node, state, limits); });
 }
 
 void PageHistory::replaceAll(

@@ -1,4 +1,5 @@
-// Whole states of pages, oldest first, from which a page's own undo is filled again after a restart.
+// Whole states of pages, oldest first, from which a page's own undo is filled again after a
+// restart.
 //
 // Bounded for a state, a page and the library; the oldest goes first. Written on the queue of the
 // undo journal, in the order of the calls.
@@ -35,7 +36,8 @@ public:
     // A state too big for the history takes all of its page's history along.
     void add(const QString& node, const PageState& state);
     // When the history can't be continued.
-    void replaceAll(const QString& node, const std::optional<PageState>& first, const PageState& then);
+    void replaceAll(
+        const QString& node, const std::optional<PageState>& first, const PageState& then);
     // When the typing goes on in the newest state, which must still be `old`.
     void replaceLast(const QString& node, const PageState& old, const QString& doc);
     // When a page is edited after an undo: the states behind `state` go.

@@ -26,7 +26,8 @@ Result<void> writePage(SQLite& connection, const QString& id, const QString& doc
     return connection.run("UPDATE nodes SET updated_at = ? WHERE id = ?", {stamp, id});
 }
 
-Result<void> writeWords(SQLite& connection, const QString& id, const QString& plainWords, double stamp)
+Result<void> writeWords(
+    SQLite& connection, const QString& id, const QString& plainWords, double stamp)
 {
     return connection.run(
         "INSERT INTO node_text (node_id, source, text) SELECT ?, 'page', ? WHERE (SELECT "
@@ -59,8 +60,8 @@ double PageSaves::nextStamp(const QString& id)
     return std::max(now(), std::nextafter(last, std::numeric_limits<double>::infinity()));
 }
 
-Result<double> PageSaves::saveNow(const QString& id, const QString& doc, const QString& words,
-    std::optional<double> expected)
+Result<double> PageSaves::saveNow(
+    const QString& id, const QString& doc, const QString& words, std::optional<double> expected)
 {
     Q_ASSERT(onMainThread());
     if (m_writing.contains(id)) {
@@ -90,10 +91,10 @@ void PageSaves::save(const QString& id, const QString& doc, const QString& words
     m_queue.run(
         [path = databasePath(m_library.root()), id, doc, words, fresh] {
             auto connection = SQLite::open(path);
-            const auto written = !connection ? Result<void>(connection.failure())
-                                             : connection->transaction([&] {
-                                                   return writePage(*connection, id, doc, fresh);
-                                               });
+            const auto written =
+                !connection ? Result<void>(connection.failure()) : connection->transaction([&] {
+                    return writePage(*connection, id, doc, fresh);
+                });
             if (!written)
                 logLine(u"Couldn't save page: "_s + written.failure().sentence());
             else if (auto stored = writeWords(*connection, id, words, fresh); !stored)

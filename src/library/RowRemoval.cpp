@@ -90,21 +90,21 @@ Result<void> deleteRows(SQLite& connection, const std::vector<QString>& ids,
         return done;
     for (const char* table : {"pages", "node_text", "links", "link_bookmarks", "went_away",
              "edit_originals", "page_history"})
-        if (auto done = deleteAll(
-                QByteArray("DELETE FROM ") + table + " WHERE node_id = ?", false);
+        if (auto done = deleteAll(QByteArray("DELETE FROM ") + table + " WHERE node_id = ?", false);
             !done)
             return done;
     if (auto done = deleteAll("DELETE FROM file_notes WHERE node_id = ?", true); !done)
         return done;
     for (const QString& top : topmost(std::move(linked)))
-        if (auto done = connection.run(
-                "INSERT OR IGNORE INTO forgotten_links (path) VALUES (?)", {top});
+        if (auto done =
+                connection.run("INSERT OR IGNORE INTO forgotten_links (path) VALUES (?)", {top});
             !done)
             return done;
     // What somebody has meanwhile moved out of a trashed folder without moving its file still
     // needs that file.
-    auto needed = connection.prepare("SELECT 1 FROM nodes WHERE path >= '.corvelle/Trash/' || ?1 || "
-                                     "'/' AND path < '.corvelle/Trash/' || ?1 || '0' LIMIT 1");
+    auto needed =
+        connection.prepare("SELECT 1 FROM nodes WHERE path >= '.corvelle/Trash/' || ?1 || "
+                           "'/' AND path < '.corvelle/Trash/' || ?1 || '0' LIMIT 1");
     if (!needed)
         return needed.failure();
     for (const QString& id : ids) {

@@ -12,9 +12,9 @@ namespace corvelle {
 Result<void> collectBelow(
     SQLite& connection, const std::vector<QString>& ids, std::vector<QString>& found);
 
-// Deletes the rows of the nodes everywhere and notes the topmost paths of items linked from outside,
-// so that no look at the disk brings them back. `cleared` gets the ids whose own files nothing needs
-// any more. Joins an open transaction.
+// Deletes the rows of the nodes everywhere and notes the topmost paths of items linked from
+// outside, so that no look at the disk brings them back. `cleared` gets the ids whose own files
+// nothing needs any more. Joins an open transaction.
 Result<void> deleteRows(SQLite& connection, const std::vector<QString>& ids,
     std::vector<QString>& cleared, const std::function<void()>& tick);
 

@@ -154,10 +154,11 @@ Result<void> insertNode(SQLStatement& insert, const Node& node, const SeenFile& 
     // Bit for bit into the signed column.
     const SQLValue fileID =
         seen.fileID ? SQLValue(static_cast<qint64>(*seen.fileID)) : SQLValue(nullptr);
-    return insert.run({node.id, node.spaceID, textOrNull(node.parentID), word(node.kind), node.title,
-        textOrNull(node.icon), word(node.color), node.x, node.y, node.position, textOrNull(node.path),
-        node.createdAt, node.updatedAt, node.deletedAt, textOrNull(node.mime), node.byteSize,
-        node.width, node.height, textOrNull(node.url), fileID, seen.modified});
+    return insert.run({node.id, node.spaceID, textOrNull(node.parentID), word(node.kind),
+        node.title, textOrNull(node.icon), word(node.color), node.x, node.y, node.position,
+        textOrNull(node.path), node.createdAt, node.updatedAt, node.deletedAt,
+        textOrNull(node.mime), node.byteSize, node.width, node.height, textOrNull(node.url), fileID,
+        seen.modified});
 }
 
 } // namespace corvelle

@@ -280,8 +280,8 @@ void UndoJournal::start(const Opening& opening)
     rebuild();
     connect(&m_manager, &UndoManager::groupClosed, this, &UndoJournal::groupClosed);
     if (!m_steps.empty())
-        logLine(u"undo journal: %1 steps to undo, %2 to redo"_s.arg(m_done.size()).arg(
-            m_undone.size()));
+        logLine(u"undo journal: %1 steps to undo, %2 to redo"_s.arg(m_done.size())
+                    .arg(m_undone.size()));
 }
 
 void UndoJournal::readRows(std::vector<qint64>& dropped)
@@ -293,8 +293,8 @@ void UndoJournal::readRows(std::vector<qint64>& dropped)
         return connection.run("DELETE FROM page_history WHERE at < ?", {cutoff});
     });
     m_store.read([&](SQLite& connection) {
-        const auto asked = connection.each("SELECT seq, undone, step FROM undo_journal ORDER BY seq",
-            {}, [&](const SQLRow& row) {
+        const auto asked = connection.each(
+            "SELECT seq, undone, step FROM undo_journal ORDER BY seq", {}, [&](const SQLRow& row) {
                 const qint64 seq = row.integer(0);
                 m_nextSeq = std::max(m_nextSeq, seq + 1);
                 auto step = stepFromJson(row.utf8(2).toByteArray());
@@ -346,8 +346,8 @@ void UndoJournal::tidyVersions(const Opening& opening, std::vector<qint64>& drop
     parkVersions(opening.root, needed);
 }
 
-// Registers each step as it came, then takes those back that were undone: while rebuilding that only
-// puts them on the other stack.
+// Registers each step as it came, then takes those back that were undone: while rebuilding that
+// only puts them on the other stack.
 void UndoJournal::rebuild()
 {
     m_rebuilding = true;

@@ -3,8 +3,8 @@
 // The UndoManager orders undo and redo and names them; the journal holds what each step changed, in
 // the table `undo_journal`, and fills the manager again at the next start. A step is never trusted:
 // before it is applied, each of its changes is compared by its owner with what stands now, and a
-// step that was overtaken is refused with a sentence and forgotten. The journal knows no owner; each
-// registers a ChangeApplier for its cases. On the main thread.
+// step that was overtaken is refused with a sentence and forgotten. The journal knows no owner;
+// each registers a ChangeApplier for its cases. On the main thread.
 #pragma once
 
 #include "library/ChangeApplier.h"
@@ -100,8 +100,8 @@ private:
 
     std::map<qint64, Step> m_steps;
     std::map<qint64, std::unique_ptr<Target>> m_targets;
-    std::deque<qint64> m_done;     // can be undone, oldest first
-    std::vector<qint64> m_undone;  // can be done again, the next one last
+    std::deque<qint64> m_done;    // can be undone, oldest first
+    std::vector<qint64> m_undone; // can be done again, the next one last
     std::optional<qint64> m_gathering;
     qint64 m_nextSeq = 1;
     bool m_started = false;

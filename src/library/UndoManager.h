@@ -1,8 +1,8 @@
 // The order of what can be undone and done again: a stack of named groups of actions for each.
 //
-// On the main thread. What is registered while an action of undo runs belongs to the redo of it, and
-// the other way round. With groupsByEvent the first registration opens a group, and the next turn of
-// the event loop closes it, so that all that one gesture changes is one step.
+// On the main thread. What is registered while an action of undo runs belongs to the redo of it,
+// and the other way round. With groupsByEvent the first registration opens a group, and the next
+// turn of the event loop closes it, so that all that one gesture changes is one step.
 #pragma once
 
 #include <QObject>

@@ -1,8 +1,8 @@
 // Where the undo journal and the pages' histories are written: one queue, `corvelle.undo-journal`,
 // with one connection that it opens at its first use and keeps.
 //
-// Calls are carried out in their order. A write that fails is rolled back and logged, and nothing is
-// shown: what it held then lives only until the quit.
+// Calls are carried out in their order. A write that fails is rolled back and logged, and nothing
+// is shown: what it held then lives only until the quit.
 #pragma once
 
 #include "base/SerialQueue.h"

@@ -21,7 +21,8 @@ constexpr QStringView hidden = u".corvelle/";
 
 QString parkedPath(const QString& path)
 {
-    const bool ours = path.startsWith(u".corvelle/versions/") || path.startsWith(u".corvelle/edits/");
+    const bool ours =
+        path.startsWith(u".corvelle/versions/") || path.startsWith(u".corvelle/edits/");
     if (!ours || path.contains(QChar(u'\0')) || QDir::cleanPath(path) != path)
         return {};
     return u".corvelle/undo/"_s + path.mid(hidden.size());

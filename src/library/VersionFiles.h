@@ -23,7 +23,8 @@ QString findVersion(const QString& root, const QString& path);
 // Brings a parked file back to its path. Whether it lies there now.
 bool unparkVersion(const QString& root, const QString& path);
 
-// The paths that a step needs. `shownPath` tells what a node shows now: a copy in use is no version.
+// The paths that a step needs. `shownPath` tells what a node shows now: a copy in use is no
+// version.
 std::vector<QString> versionPaths(
     const Step& step, const std::function<QString(const QString& nodeID)>& shownPath);
 

@@ -24,8 +24,8 @@ namespace {
 // A name that every look at the folder passes over, for what isn't whole yet.
 QString partBeside(const QString& target)
 {
-    return QFileInfo(target).path() + u"/.corvelle-"_s + QUuid::createUuid().toString(QUuid::Id128) +
-           u".part"_s;
+    return QFileInfo(target).path() + u"/.corvelle-"_s +
+           QUuid::createUuid().toString(QUuid::Id128) + u".part"_s;
 }
 
 int renameToFreePath(const QByteArray& from, const QByteArray& to)
@@ -92,8 +92,7 @@ Result<void> copyItem(
     const QString& from, const QString& to, const WorkTick& tick, const CopyFault& passOver)
 {
     const QString part = partBeside(to);
-    auto copied =
-        copyTree(QFile::encodeName(from), QFile::encodeName(part), {tick, passOver});
+    auto copied = copyTree(QFile::encodeName(from), QFile::encodeName(part), {tick, passOver});
     if (copied)
         if (const int error = renameToFreePath(QFile::encodeName(part), QFile::encodeName(to)))
             copied = systemFailure(error, to);

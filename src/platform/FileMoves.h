@@ -1,8 +1,8 @@
 // Moving, copying and deleting what a person keeps.
 //
 // Nothing here ever replaces what is there, follows a symbolic link or crosses into another device:
-// a disk that is mounted somewhere below is neither copied, moved nor emptied. A failure carries the
-// number of the system's error. Any thread; paths are absolute.
+// a disk that is mounted somewhere below is neither copied, moved nor emptied. A failure carries
+// the number of the system's error. Any thread; paths are absolute.
 #pragma once
 
 #include "base/Result.h"

@@ -70,7 +70,8 @@ Descriptor openFolder(const Name& at)
         ::openat(at.folder, at.name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
-// Where a folder lies. A bind mount shows another place of the same device, so the mount counts too.
+// Where a folder lies. A bind mount shows another place of the same device, so the mount counts
+// too.
 struct Volume
 {
     quint64 device = 0;

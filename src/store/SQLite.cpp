@@ -204,8 +204,7 @@ Result<void> SQLite::execute(const QByteArray& sql)
         return {};
     const QString told = QString::fromUtf8(message ? message : sqlite3_errmsg(m_handle.get()));
     sqlite3_free(message);
-    return Failure(
-        u"step: "_s + told, sqlite3_errcode(m_handle.get()) == SQLITE_FULL ? ENOSPC : 0);
+    return Failure(u"step: "_s + told, sqlite3_errcode(m_handle.get()) == SQLITE_FULL ? ENOSPC : 0);
 }
 
 Result<SQLStatement> SQLite::prepare(const QByteArray& sql)

@@ -157,8 +157,8 @@ public:
 
     bool hasTable(const QByteArray& name);
 
-    // Called now and then while a statement runs, on its thread; it may not use the connection. None
-    // takes it away.
+    // Called now and then while a statement runs, on its thread; it may not use the connection.
+    // None takes it away.
     void setTick(std::function<void()> tick);
 
     // Ends a running statement from another thread.

@@ -26,7 +26,10 @@ protected:
         start();
     }
     QString id(const QString& path) { return program->tree().idAt("My Space/" + path); }
-    QJsonObject node(const QString& nodeID) { return program->tell("node", {{"id", nodeID}}).toObject(); }
+    QJsonObject node(const QString& nodeID)
+    {
+        return program->tell("node", {{"id", nodeID}}).toObject();
+    }
     QPointF place(const QString& path) { return program->onScreen(node(id(path))); }
     QStringList names(const QString& list)
     {
@@ -171,7 +174,10 @@ TEST_F(Editing, theMenusDoWhatTheySay)
     EXPECT_TRUE(exists("Alpha copy/one.txt"));
     program->key("Menu");
     choose("copy");
-    EXPECT_TRUE(program->tell("clipboard").toObject()["text/plain"].toString().startsWith("corvelle://item/"));
+    EXPECT_TRUE(program->tell("clipboard")
+                    .toObject()["text/plain"]
+                    .toString()
+                    .startsWith("corvelle://item/"));
     program->tell("select", {{"ids", QJsonArray()}});
     program->key("Menu");
     QString undoWords;
@@ -200,8 +206,8 @@ TEST_F(Editing, filesAddressesAndTextAreDroppedFromOutside)
     EXPECT_TRUE(exists("note.txt")) << "what lies in a folder for temporary files is copied";
     EXPECT_EQ(names("undo").value(0), "Add Files");
     const QPointF alpha = place("Alpha");
-    program->tell("drop", {{"x", alpha.x()}, {"y", alpha.y()},
-                              {"urls", QJsonArray{home.path("outside")}}});
+    program->tell(
+        "drop", {{"x", alpha.x()}, {"y", alpha.y()}, {"urls", QJsonArray{home.path("outside")}}});
     program->settle();
     EXPECT_TRUE(exists("Alpha/outside/note.txt"));
     program->tell("drop", {{"x", 300}, {"y", 700}, {"text", "see https://example.com/a, please"}});
@@ -211,7 +217,8 @@ TEST_F(Editing, filesAddressesAndTextAreDroppedFromOutside)
     const Tree tree = program->tree();
     for (const QJsonValue& each : tree.nodes())
         titles.append(each["title"].toString() + "|" + each["url"].toString());
-    EXPECT_TRUE(titles.contains("example.com|https://example.com/a")) << titles.join("\n").toStdString();
+    EXPECT_TRUE(titles.contains("example.com|https://example.com/a"))
+        << titles.join("\n").toStdString();
     EXPECT_TRUE(titles.contains("A title|"));
 }
 

@@ -46,8 +46,8 @@ public:
             });
         EXPECT_TRUE(library.open(openLibrary({root, true}, mode)))
             << library.loadError().toStdString();
-        journal.start({library.root(), databasePath(library.root()),
-            mode == OpenMode::ToolServer, {}});
+        journal.start(
+            {library.root(), databasePath(library.root()), mode == OpenMode::ToolServer, {}});
     }
     ~EditedLibrary() { journal.quit(); }
 

@@ -152,8 +152,9 @@ TEST_F(EditsTest, parentsThatCannotTakeAnythingSayWhy)
     const QString lost = lib.folder("Lost");
     QDir(lib.path(lost)).removeRecursively();
     EXPECT_TRUE(lib.make(NodeKind::Page, "x", lost).isEmpty());
-    EXPECT_EQ(lib.lastFailure(), QString::fromUtf8("Can’t find “Lost” in the library folder. If it was "
-                                                   "renamed or moved in Finder, put it back as it was."));
+    EXPECT_EQ(
+        lib.lastFailure(), QString::fromUtf8("Can’t find “Lost” in the library folder. If it was "
+                                             "renamed or moved in Finder, put it back as it was."));
     const QString page = lib.make(NodeKind::Page, "page");
     QDir(space()).rename(space(), folder.path("elsewhere"));
     EXPECT_TRUE(lib.edits.move({{page, {1, 1}}}, QString()).empty());
@@ -198,8 +199,9 @@ TEST_F(EditsTest, deletingForGoodTakesAllBelowAndNoFileOutside)
     EXPECT_TRUE(QFileInfo::exists(outside.path("keep/inner.txt"))) << "a link is never followed";
     const size_t steps = lib.manager.undoNames().size();
     EXPECT_TRUE(lib.undo());
-    EXPECT_EQ(lib.refusals.last(), QString::fromUtf8("Couldn’t undo Move to Trash | What it changed "
-                                                     "was deleted for good."));
+    EXPECT_EQ(
+        lib.refusals.last(), QString::fromUtf8("Couldn’t undo Move to Trash | What it changed "
+                                               "was deleted for good."));
     EXPECT_EQ(lib.manager.undoNames().size(), steps - 1) << "the next step stands there";
 }
 
@@ -270,8 +272,9 @@ TEST_F(EditsTest, duplicatesTakeEverythingAlong)
     EXPECT_EQ(lib.library.children(copy).size(), 2u);
     EXPECT_FALSE(lib.find("Page copy").isEmpty());
     int texts = 0, docs = 0;
-    ASSERT_TRUE(lib.library.connection().each("SELECT text FROM node_text WHERE text = 'some words'",
-        {}, [&](const SQLRow&) { ++texts; }));
+    ASSERT_TRUE(
+        lib.library.connection().each("SELECT text FROM node_text WHERE text = 'some words'", {},
+            [&](const SQLRow&) { ++texts; }));
     ASSERT_TRUE(lib.library.connection().each("SELECT doc FROM pages", {},
         [&](const SQLRow& row) { docs += row.text(0) == "{\"type\":\"doc\"}"; }));
     EXPECT_EQ(texts, 3) << "the page, its copy in the folder's copy, and its own copy";
@@ -301,8 +304,8 @@ TEST_F(EditsTest, aFullDiskAFailingCommitAndABusyDatabaseChangeNothing)
         EXPECT_EQ(lib.node(home).title, "Home") << fault;
         EXPECT_FALSE(QFileInfo::exists(space("New"))) << fault << ": a folder was left behind";
         EXPECT_TRUE(QDir(folder.path(".corvelle/Trash")).isEmpty()) << fault;
-        const auto row = lib.library.connection().query(
-            "SELECT path FROM nodes WHERE id = ?", {file}, [](const SQLRow& r) { return r.text(0); });
+        const auto row = lib.library.connection().query("SELECT path FROM nodes WHERE id = ?",
+            {file}, [](const SQLRow& r) { return r.text(0); });
         EXPECT_EQ(row->front(), "My Space/Home/a.txt") << fault;
     };
     const size_t steps = lib.manager.undoNames().size();
@@ -310,11 +313,12 @@ TEST_F(EditsTest, aFullDiskAFailingCommitAndABusyDatabaseChangeNothing)
     tryAll();
     injectDiskFault(nullptr);
     isAsBefore("full disk");
-    EXPECT_TRUE(lib.failures.contains(QString::fromUtf8(
-        "Couldn’t rename “Home”: there isn’t enough space on the disk. Free up some space, then try "
-        "again.")));
-    EXPECT_TRUE(lib.failures.contains(
-        QString::fromUtf8("Couldn’t move “Home” to the Trash. Try again.")));
+    EXPECT_TRUE(
+        lib.failures.contains(QString::fromUtf8("Couldn’t rename “Home”: there isn’t enough space "
+                                                "on the disk. Free up some space, then try "
+                                                "again.")));
+    EXPECT_TRUE(
+        lib.failures.contains(QString::fromUtf8("Couldn’t move “Home” to the Trash. Try again.")));
 
     sqlite3* handle = lib.library.connection().handle();
     sqlite3_commit_hook(handle, failCommit, nullptr);
@@ -346,7 +350,8 @@ TEST_F(EditsTest, anotherDeviceIsCopiedToSyncedAndThenEmptied)
     EXPECT_TRUE(QFileInfo(space("Other/Home/link")).isSymLink());
     EXPECT_FALSE(QFileInfo::exists(space("Home")));
     EXPECT_TRUE(QFileInfo::exists("/etc/passwd"));
-    EXPECT_TRUE(QDir(space("Other")).entryList(QDir::Hidden | QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot) ==
+    EXPECT_TRUE(QDir(space("Other"))
+                    .entryList(QDir::Hidden | QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot) ==
                 QStringList("Home"));
 
     // More than it copies: nothing happens.
@@ -410,7 +415,8 @@ TEST_F(EditsTest, undoRefusesWhatWasChangedSinceAndTheRestStays)
     elsewhere("UPDATE nodes SET deleted_at = 5 WHERE title = 'Page'");
     lib.refusals.clear();
     EXPECT_TRUE(lib.undo());
-    EXPECT_EQ(lib.refusals.value(0), QString::fromUtf8("Couldn’t undo Move | “Page” is in the Trash."));
+    EXPECT_EQ(
+        lib.refusals.value(0), QString::fromUtf8("Couldn’t undo Move | “Page” is in the Trash."));
 
     // Of two nodes one is gone for good: the other is still taken back.
     const QString d = lib.folder("D"), e = lib.folder("E");
@@ -449,7 +455,7 @@ TEST_F(EditsTest, aSaveThatWasOvertakenLeavesTheLaterWords)
     EXPECT_FALSE(lib.pageSaves.saveNow(page, "{\"a\":3}", "lost", first)) << "the stamp moved on";
     lib.pageSaves.drain();
     QString words;
-    ASSERT_TRUE(lib.library.connection().each("SELECT text FROM node_text WHERE node_id = ?", {page},
-        [&](const SQLRow& row) { words = row.text(0); }));
+    ASSERT_TRUE(lib.library.connection().each("SELECT text FROM node_text WHERE node_id = ?",
+        {page}, [&](const SQLRow& row) { words = row.text(0); }));
     EXPECT_EQ(words, "late");
 }

@@ -38,7 +38,8 @@ TEST(MountsChild, DISABLED_editsAroundMounts)
         QDir().mkpath(at(name));
     ASSERT_EQ(::mount("none", at("Box/Disk").toUtf8(), "tmpfs", 0, nullptr), 0);
     // A bind mount is on the same device as the library.
-    ASSERT_EQ(::mount(outside.path().toUtf8(), at("Box/Bound").toUtf8(), nullptr, MS_BIND, nullptr), 0);
+    ASSERT_EQ(
+        ::mount(outside.path().toUtf8(), at("Box/Bound").toUtf8(), nullptr, MS_BIND, nullptr), 0);
     write("Box/Disk/onDisk.txt");
     write("Box/own.txt");
     EditedLibrary lib(root);
@@ -69,8 +70,9 @@ TEST(MountsChild, DISABLED_editsAroundMounts)
     ASSERT_TRUE(lib.settle());
     EXPECT_TRUE(QFileInfo::exists(outside.path("again.txt")));
     int left = 0;
-    for (QDirIterator files(root, {"again*.txt", "own.txt"},
-             QDir::Files | QDir::Hidden, QDirIterator::Subdirectories); files.hasNext(); ++left)
+    for (QDirIterator files(root, {"again*.txt", "own.txt"}, QDir::Files | QDir::Hidden,
+             QDirIterator::Subdirectories);
+         files.hasNext(); ++left)
         EXPECT_NE(QFileInfo(files.next()).fileName(), "own.txt");
     EXPECT_EQ(left, 2) << "one on the disk, one through the bind mount";
 }

@@ -22,8 +22,9 @@ unsigned seedFrom(const char* name, unsigned fallback)
 
 int rounds(int usual)
 {
-    return qEnvironmentVariableIsSet("CORVELLE_ROUNDS") ? qEnvironmentVariableIntValue("CORVELLE_ROUNDS")
-                                                        : usual;
+    return qEnvironmentVariableIsSet("CORVELLE_ROUNDS")
+               ? qEnvironmentVariableIntValue("CORVELLE_ROUNDS")
+               : usual;
 }
 
 // ---- the child that is killed ----
@@ -88,9 +89,9 @@ TEST(NothingLost, whateverFailsAndWhoeverMeddles)
             EXPECT_TRUE(lib.failures.isEmpty()) << lib.failures.join("\n").toStdString();
             for (const auto& [id, told] : toldTree(lib.library)) {
                 if (const auto was = before.find(id); was == before.end()) {
-                    EXPECT_TRUE(told.inTrash) << "made and not taken back: " << told.title.toStdString();
-                }
-                else
+                    EXPECT_TRUE(told.inTrash)
+                        << "made and not taken back: " << told.title.toStdString();
+                } else
                     EXPECT_EQ(was->second, told) << told.title.toStdString();
             }
         }
@@ -125,7 +126,8 @@ TEST(NothingLost, whenKilledBetweenAnyTwoSteps)
     QSet<QByteArray> contents;
     for (int i = 0; i < 12; ++i) {
         const QByteArray content = "kept " + QByteArray::number(i);
-        folder.makeFile("My Space/" + QString(i % 3 ? "Box/" : "") + QString::number(i) + ".txt", content);
+        folder.makeFile(
+            "My Space/" + QString(i % 3 ? "Box/" : "") + QString::number(i) + ".txt", content);
         contents.insert(content);
     }
     RandomEdits::check(folder.path(), contents, "at first");
@@ -172,7 +174,9 @@ TEST(NothingLostChild, DISABLED_editsBesideAnother)
 TEST(NothingLost, twoProcessesEditAtOnce)
 {
     const TempFolder folder;
-    const int ms = qEnvironmentVariableIsSet("CORVELLE_MS") ? qEnvironmentVariableIntValue("CORVELLE_MS") : 4'000;
+    const int ms = qEnvironmentVariableIsSet("CORVELLE_MS")
+                       ? qEnvironmentVariableIntValue("CORVELLE_MS")
+                       : 4'000;
     QSet<QString> made;
     QProcess child;
     {
@@ -203,7 +207,8 @@ TEST(NothingLost, twoProcessesEditAtOnce)
         ASSERT_TRUE(lib.settle());
         EXPECT_EQ(lib.library.tree().size(), made.size());
         for (const QString& id : std::as_const(made))
-            EXPECT_TRUE(lib.library.node(id) && QFileInfo(lib.path(id)).isDir()) << id.toStdString();
+            EXPECT_TRUE(lib.library.node(id) && QFileInfo(lib.path(id)).isDir())
+                << id.toStdString();
     }
     EXPECT_GT(made.size(), 50);
     RandomEdits::check(folder.path(), {}, "after two processes");

@@ -29,7 +29,8 @@ int faultyCommit(void*)
 QSet<QByteArray> contentsBelow(const QString& root)
 {
     QSet<QByteArray> found;
-    QDirIterator files(root, QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDirIterator::Subdirectories);
+    QDirIterator files(
+        root, QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         QFile file(files.next());
         if (!file.fileName().contains("library.sqlite") && file.open(QIODevice::ReadOnly))
@@ -71,8 +72,8 @@ QByteArray RandomEdits::newContent()
 QString RandomEdits::anyTitle()
 {
     static const char* const titles[] = {"Taxes", "a/b", "..", "report.pdf", "Ω🎉", "old~", "~$x",
-        "new.tmp", "Pods", "  spaced  ", "long long long long long long long name", "A", "a", "4913",
-        ".hidden", "tail."};
+        "new.tmp", "Pods", "  spaced  ", "long long long long long long long name", "A", "a",
+        "4913", ".hidden", "tail."};
     return QString::fromUtf8(titles[below(std::size(titles))]);
 }
 
@@ -122,8 +123,9 @@ void RandomEdits::meddle(EditedLibrary& lib)
         files.push_back(found.next());
     std::sort(files.begin(), files.end());
     const QString fresh = lib.library.root() + "/My Space/outside " + QString::number(m_count);
-    const QString any =
-        files.empty() ? QString() : files[static_cast<size_t>(below(static_cast<int>(files.size())))];
+    const QString any = files.empty()
+                            ? QString()
+                            : files[static_cast<size_t>(below(static_cast<int>(files.size())))];
     switch (any.isEmpty() ? 0 : below(4)) {
     case 0: {
         QFile file(fresh);
@@ -251,8 +253,8 @@ void RandomEdits::check(const QString& root, const QSet<QByteArray>& contents, c
     EditedLibrary lib(root);
     ASSERT_TRUE(lib.look()) << stage;
     QString integrity;
-    ASSERT_TRUE(lib.library.connection().each("PRAGMA integrity_check", {},
-        [&](const SQLRow& row) { integrity += row.text(0); }));
+    ASSERT_TRUE(lib.library.connection().each(
+        "PRAGMA integrity_check", {}, [&](const SQLRow& row) { integrity += row.text(0); }));
     EXPECT_EQ(integrity, "ok") << stage;
 
     QSet<QByteArray> missing = contents;

@@ -22,10 +22,10 @@ class RandomEdits
 public:
     struct Chances
     {
-        bool faults = false;   // of the disk and the database
-        bool outside = false;  // other programs change files
-        bool forGood = false;  // deleting for good
-        bool restores = true;  // undo and redo
+        bool faults = false;  // of the disk and the database
+        bool outside = false; // other programs change files
+        bool forGood = false; // deleting for good
+        bool restores = true; // undo and redo
     };
 
     RandomEdits(unsigned seed, const TempFolder& outside)

@@ -35,8 +35,9 @@ QString storedDoc(const QString& root, const QString& id)
 
 TEST(Stress, queuesJournalAndConnectionLoseNoWriteAndEndWithTheQuit)
 {
-    const int ms =
-        qEnvironmentVariableIsSet("CORVELLE_MS") ? qEnvironmentVariableIntValue("CORVELLE_MS") : 1'500;
+    const int ms = qEnvironmentVariableIsSet("CORVELLE_MS")
+                       ? qEnvironmentVariableIntValue("CORVELLE_MS")
+                       : 1'500;
     const unsigned seed = qEnvironmentVariableIsSet("CORVELLE_SEED")
                               ? qEnvironmentVariable("CORVELLE_SEED").toUInt()
                               : std::random_device()();
@@ -119,7 +120,8 @@ TEST(Stress, queuesJournalAndConnectionLoseNoWriteAndEndWithTheQuit)
             EXPECT_EQ(node.title, titles[node.id]);
         }
     });
-    EXPECT_LE(files, added) << "what was on its way at the quit may be missing, nothing may be doubled";
+    EXPECT_LE(files, added)
+        << "what was on its way at the quit may be missing, nothing may be doubled";
     EXPECT_GE(files, added / 2);
     EXPECT_TRUE(lib.manager.canUndo());
 }

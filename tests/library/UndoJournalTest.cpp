@@ -104,7 +104,8 @@ protected:
     QString path() const { return folder.path("library.sqlite"); }
     qint64 number(const QByteArray& sql)
     {
-        return connection->query(sql, {}, [](const SQLRow& row) { return row.integer(0); })->front();
+        return connection->query(sql, {}, [](const SQLRow& row) { return row.integer(0); })
+            ->front();
     }
 
     TempFolder folder;
@@ -145,7 +146,8 @@ TEST_F(UndoJournalTest, whatWasOvertakenIsRefusedAndTheNextStepStaysUsable)
     run.step("a", "A1", "Second");
     titles.titles["a"] = "elsewhere";
     run.manager.undo();
-    EXPECT_EQ(run.refusals, QStringList({QString::fromUtf8("Couldn’t undo Second: It was renamed since.")}));
+    EXPECT_EQ(run.refusals,
+        QStringList({QString::fromUtf8("Couldn’t undo Second: It was renamed since.")}));
     EXPECT_FALSE(run.manager.canRedo());
     run.manager.undo();
     EXPECT_EQ(titles.titles["b"], "B");
@@ -294,7 +296,8 @@ TEST_F(UndoJournalTest, behavesAsTwoListsWould)
     for (int i = 0; i < 3'000; ++i) {
         const unsigned what = random() % 20;
         if (what < 9) {
-            const Entry entry{"S" + QString::number(i), titles.titles["a"], "T" + QString::number(i)};
+            const Entry entry{
+                "S" + QString::number(i), titles.titles["a"], "T" + QString::number(i)};
             run->step("a", entry.to, entry.name);
             done.push_back(entry);
             undone.clear();

@@ -24,7 +24,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr double edgeReach = 44;         // points from the side where the canvas begins to move
+constexpr double edgeReach = 44; // points from the side where the canvas begins to move
 constexpr double edgePointsPerSecond = 924;
 constexpr double carriedScale = 1.02, overTargetScale = 0.66;
 constexpr double secondTilt = 3; // degrees
@@ -140,8 +140,8 @@ void CanvasView::tickEdgeScroll()
     const auto pull = [](double distance) {
         return distance < edgeReach ? (edgeReach - std::max(distance, 0.0)) / edgeReach : 0;
     };
-    const QPointF strength(pull(width() - at.x()) - pull(at.x()),
-        pull(height() - at.y()) - pull(at.y()));
+    const QPointF strength(
+        pull(width() - at.x()) - pull(at.x()), pull(height() - at.y()) - pull(at.y()));
     if (strength.isNull())
         return;
     const QPointF step = strength * edgePointsPerSecond * m_edgeScroll.interval() / 1000.0;
@@ -209,13 +209,15 @@ void CanvasView::paintCarried(QPainter& painter)
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.setRenderHint(QPainter::Antialiasing);
         if (overTarget && !isLead) {
-            rect.moveCenter(carriedOnScreen(*m_model.card(m_drag->lead())).center() + QPointF(18, 12));
+            rect.moveCenter(
+                carriedOnScreen(*m_model.card(m_drag->lead())).center() + QPointF(18, 12));
             painter.translate(rect.center());
             painter.rotate(secondTilt);
             painter.translate(-rect.center());
         }
         const CardFace::Kind kind = faceKind(*m_model.library().node(card->key));
-        drawShadow(painter, rect, cornerRadius(kind, m_model.camera().scale()), Elevation::Drag, m_scheme);
+        drawShadow(
+            painter, rect, cornerRadius(kind, m_model.camera().scale()), Elevation::Drag, m_scheme);
         paintFace(painter, *card, rect);
         painter.restore();
         if (isLead)
@@ -420,7 +422,8 @@ bool CanvasView::editKey(QKeyEvent* event)
     if (event->key() == Qt::Key_Menu ||
         (event->key() == Qt::Key_F10 && modifiers == Qt::ShiftModifier)) {
         const PlacedCard* card = ids.empty() ? nullptr : m_model.card(ids.front());
-        const QPointF at = card ? cardOnScreen(*card).center() : QPointF(width() / 2.0, height() / 2.0);
+        const QPointF at =
+            card ? cardOnScreen(*card).center() : QPointF(width() / 2.0, height() / 2.0);
         emit menuWanted(card ? card->key : QString(), at.toPoint());
         return true;
     }

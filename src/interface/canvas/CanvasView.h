@@ -41,8 +41,8 @@ public:
 
     // Without them the canvas shows and changes nothing.
     void setCommands(CanvasCommands* commands) { m_commands = commands; }
-    // Tells which place of the chrome lies under a point of this view; none elsewhere. Asked with no
-    // value when a drag has ended.
+    // Tells which place of the chrome lies under a point of this view; none elsewhere. Asked with
+    // no value when a drag has ended.
     using FindUpTarget = std::function<std::optional<UpTarget>(std::optional<QPointF> at)>;
     void setUpTargets(FindUpTarget find) { m_findUpTarget = std::move(find); }
 

@@ -54,7 +54,8 @@ std::vector<MenuRow> cardMenu(const Library& library, const std::vector<QString>
     if (alone)
         rows.push_back(item(u"icon"_s, Icon::Spark, u"Icon…"_s));
     rows.push_back(item(u"duplicate"_s, Icon::Duplicate, u"Duplicate"_s, u"Ctrl+D"_s));
-    rows.push_back(item(u"copy"_s, Icon::Link, alone ? u"Copy link"_s : u"Copy links"_s, u"Ctrl+C"_s));
+    rows.push_back(
+        item(u"copy"_s, Icon::Link, alone ? u"Copy link"_s : u"Copy links"_s, u"Ctrl+C"_s));
     if (alone && !first.path.isNull()) {
         rows.push_back(menuLine());
         rows.push_back(item(u"show"_s, Icon::Folder, u"Show in Finder"_s));

@@ -63,8 +63,8 @@ void MainWindow::connectActs()
     m_workingEnds.setInterval(workingLingersMs);
     connect(&m_workingEnds, &QTimer::timeout, m_working, &QWidget::hide);
 
-    connect(m_dock, &Dock::wanted, this,
-        [this](NodeKind kind) { makeNew(kind, m_commands.middle()); });
+    connect(
+        m_dock, &Dock::wanted, this, [this](NodeKind kind) { makeNew(kind, m_commands.middle()); });
     connect(m_dock, &Dock::dragMoved, this, [this](NodeKind kind, QPointF global) {
         m_canvas->showPlacing(kind, m_canvas->mapFromGlobal(global));
     });
@@ -213,8 +213,7 @@ void MainWindow::makeNew(NodeKind kind, QPointF point)
 
 void MainWindow::askForLink(QPointF point)
 {
-    auto* prompt =
-        new PromptPanel(u"Add a website"_s, u"https://example.com"_s, u"Add"_s, *this);
+    auto* prompt = new PromptPanel(u"Add a website"_s, u"https://example.com"_s, u"Add"_s, *this);
     connect(prompt, &PromptPanel::given, this, [this, point](const QString& line) {
         if (const QString url = address(line); !url.isEmpty())
             m_commands.makeLink(url, point);
@@ -314,11 +313,12 @@ void MainWindow::askToDelete(const std::vector<QString>& ids)
     if (!first)
         return;
     const QString title = first->title.isEmpty() ? u"Corvelle"_s : first->title;
-    showAlert({ids.size() == 1 ? u"Delete “%1” for good?"_s.arg(title)
-                               : u"Delete %1 items for good?"_s.arg(ids.size()),
-                  u"This can’t be undone. Files that are linked from outside the library stay where they are."_s,
-                  {{u"Cancel"_s, Alert::Role::WayOut},
-                      {u"Delete for Good"_s, Alert::Role::LikelyDanger}}},
+    showAlert(
+        {ids.size() == 1 ? u"Delete “%1” for good?"_s.arg(title)
+                         : u"Delete %1 items for good?"_s.arg(ids.size()),
+            u"This can’t be undone. Files that are linked from outside the library stay where they are."_s,
+            {{u"Cancel"_s, Alert::Role::WayOut},
+                {u"Delete for Good"_s, Alert::Role::LikelyDanger}}},
         [this, ids](int answer) {
             if (answer == 1)
                 m_commands.edits().deleteForGood(ids);

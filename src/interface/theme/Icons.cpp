@@ -197,14 +197,13 @@ const QPainterPath& outlinePath(Icon icon)
     return paths[static_cast<std::size_t>(icon)];
 }
 
-constexpr std::array<const char*, iconCount> iconNames = {
-    "back", "forward", "chevronDown", "chevronRight", "chevronUp", "home", "search", "page",
-    "folder", "globe", "upload", "download", "file", "image", "feather", "plus", "minus",
-    "close", "more", "check", "checkCircle", "alert", "trash", "undo", "restore", "copy",
-    "duplicate", "beside", "open", "pencil", "clock", "fan", "text", "listBullet",
-    "listNumber", "todo", "h1", "h2", "h3", "quote", "code", "table", "divider", "at", "send",
-    "stop", "cleanup", "fold", "expand", "grip", "drop", "link", "spark", "near", "help",
-    "bold", "italic", "strike", "underline"};
+constexpr std::array<const char*, iconCount> iconNames = {"back", "forward", "chevronDown",
+    "chevronRight", "chevronUp", "home", "search", "page", "folder", "globe", "upload", "download",
+    "file", "image", "feather", "plus", "minus", "close", "more", "check", "checkCircle", "alert",
+    "trash", "undo", "restore", "copy", "duplicate", "beside", "open", "pencil", "clock", "fan",
+    "text", "listBullet", "listNumber", "todo", "h1", "h2", "h3", "quote", "code", "table",
+    "divider", "at", "send", "stop", "cleanup", "fold", "expand", "grip", "drop", "link", "spark",
+    "near", "help", "bold", "italic", "strike", "underline"};
 
 } // namespace
 

@@ -38,9 +38,9 @@ QString aboutLine(const NodeTree& tree, const Node& node)
     switch (node.kind) {
     case NodeKind::Folder: {
         const size_t count = tree.children(node.id).size();
-        return u"Folder · "_s + (count == 0   ? u"Empty"_s
-                                 : count == 1 ? u"1 item"_s
-                                              : u"%1 items"_s.arg(count));
+        return u"Folder · "_s + (count == 0      ? u"Empty"_s
+                                    : count == 1 ? u"1 item"_s
+                                                 : u"%1 items"_s.arg(count));
     }
     case NodeKind::Page:
         return u"Page"_s;

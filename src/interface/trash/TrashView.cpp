@@ -75,8 +75,7 @@ TrashView::TrashView(QWidget* parent)
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
     connect(m_empty, &QAbstractButton::clicked, this, &TrashView::emptyWanted);
-    auto* forGood =
-        new PushButton(u"Delete for Good…"_s, PushButton::Role::SecondaryDanger, m_bar);
+    auto* forGood = new PushButton(u"Delete for Good…"_s, PushButton::Role::SecondaryDanger, m_bar);
     auto* back = new PushButton(u"Put Back"_s, PushButton::Role::Primary, m_bar);
     back->setSign(Icon::Restore);
     connect(forGood, &QAbstractButton::clicked, this, [this] { emit deleteWanted(selected()); });
@@ -92,8 +91,7 @@ TrashView::TrashView(QWidget* parent)
 
 void TrashView::setRows(std::vector<TrashRow> rows)
 {
-    const QString current =
-        m_current >= 0 ? m_rows[static_cast<size_t>(m_current)].id : QString();
+    const QString current = m_current >= 0 ? m_rows[static_cast<size_t>(m_current)].id : QString();
     m_rows = std::move(rows);
     QSet<QString> ids;
     m_current = m_anchor = m_hovered = -1;
@@ -153,16 +151,15 @@ QRect TrashView::list() const
 QRect TrashView::rowRect(int row) const
 {
     const QRect area = list();
-    return QRect(area.left(), area.top() + headHeight + row * rowHeight - m_scroll, area.width(),
-        rowHeight);
+    return QRect(
+        area.left(), area.top() + headHeight + row * rowHeight - m_scroll, area.width(), rowHeight);
 }
 
 QRect TrashView::rowPlace(const QString& id) const
 {
     for (size_t i = 0; i < m_rows.size(); ++i)
         if (m_rows[i].id == id)
-            return rowRect(static_cast<int>(i))
-                .intersected(list().adjusted(0, headHeight, 0, 0));
+            return rowRect(static_cast<int>(i)).intersected(list().adjusted(0, headHeight, 0, 0));
     return {};
 }
 
@@ -205,7 +202,8 @@ void TrashView::paintHead(QPainter& painter) const
     const QRect area = column();
     painter.setPen(colors.ink);
     Lettering(TypeStyle::H1)
-        .draw(painter, QRectF(area.left(), titleTop - 2, area.width(), 32), Qt::AlignLeft, u"Trash"_s);
+        .draw(painter, QRectF(area.left(), titleTop - 2, area.width(), 32), Qt::AlignLeft,
+            u"Trash"_s);
     painter.setPen(colors.ink2);
     Lettering(TypeStyle::Body)
         .draw(painter, QRectF(area.left(), sentenceTop, area.width(), 20), Qt::AlignLeft,
@@ -232,8 +230,8 @@ void TrashView::paintEvent(QPaintEvent*)
     painter.setClipPath(surface);
     painter.setClipRect(area.adjusted(0, headHeight, 0, 0), Qt::IntersectClip);
     const int first = m_scroll / rowHeight;
-    const int last = std::min(static_cast<int>(m_rows.size()) - 1,
-        (m_scroll + area.height() - headHeight) / rowHeight);
+    const int last = std::min(
+        static_cast<int>(m_rows.size()) - 1, (m_scroll + area.height() - headHeight) / rowHeight);
     for (int row = first; row <= last; ++row)
         paintRow(painter, row);
     painter.restore();
@@ -248,8 +246,10 @@ void TrashView::paintEvent(QPaintEvent*)
     name(at.name, u"Name"_s);
     name(at.wasIn, u"Was in"_s);
     name(at.moved, u"Moved here"_s);
-    heading.draw(painter, QRectF(at.right - 80, head.top(), 80, headHeight), Qt::AlignRight, u"Left"_s);
-    painter.fillRect(QRect(area.left(), area.top() + headHeight - 1, area.width(), 1), colors.hairline);
+    heading.draw(
+        painter, QRectF(at.right - 80, head.top(), 80, headHeight), Qt::AlignRight, u"Left"_s);
+    painter.fillRect(
+        QRect(area.left(), area.top() + headHeight - 1, area.width(), 1), colors.hairline);
     painter.setPen(QPen(colors.hairline, 1));
     painter.setBrush(Qt::NoBrush);
     painter.drawRoundedRect(QRectF(area).adjusted(-0.5, -0.5, 0.5, 0.5), radius::bar, radius::bar);
@@ -365,8 +365,8 @@ void TrashView::goTo(int row, Qt::KeyboardModifiers modifiers)
         scrollTo(top);
     else if (top + rowHeight > m_scroll + shown)
         scrollTo(top + rowHeight - shown);
-    setAccessibleDescription(m_rows[static_cast<size_t>(row)].title + u", "_s +
-                             m_rows[static_cast<size_t>(row)].about);
+    setAccessibleDescription(
+        m_rows[static_cast<size_t>(row)].title + u", "_s + m_rows[static_cast<size_t>(row)].about);
     update();
 }
 

@@ -35,11 +35,12 @@ constexpr Emoji emoji[] = {{u"🏠", "house home flat"}, {u"🏡", "garden house
     {u"💼", "work job business case"}, {u"📁", "folder files"}, {u"📅", "calendar date plan"},
     {u"📌", "pin important"}, {u"📎", "clip attachment"}, {u"📝", "note write draft"},
     {u"📖", "book read"}, {u"📚", "books library study"}, {u"📰", "news paper"},
-    {u"🗂️", "index archive files"}, {u"🗃️", "archive box records"}, {u"✉️", "mail letter"},
-    {u"📬", "mail post"}, {u"📞", "phone call"}, {u"💬", "chat talk message"},
-    {u"💡", "idea light"}, {u"🔬", "science research lab"}, {u"🔭", "astronomy research"},
-    {u"🧪", "chemistry experiment test"}, {u"🧬", "biology genes"}, {u"💻", "computer code"},
-    {u"🖥️", "computer screen"}, {u"⌨️", "keyboard code"}, {u"🛠️", "tools repair build"},
+    {u"🗂️", "index archive files"}, {u"🗃️", "archive box records"},
+    {u"✉️", "mail letter"}, {u"📬", "mail post"}, {u"📞", "phone call"},
+    {u"💬", "chat talk message"}, {u"💡", "idea light"}, {u"🔬", "science research lab"},
+    {u"🔭", "astronomy research"}, {u"🧪", "chemistry experiment test"},
+    {u"🧬", "biology genes"}, {u"💻", "computer code"}, {u"🖥️", "computer screen"},
+    {u"⌨️", "keyboard code"}, {u"🛠️", "tools repair build"},
     {u"⚙️", "settings machine"}, {u"🔧", "repair tool"}, {u"🔒", "lock private secret"},
     {u"🔑", "key access"}, {u"💰", "money savings"}, {u"💳", "card payment bank"},
     {u"🧾", "receipt tax bill"}, {u"📈", "growth chart finance"}, {u"📊", "chart figures report"},
@@ -52,14 +53,15 @@ constexpr Emoji emoji[] = {{u"🏠", "house home flat"}, {u"🏡", "garden house
     {u"🏖️", "beach holiday"}, {u"⛰️", "mountain hike"}, {u"🏕️", "camp tent"},
     {u"🌍", "world earth"}, {u"🌱", "plant grow garden"}, {u"🌳", "tree nature"},
     {u"🌸", "flower spring"}, {u"☀️", "sun summer weather"}, {u"❄️", "snow winter"},
-    {u"🌙", "moon night"}, {u"🐶", "dog pet"}, {u"🐱", "cat pet"}, {u"🐦", "bird"},
-    {u"🐟", "fish"}, {u"🍎", "apple food fruit"}, {u"🍞", "bread food"}, {u"🍳", "cook kitchen"},
+    {u"🌙", "moon night"}, {u"🐶", "dog pet"}, {u"🐱", "cat pet"}, {u"🐦", "bird"}, {u"🐟", "fish"},
+    {u"🍎", "apple food fruit"}, {u"🍞", "bread food"}, {u"🍳", "cook kitchen"},
     {u"🍽️", "dinner food restaurant"}, {u"☕", "coffee break"}, {u"🍷", "wine drink"},
     {u"🎵", "music song"}, {u"🎸", "guitar music"}, {u"🎬", "film video"}, {u"📷", "photo camera"},
     {u"🎨", "art paint design"}, {u"✏️", "draw pencil"}, {u"🎮", "game play"},
-    {u"⚽", "football sport"}, {u"🏃", "run sport"}, {u"🧘", "yoga calm"}, {u"💊", "medicine health"},
-    {u"🩺", "doctor health"}, {u"👶", "baby child"}, {u"👪", "family"}, {u"🤝", "deal contract"},
-    {u"⚖️", "law justice"}, {u"🗳️", "vote election"}, {u"🕰️", "time history"}};
+    {u"⚽", "football sport"}, {u"🏃", "run sport"}, {u"🧘", "yoga calm"},
+    {u"💊", "medicine health"}, {u"🩺", "doctor health"}, {u"👶", "baby child"}, {u"👪", "family"},
+    {u"🤝", "deal contract"}, {u"⚖️", "law justice"}, {u"🗳️", "vote election"},
+    {u"🕰️", "time history"}};
 
 constexpr int perRow = 10, cell = 34, mostRows = 6;
 
@@ -73,8 +75,8 @@ QString emojiIn(const QString& text)
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, trimmed);
     const QString first = trimmed.left(finder.toNextBoundary());
     const char32_t code = first.toUcs4().front();
-    const bool pictographic = code >= 0x1F000 || (code >= 0x2190 && code <= 0x2BFF) ||
-                              first.contains(QChar(0xFE0F));
+    const bool pictographic =
+        code >= 0x1F000 || (code >= 0x2190 && code <= 0x2BFF) || first.contains(QChar(0xFE0F));
     return pictographic ? first : QString();
 }
 
@@ -163,8 +165,8 @@ protected:
     void wheelEvent(QWheelEvent* event) override
     {
         const int rows = (static_cast<int>(m_icons.size()) + perRow - 1) / perRow;
-        m_top = std::clamp(m_top - (event->angleDelta().y() > 0 ? 1 : -1), 0,
-            std::max(0, rows - mostRows));
+        m_top = std::clamp(
+            m_top - (event->angleDelta().y() > 0 ? 1 : -1), 0, std::max(0, rows - mostRows));
         event->accept();
         update();
     }
@@ -202,8 +204,8 @@ IconPicker::IconPicker(const QString& current, QPoint at, QWidget& host)
     QPalette field = m_search->palette();
     field.setColor(QPalette::Base, corvelle::palette(schemeOf(host)).field);
     m_search->setPalette(field);
-    auto* none = new PushButton(
-        u"No icon"_s, PushButton::Role::Secondary, m_panel, PushButton::Size::Small);
+    auto* none =
+        new PushButton(u"No icon"_s, PushButton::Role::Secondary, m_panel, PushButton::Size::Small);
     none->setEnabled(!current.isEmpty());
     auto* rows = new QVBoxLayout(m_panel);
     rows->setContentsMargins(10, 10, 10, 10);

@@ -90,8 +90,8 @@ private:
         painter.drawEllipse(centre, discSize / 2, discSize / 2);
         painter.setBrush(Qt::NoBrush);
         if (isChecked() || m_current) {
-            painter.setPen(QPen(colors.accent, 1.5, m_current && !isChecked() ? Qt::DotLine
-                                                                             : Qt::SolidLine));
+            painter.setPen(
+                QPen(colors.accent, 1.5, m_current && !isChecked() ? Qt::DotLine : Qt::SolidLine));
             painter.drawEllipse(centre, discSize / 2 + 2.75, discSize / 2 + 2.75);
         } else {
             painter.setPen(QPen(colors.hairline, 1));
@@ -145,9 +145,10 @@ MenuPanel::MenuPanel(std::vector<MenuRow> rows, QPoint at, QWidget& host)
     constexpr int margin = 8;
     const int x = std::clamp(at.x(), margin, std::max(margin, width() - m_panel->width() - margin));
     const int below = at.y(), above = at.y() - m_panel->height();
-    const int y = below + m_panel->height() + margin <= height() || above < margin
-                      ? std::clamp(below, margin, std::max(margin, height() - m_panel->height() - margin))
-                      : above;
+    const int y =
+        below + m_panel->height() + margin <= height() || above < margin
+            ? std::clamp(below, margin, std::max(margin, height() - m_panel->height() - margin))
+            : above;
     m_panel->move(x, y);
     host.installEventFilter(this);
     show();
@@ -169,7 +170,8 @@ void MenuPanel::build()
     for (const MenuRow& row : m_rows) {
         if (row.kind == MenuRow::Kind::Line) {
             auto* line = new QWidget(m_panel);
-            line->setGeometry(edge + sidePad, y + 5, static_cast<int>(width) - 2 * (edge + sidePad), 1);
+            line->setGeometry(
+                edge + sidePad, y + 5, static_cast<int>(width) - 2 * (edge + sidePad), 1);
             line->setAutoFillBackground(true);
             QPalette colors = line->palette();
             colors.setColor(QPalette::Window, corvelle::palette(schemeOf(m_host)).hairline);
@@ -230,7 +232,8 @@ void MenuPanel::go(int step)
     const auto at = std::find_if(
         m_items.begin(), m_items.end(), [](const Item* item) { return item->isCurrent(); });
     const int count = static_cast<int>(m_items.size());
-    int index = at == m_items.end() ? (step > 0 ? -1 : count) : static_cast<int>(at - m_items.begin());
+    int index =
+        at == m_items.end() ? (step > 0 ? -1 : count) : static_cast<int>(at - m_items.begin());
     const bool fromDisc = at != m_items.end() && (*at)->isDisc();
     do {
         index = (index + step + count) % count;
@@ -249,7 +252,8 @@ bool MenuPanel::goToLetter(const QString& letter)
         return false;
     const auto current = std::find_if(
         m_items.begin(), m_items.end(), [](const Item* item) { return item->isCurrent(); });
-    const size_t start = current == m_items.end() ? 0 : static_cast<size_t>(current - m_items.begin()) + 1;
+    const size_t start =
+        current == m_items.end() ? 0 : static_cast<size_t>(current - m_items.begin()) + 1;
     for (size_t i = 0; i < m_items.size(); ++i) {
         Item* item = m_items[(start + i) % m_items.size()];
         if (!item->isDisc() && item->accessibleName().startsWith(letter, Qt::CaseInsensitive)) {

@@ -17,7 +17,8 @@ class PromptPanel : public QWidget
     Q_OBJECT
 
 public:
-    PromptPanel(const QString& title, const QString& placeholder, const QString& button, QWidget& host);
+    PromptPanel(
+        const QString& title, const QString& placeholder, const QString& button, QWidget& host);
 
     QLineEdit& field() const { return *m_field; }
 

@@ -75,8 +75,7 @@ void TitleField::paintEvent(QPaintEvent* event)
 {
     QLineEdit::paintEvent(event);
     QPainter painter(this);
-    painter.fillRect(
-        QRect(0, height() - 2, width(), 2), corvelle::palette(schemeOf(*this)).accent);
+    painter.fillRect(QRect(0, height() - 2, width(), 2), corvelle::palette(schemeOf(*this)).accent);
 }
 
 } // namespace corvelle

@@ -60,7 +60,8 @@ TEST(TrashRows, tellKindFolderDayAndWhatIsLeft)
     picture.mime = "image/jpeg";
     picture.byteSize = 3'100'000;
     picture.parentID = "alive";
-    Node link = trashed("Site", QDateTime(today.date().addDays(-1), QTime(23, 59), today.timeZone()));
+    Node link =
+        trashed("Site", QDateTime(today.date().addDays(-1), QTime(23, 59), today.timeZone()));
     link.kind = NodeKind::Link;
     link.url = "https://www.hirehall.example/x";
     const Node old = trashed("old", today.addDays(-25).addSecs(-60));
@@ -102,7 +103,8 @@ TEST(TrashView, selectsByKeysAndAsksForWhatTheySay)
     press(view, Qt::Key_Delete);
     ASSERT_EQ(wanted.size(), 1);
     view.setRows(manyRows(9'999));
-    EXPECT_EQ(view.selected(), std::vector<QString>{"9998"}) << "what is gone isn't selected any more";
+    EXPECT_EQ(view.selected(), std::vector<QString>{"9998"})
+        << "what is gone isn't selected any more";
     press(view, Qt::Key_Escape);
     EXPECT_TRUE(view.selected().empty());
     EXPECT_EQ(closed.size(), 0);

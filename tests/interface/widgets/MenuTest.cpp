@@ -108,7 +108,8 @@ TEST_F(MenuTest, aTitleFieldCommitsOnceAndEscapeKeepsTheOld)
     };
     QPointer<TitleField> open = field("report.pdf");
     EXPECT_EQ(open->selectedText(), "report");
-    QSignalSpy committed(open.data(), &TitleField::committed), ended(open.data(), &TitleField::ended);
+    QSignalSpy committed(open.data(), &TitleField::committed),
+        ended(open.data(), &TitleField::ended);
     open->setText("summary.pdf");
     type(open, Qt::Key_Return);
     EXPECT_EQ(committed.size(), 1);
