@@ -126,7 +126,8 @@ public:
     FlatText slice(Units from, Units to) const;
     void replace(Units from, Units to, const FlatText& with);
     // The same characters in another style; newlines keep theirs.
-    void setStyle(Units from, Units to, const std::function<CharStyleRef(const CharStyleRef&)>& change);
+    void setStyle(
+        Units from, Units to, const std::function<CharStyleRef(const CharStyleRef&)>& change);
     void setBlockStyle(qsizetype index, BlockStyleRef style);
 
     bool operator==(const FlatText& other) const;

@@ -37,9 +37,8 @@ struct JsonReader
         keyLength = 0;
         if (!open.empty()) {
             Open& parent = open.back();
-            qint32& link = parent.lastChild < 0
-                               ? items[static_cast<size_t>(parent.index)].child
-                               : items[static_cast<size_t>(parent.lastChild)].next;
+            qint32& link = parent.lastChild < 0 ? items[static_cast<size_t>(parent.index)].child
+                                                : items[static_cast<size_t>(parent.lastChild)].next;
             link = index;
             parent.lastChild = index;
         }
@@ -216,7 +215,8 @@ bool needsEscape(char c)
 bool keyLess(QByteArrayView left, QByteArrayView right)
 {
     const auto plain = [](QByteArrayView key) {
-        return std::none_of(key.begin(), key.end(), [](char c) { return static_cast<unsigned char>(c) >= 0xEE; });
+        return std::none_of(
+            key.begin(), key.end(), [](char c) { return static_cast<unsigned char>(c) >= 0xEE; });
     };
     if (plain(left) && plain(right))
         return left < right;

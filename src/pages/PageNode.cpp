@@ -114,7 +114,8 @@ struct TreeReader
             break;
         case Type::CodeBlock:
             result.name = orNone(attrs["language"]);
-            for (JsonValue child = node["content"].firstChild(); child.exists(); child = child.next())
+            for (JsonValue child = node["content"].firstChild(); child.exists();
+                 child = child.next())
                 result.text += orNone(child["text"]);
             break;
         case Type::OrderedList:
@@ -419,7 +420,8 @@ private:
             return link.attrs == "{}" ? QByteArray() : link.attrs;
         QByteArray attrs = "{\"class\":\"text-accent-blue underline underline-offset-2\",\"href\":";
         appendJsonString(attrs, link.href);
-        return attrs + ",\"rel\":\"noopener noreferrer nofollow\",\"target\":\"_blank\",\"title\":null}";
+        return attrs +
+               ",\"rel\":\"noopener noreferrer nofollow\",\"target\":\"_blank\",\"title\":null}";
     }
 
     void mention(const PageNode& node)
@@ -502,8 +504,8 @@ PagePicture pictureOf(const PageNode& node)
 PageNode pictureNode(const PagePicture& picture)
 {
     PageNode node = PageNode::of(Type::Image);
-    node.raw = attrsJson(
-        {{"alt", picture.alt}, {"src", picture.src}, {"title", picture.title}}, "image");
+    node.raw =
+        attrsJson({{"alt", picture.alt}, {"src", picture.src}, {"title", picture.title}}, "image");
     return node;
 }
 
@@ -570,7 +572,8 @@ PageNodes tableRows(const PageNode& table)
     return tree ? TreeReader().content(tree->root()) : PageNodes();
 }
 
-QByteArray pageJson(const PageNodes& content, const QByteArray& attrs, const MentionSource& mentions)
+QByteArray pageJson(
+    const PageNodes& content, const QByteArray& attrs, const MentionSource& mentions)
 {
     QByteArray json = "{\"type\":\"doc\"";
     if (!attrs.isEmpty())

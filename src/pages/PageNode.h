@@ -139,7 +139,8 @@ PageNode nodeFromJson(const QByteArray& json);
 PageNodes tableRows(const PageNode& table);
 
 // Raw blocks are written as they stand, byte for byte.
-QByteArray pageJson(const PageNodes& content, const QByteArray& attrs = {}, const MentionSource& mentions = {});
+QByteArray pageJson(
+    const PageNodes& content, const QByteArray& attrs = {}, const MentionSource& mentions = {});
 // Of one node, with sorted keys.
 QByteArray canonicalJson(const PageNode& node, const MentionSource& mentions = {});
 
