@@ -72,9 +72,8 @@ QString cutToLength(const QString& name)
 // What a look at the disk passes over would take its card to the Trash.
 QString noticedName(QString name)
 {
-    while (name.startsWith(u"~$"))
-        name.remove(0, 2);
-    name = withoutLeadingDots(name);
+    while (name.startsWith(u"~$") || name.startsWith(u'.'))
+        name.remove(0, name.startsWith(u'.') ? 1 : 2);
     name.replace(u".sb-"_s, u"-sb-"_s);
     return isSkippedName(name) || generatedByName(name) == Generated::Yes ? name + u'-' : name;
 }
