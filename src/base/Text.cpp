@@ -1,10 +1,12 @@
 #include "base/Text.h"
 
+#include <unicode/brkiter.h>
 #include <unicode/locid.h>
 #include <unicode/normalizer2.h>
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <memory>
 
 namespace corvelle {
 
@@ -128,6 +130,24 @@ QString parentPath(const QString& path)
 {
     const qsizetype slash = path.lastIndexOf(u'/');
     return slash < 0 ? QString() : path.left(slash);
+}
+
+QStringView firstCharacters(QStringView text, qsizetype most)
+{
+    // No character has less than one unit.
+    if (text.size() <= most)
+        return text;
+    UErrorCode error = U_ZERO_ERROR;
+    const std::unique_ptr<icu::BreakIterator> characters(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), error));
+    UText units = UTEXT_INITIALIZER;
+    utext_openUChars(&units, text.utf16(), text.size(), &error);
+    if (U_FAILURE(error))
+        return text.left(most);
+    characters->setText(&units, error);
+    const int32_t end = characters->next(static_cast<int32_t>(most));
+    utext_close(&units);
+    return end == icu::BreakIterator::DONE ? text : text.left(end);
 }
 
 QString shortened(const QString& text, qsizetype most)

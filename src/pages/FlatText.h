@@ -57,6 +57,7 @@ struct BlockStyle
     bool inQuote = false; // of kinds other than Quote, which are quoted by kind
     QString language;     // Code
     QByteArray raw;       // Raw: the node's canonical JSON
+    int rawIndent = 0;    // Raw: how much of the depth that JSON tells by itself
 
     bool isQuoted() const { return inQuote || kind == Block::Quote; }
     bool operator==(const BlockStyle&) const = default;
