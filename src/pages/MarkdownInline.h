@@ -1,0 +1,16 @@
+// The words of a Markdown block and their marks.
+#pragma once
+
+#include "pages/PageNode.h"
+
+#include <QStringView>
+
+namespace corvelle {
+
+// The text of one block; its lines apart by newlines where they break, else by blanks.
+PageNodes inlinesFromMarkdown(QStringView text);
+
+// Whether a "\" before the character makes it literal.
+bool isEscapable(QChar c);
+
+} // namespace corvelle
