@@ -76,6 +76,7 @@ TestDriver::TestDriver(Application& application, const QString& file, QObject* p
     addVerbs();
     addInputVerbs();
     addEditVerbs();
+    addPageVerbs();
     m_poll.setInterval(pollMs);
     connect(&m_poll, &QTimer::timeout, this, &TestDriver::poll);
     m_poll.start();

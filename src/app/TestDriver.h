@@ -45,6 +45,7 @@ private:
     void addVerbs();
     void addInputVerbs();
     void addEditVerbs();
+    void addPageVerbs();
 
     Answer settle(const QJsonObject& arguments);
     void checkSettled();
@@ -54,6 +55,10 @@ private:
     Answer move(const QJsonObject& arguments);
     Answer place(const QJsonObject& arguments);
     Answer undo(bool redoes);
+    std::optional<QByteArray> storedPage(const QString& id) const;
+    Answer page(const QJsonObject& arguments);
+    Answer write(const QJsonObject& arguments);
+    Answer exportPage(const QJsonObject& arguments);
     Answer mouse(const QJsonObject& arguments);
     Answer key(const QJsonObject& arguments);
     Answer wheel(const QJsonObject& arguments);

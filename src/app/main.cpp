@@ -1,8 +1,10 @@
 #include "app/Application.h"
 #include "app/LaunchOptions.h"
+#include "app/PageExport.h"
 
 #include <QIcon>
 
+#include <cstdio>
 #include <future>
 
 using namespace corvelle;
@@ -26,7 +28,12 @@ QStringList argumentsOf(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    const LaunchOptions options = readLaunchOptions(argumentsOf(argc, argv), environmentValue);
+    const QStringList arguments = argumentsOf(argc, argv);
+    if (const auto text = exportAsked(arguments)) {
+        std::fwrite(text->constData(), 1, static_cast<size_t>(text->size()), stdout);
+        return 0;
+    }
+    const LaunchOptions options = readLaunchOptions(arguments, environmentValue);
     const LibraryPlace place = chooseLibrary(options.library, Defaults().libraryPath());
 
     // The library is read while the toolkit starts: the window's first picture already has its
