@@ -8,7 +8,7 @@
 #include <QList>
 
 #include <algorithm>
-#include <optional>
+#include <iterator>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -466,8 +466,6 @@ private:
                 PageNode::of(list.type == Type::TaskList ? Type::TaskItem : Type::ListItem);
             item.checked = checked;
             item.content = std::move(content);
-            if (fits && (item.content.empty() || item.content.front().type != Type::Paragraph))
-                item.content.insert(item.content.begin(), PageNode::of(Type::Paragraph));
             list.content.push_back(std::move(item));
         }
         void addStray()
@@ -479,11 +477,15 @@ private:
         {
             addStray();
             PageNodes result;
+            for (PageNode& item : list.content) {
+                PageNodes& content = item.content;
+                if (!fits)
+                    std::move(content.begin(), content.end(), std::back_inserter(result));
+                else if (content.empty() || content.front().type != Type::Paragraph)
+                    content.insert(content.begin(), PageNode::of(Type::Paragraph));
+            }
             if (fits && !list.content.empty())
                 result.push_back(std::move(list));
-            else
-                for (PageNode& item : list.content)
-                    std::move(item.content.begin(), item.content.end(), std::back_inserter(result));
             return result;
         }
     };
