@@ -74,7 +74,8 @@ QString noticedName(QString name)
 {
     while (name.startsWith(u"~$") || name.startsWith(u'.'))
         name.remove(0, name.startsWith(u'.') ? 1 : 2);
-    name.replace(u".sb-"_s, u"-sb-"_s);
+    while (name.contains(u".sb-")) // what is left of one may be the start of another
+        name.replace(u".sb-"_s, u"-sb-"_s);
     return isSkippedName(name) || generatedByName(name) == Generated::Yes ? name + u'-' : name;
 }
 
