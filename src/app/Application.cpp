@@ -127,6 +127,7 @@ void Application::start()
     connect(m_window.get(), &MainWindow::closed, this, &Application::quit);
     connect(m_window.get(), &MainWindow::switchLibraryWanted, this, &Application::chooseLibrary);
     connect(&m_canvas, &CanvasModel::openItem, this, &Application::openItem);
+    connect(m_window.get(), &MainWindow::addressWanted, this, &Application::openAddress);
     connect(m_bus.get(), &MessageBus::received, this, &Application::received);
     connect(&m_diskSync, &DiskSync::removedOnDisk, this, &Application::noteRemovals);
     connect(&m_addFiles, &AddFiles::lookWanted, &m_diskSync, &DiskSync::start);
@@ -405,7 +406,7 @@ void Application::openAddressed(const QString& id)
     }
     m_canvas.open(node->parentID);
     m_canvas.select({id});
-    openItem(id);
+    m_canvas.openCard(id);
 }
 
 void Application::openItem(const QString& id)
@@ -423,6 +424,12 @@ void Application::openItem(const QString& id)
     if (!QDesktopServices::openUrl(target))
         m_library.fail(
             u"Couldn’t open “%1”: no application on this Mac opens it."_s.arg(node->title));
+}
+
+void Application::openAddress(const QUrl& url)
+{
+    if (!QDesktopServices::openUrl(url))
+        m_library.fail(u"Couldn’t open “%1”: no application on this Mac opens it."_s.arg(url.toDisplayString()));
 }
 
 void Application::closeOverlay()
@@ -453,6 +460,8 @@ QStringList Application::busyWith() const
         busy.append(u"upkeep"_s);
     if (!m_window->canvasView().isSettled())
         busy.append(u"cards"_s);
+    if (!m_window->isPageSettled())
+        busy.append(u"page"_s);
     return busy;
 }
 

@@ -78,6 +78,7 @@ public:
 
     // Opens an item that is no folder: a file in its application, a website in the browser.
     void openItem(const QString& id);
+    void openAddress(const QUrl& url);
     void closeOverlay();
 
     // What is under way, as words; empty when the program is idle.

@@ -272,7 +272,7 @@ QJsonObject TestDriver::state() const
         {u"viewport"_s, QJsonArray{canvas.viewport().width(), canvas.viewport().height()}},
         {u"selection"_s, selection},
         {u"mounted"_s, static_cast<qint64>(canvas.mounted().size())},
-        {u"open"_s, QJsonValue()},
+        {u"open"_s, m_application.window().openedJson()},
         {u"panes"_s, QJsonArray()},
         {u"palette"_s, QJsonValue()},
         {u"lastFailure"_s,
@@ -296,10 +296,9 @@ TestDriver::Answer TestDriver::open(const QJsonObject& arguments)
     const Node* node = m_application.library().node(id);
     if (!node)
         return {{}, u"There is no item with this id."_s};
-    if (node->kind == NodeKind::Folder)
-        m_application.canvas().open(id);
-    else
-        m_application.openItem(id);
+    m_application.canvas().openCard(id);
+    if (arguments.contains(u"find"))
+        m_application.window().findInOpened(arguments[u"find"].toString());
     return {QJsonObject(), {}};
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/MainThread.h"
 #include "base/Text.h"
+#include "canvas/Viewer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -43,38 +44,78 @@ CanvasModel::CanvasModel(Library& library, QObject* parent)
 void CanvasModel::open(const QString& folderID)
 {
     Q_ASSERT(onMainThread());
-    if (folderID == m_folderID)
+    const NavPlace place{NavPlace::Kind::Folder, folderID};
+    if (place == m_history.current() || !exists(place))
         return;
-    if (!folderID.isEmpty()) {
-        const Node* folder = m_library.node(folderID);
-        if (!folder || folder->kind != NodeKind::Folder || m_library.isInTrash(folderID))
-            return;
-    }
-    m_history.record(folderID);
-    enter(folderID);
+    m_history.record(place);
+    goTo(place);
+}
+
+void CanvasModel::openOver(const QString& id)
+{
+    const Node* node = m_library.node(id);
+    if (!node || viewerOf(*node) == Viewer::None)
+        return;
+    const NavPlace place{
+        node->kind == NodeKind::Page ? NavPlace::Kind::Page : NavPlace::Kind::File, id};
+    if (place == m_history.current() || !exists(place))
+        return;
+    m_history.record(place);
+    goTo(place);
+}
+
+void CanvasModel::closeOver()
+{
+    if (!m_openedID.isEmpty())
+        open(m_folderID);
+}
+
+bool CanvasModel::exists(const NavPlace& place) const
+{
+    if (place.id.isEmpty())
+        return place.kind == NavPlace::Kind::Folder;
+    const Node* node = m_library.node(place.id);
+    return node && !m_library.isInTrash(place.id) &&
+           (place.kind == NavPlace::Kind::Folder) == (node->kind == NodeKind::Folder);
+}
+
+void CanvasModel::goTo(const NavPlace& place)
+{
+    const bool folder = place.kind == NavPlace::Kind::Folder;
+    const QString where = folder ? place.id : m_library.node(place.id)->parentID;
+    setOpened({});
+    if (where != m_folderID)
+        enter(where);
+    if (!folder)
+        setOpened(place.id);
+}
+
+void CanvasModel::setOpened(const QString& id)
+{
+    if (id == m_openedID)
+        return;
+    m_openedID = id;
+    endRenaming();
+    emit openedChanged();
 }
 
 void CanvasModel::goBack()
 {
-    const auto exists = [this](const QString& id) {
-        return id.isEmpty() || (m_library.node(id) && !m_library.isInTrash(id));
-    };
-    if (const auto place = m_history.back(exists))
-        enter(*place);
+    if (const auto place = m_history.back([this](const NavPlace& to) { return exists(to); }))
+        goTo(*place);
 }
 
 void CanvasModel::goForward()
 {
-    const auto exists = [this](const QString& id) {
-        return id.isEmpty() || (m_library.node(id) && !m_library.isInTrash(id));
-    };
-    if (const auto place = m_history.forward(exists))
-        enter(*place);
+    if (const auto place = m_history.forward([this](const NavPlace& to) { return exists(to); }))
+        goTo(*place);
 }
 
 void CanvasModel::goUp()
 {
-    if (const Node* folder = m_library.node(m_folderID))
+    if (!m_openedID.isEmpty())
+        closeOver();
+    else if (const Node* folder = m_library.node(m_folderID))
         open(folder->parentID);
 }
 
@@ -228,9 +269,13 @@ bool CanvasModel::patchCards(const TreeChange& change)
 void CanvasModel::takeTreeChange(const TreeChange& change)
 {
     if (!m_folderID.isEmpty() && (!m_library.node(m_folderID) || m_library.isInTrash(m_folderID))) {
-        enter({}); // the open folder is gone
+        m_history.record({}); // the open folder is gone
+        setOpened({});
+        enter({});
         return;
     }
+    if (!m_openedID.isEmpty() && (!m_library.node(m_openedID) || m_library.isInTrash(m_openedID)))
+        closeOver();
     const bool concernsUs = change.everything || change.parents.contains(m_folderID);
     if (concernsUs) {
         const bool wasEmpty = m_cards.empty();
@@ -437,6 +482,8 @@ void CanvasModel::openCard(const QString& key)
         return;
     if (node->kind == NodeKind::Folder)
         open(key);
+    else if (viewerOf(*node) != Viewer::None)
+        openOver(key);
     else
         emit openItem(key);
 }

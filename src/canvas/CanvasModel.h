@@ -62,8 +62,14 @@ public:
     void open(const QString& folderID);
     void goBack();
     void goForward();
+    // Closes what is open over the canvas, else leaves the folder.
     void goUp();
     void goHome() { open({}); }
+    // The item that one of our viewers shows over the canvas; empty for none.
+    const QString& openedID() const { return m_openedID; }
+    // Opens one, in its own folder; nothing for what no viewer shows, or what is in the Trash.
+    void openOver(const QString& id);
+    void closeOver();
     bool canGoBack() const { return m_history.canGoBack(); }
     bool canGoForward() const { return m_history.canGoForward(); }
     // The folders from the top down to the open one.
@@ -125,11 +131,13 @@ public:
     void startRenaming(const QString& key);
     void endRenaming();
 
-    // Opens what the card stands for: a folder here, anything else by openItem().
+    // Opens what the card stands for: a folder here, what we have a viewer for over the canvas,
+    // anything else by openItem().
     void openCard(const QString& key);
 
 signals:
     void folderChanged();
+    void openedChanged();
     void cameraChanged();
     // The selected or focused cards are others.
     void selectionChanged();
@@ -139,13 +147,16 @@ signals:
     void facesChanged(const QSet<QString>& keys);
     // A card wants to be in view.
     void glideWanted(const corvelle::Camera& camera);
-    // The person opened something that is no folder.
+    // The person opened something that is shown elsewhere.
     void openItem(const QString& id);
     void renamingChanged();
 
 private:
-    void enter(QString
-            folderID); // a copy: the caller's text may be one that changes here, such as the focus
+    // A copy: the caller's text may be one that changes here, such as the focus.
+    void enter(QString folderID);
+    void goTo(const NavPlace& place);
+    void setOpened(const QString& id);
+    bool exists(const NavPlace& place) const;
     void takeTreeChange(const TreeChange& change);
     bool patchCards(const TreeChange& change);
     void placeCards();
@@ -156,6 +167,7 @@ private:
 
     Library& m_library;
     QString m_folderID;
+    QString m_openedID;
     NavHistory m_history;
 
     Camera m_camera;

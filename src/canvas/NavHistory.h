@@ -9,11 +9,21 @@
 
 namespace corvelle {
 
+// A folder's canvas, or an item that is open over it.
+struct NavPlace
+{
+    enum class Kind : unsigned char { Folder, Page, File };
+
+    Kind kind = Kind::Folder;
+    QString id; // of a folder empty for the top of the space
+
+    bool operator==(const NavPlace&) const = default;
+};
+
 class NavHistory
 {
 public:
-    // A folder; the empty text is the top of the space.
-    using Place = QString;
+    using Place = NavPlace;
 
     explicit NavHistory(Place start = {})
         : m_current(std::move(start))

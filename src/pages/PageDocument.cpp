@@ -615,7 +615,7 @@ QByteArray docAttrs(const QByteArray& json)
     return attrs.isObject() ? attrs.canonical() : QByteArray();
 }
 
-QString pageWords(const PageNodes& nodes)
+QString allWords(const PageNodes& nodes)
 {
     QString words;
     for (const PageNode& node : nodes) {
@@ -623,7 +623,12 @@ QString pageWords(const PageNodes& nodes)
             words += u'\n';
         words += wordsOf(node);
     }
-    return firstCharacters(words, mostWords).toString();
+    return words;
+}
+
+QString pageWords(const PageNodes& nodes)
+{
+    return firstCharacters(allWords(nodes), mostWords).toString();
 }
 
 QString pageWords(const QByteArray& json)

@@ -44,6 +44,9 @@ QByteArray docFromText(
 // The document's own attributes as canonical JSON; empty when it has none.
 QByteArray docAttrs(const QByteArray& json);
 
+// The words of a page as plain text, its blocks and items on lines of their own.
+QString allWords(const PageNodes& nodes);
+
 // The words by which a page is found and read, at most 200,000 characters.
 QString pageWords(const PageNodes& nodes);
 QString pageWords(const QByteArray& json);

@@ -1,5 +1,6 @@
 #include "platform/PictureFacts.h"
 
+#include <QBuffer>
 #include <QColorSpace>
 #include <QFile>
 #include <QImageReader>
@@ -35,26 +36,18 @@ bool turnsSideways(const QImageReader& reader)
     return reader.transformation() & QImageIOHandler::TransformationRotate90;
 }
 
-} // namespace
-
-std::optional<QSize> pictureSize(const QString& path)
+std::optional<QSize> sizeOf(QIODevice& device)
 {
-    QFile file;
-    if (!openFile(file, path))
-        return std::nullopt;
-    QImageReader reader(&file);
+    QImageReader reader(&device);
     const QSize size = reader.size();
     if (size.isEmpty() || size.width() > greatestSide || size.height() > greatestSide)
         return std::nullopt;
     return turnsSideways(reader) ? size.transposed() : size;
 }
 
-QImage scaledPicture(const QString& path, QSize within)
+QImage scaled(QIODevice& device, QSize within)
 {
-    QFile file;
-    if (!openFile(file, path))
-        return {};
-    QImageReader reader(&file);
+    QImageReader reader(&device);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
     if (size.width() > greatestSide || size.height() > greatestSide)
@@ -74,6 +67,34 @@ QImage scaledPicture(const QString& path, QSize within)
     if (picture.colorSpace().isValid() && picture.colorSpace() != QColorSpace(QColorSpace::SRgb))
         picture.convertToColorSpace(QColorSpace(QColorSpace::SRgb));
     return picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+} // namespace
+
+std::optional<QSize> pictureSize(const QString& path)
+{
+    QFile file;
+    return openFile(file, path) ? sizeOf(file) : std::nullopt;
+}
+
+std::optional<QSize> pictureSize(const QByteArray& bytes)
+{
+    QBuffer buffer;
+    buffer.setData(bytes);
+    return buffer.open(QIODevice::ReadOnly) ? sizeOf(buffer) : std::nullopt;
+}
+
+QImage scaledPicture(const QString& path, QSize within)
+{
+    QFile file;
+    return openFile(file, path) ? scaled(file, within) : QImage();
+}
+
+QImage scaledPicture(const QByteArray& bytes, QSize within)
+{
+    QBuffer buffer;
+    buffer.setData(bytes);
+    return buffer.open(QIODevice::ReadOnly) ? scaled(buffer, within) : QImage();
 }
 
 } // namespace corvelle

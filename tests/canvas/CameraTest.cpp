@@ -124,15 +124,18 @@ TEST(CardGrid, findsWhatALookAtEveryCardFinds)
 
 TEST(NavHistory, goesBackAndForwardPastWhatIsGone)
 {
-    const auto all = [](const QString&) { return true; };
+    const auto folder = [](const char* id) { return NavPlace{NavPlace::Kind::Folder, id}; };
+    const auto all = [](const NavPlace&) { return true; };
     NavHistory history;
     EXPECT_EQ(history.back(all), std::nullopt);
-    for (const QString place : {"a", "b", "b", "c"})
-        history.record(place);
-    EXPECT_EQ(history.back([](const QString& place) { return place != "b"; }), QString("a"));
-    EXPECT_EQ(history.forward(all), QString("c"));
-    EXPECT_EQ(history.back(all), QString("a"));
-    history.record("d");
+    for (const char* id : {"a", "b", "b", "c"})
+        history.record(folder(id));
+    EXPECT_EQ(history.back([](const NavPlace& place) { return place.id != "b"; }), folder("a"));
+    EXPECT_EQ(history.forward(all), folder("c"));
+    EXPECT_EQ(history.back(all), folder("a"));
+    history.record({NavPlace::Kind::Page, "a"});
+    EXPECT_EQ(history.back(all), folder("a")) << "a page is another place than a folder";
+    history.record(folder("d"));
     EXPECT_FALSE(history.canGoForward()) << "a new move forgets what lay ahead";
 }
 

@@ -65,6 +65,27 @@ double snapped(double coordinate, double ratio)
     return std::round(coordinate * ratio) / ratio;
 }
 
+CardFace::Line::Kind lineKind(Block kind)
+{
+    using Kind = CardFace::Line::Kind;
+    switch (kind) {
+    case Block::Bullet:
+        return Kind::Bullet;
+    case Block::Ordered:
+        return Kind::Number;
+    case Block::Todo:
+        return Kind::Todo;
+    case Block::Done:
+        return Kind::Done;
+    case Block::Quote:
+        return Kind::Quote;
+    case Block::Code:
+        return Kind::Code;
+    default:
+        return isHeading(kind) ? Kind::Heading : Kind::Text;
+    }
+}
+
 QString hostOf(const QString& url)
 {
     const QString host = QUrl(url).host();
@@ -76,6 +97,7 @@ QString hostOf(const QString& url)
 CanvasView::CanvasView(CanvasModel& model, QWidget* parent)
     : QWidget(parent)
     , m_model(model)
+    , m_excerpts(model.library())
 {
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
@@ -111,6 +133,10 @@ CanvasView::CanvasView(CanvasModel& model, QWidget* parent)
     m_edgeScroll.setInterval(16);
     connect(&m_edgeScroll, &QTimer::timeout, this, &CanvasView::tickEdgeScroll);
     connect(&m_faces, &FaceStore::drawn, this, &CanvasView::updateCard);
+    connect(&m_excerpts, &PageExcerpts::read, this, [this](const QSet<QString>& ids) {
+        m_faces.invalidate(ids);
+        update();
+    });
 }
 
 CanvasView::~CanvasView() = default;
@@ -130,7 +156,7 @@ void CanvasView::setShowsDots(bool shows)
 
 bool CanvasView::isSettled() const
 {
-    return !m_glide && m_model.isAtRest() && m_faces.isIdle();
+    return !m_glide && m_model.isAtRest() && m_faces.isIdle() && m_excerpts.isIdle();
 }
 
 int CanvasView::shownZoomPercent() const
@@ -216,7 +242,7 @@ CardFace::Kind CanvasView::faceKind(const Node& node) const
     return node.isPicture() ? CardFace::Kind::Picture : CardFace::Kind::File;
 }
 
-FaceRequest CanvasView::describe(const QString& key) const
+FaceRequest CanvasView::describe(const QString& key)
 {
     const Node& node = *m_model.library().node(key);
     FaceRequest request;
@@ -252,6 +278,9 @@ FaceRequest CanvasView::describe(const QString& key) const
         face.host = hostOf(node.url);
         break;
     case CardFace::Kind::Page:
+        if (const auto* rows = m_excerpts.rows(key))
+            for (const ExcerptRow& row : *rows)
+                face.lines.push_back({lineKind(row.kind), row.text, row.number});
         break;
     }
     return request;

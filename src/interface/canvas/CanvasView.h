@@ -6,6 +6,7 @@
 #include "interface/canvas/FaceStore.h"
 #include "interface/canvas/FrameMeter.h"
 #include "interface/widgets/TitleField.h"
+#include "library/PageExcerpts.h"
 
 #include <QElapsedTimer>
 #include <QPointer>
@@ -121,7 +122,7 @@ private:
     void paintFarHint(QPainter& painter);
     QRectF cardOnScreen(const PlacedCard& card) const;
     CardFace::Kind faceKind(const Node& node) const;
-    FaceRequest describe(const QString& key) const;
+    FaceRequest describe(const QString& key);
     void setPointed(const QString& key);
     void updateCard(const QString& key);
     void callOffGestures();
@@ -150,6 +151,7 @@ private:
 
     CanvasModel& m_model;
     FaceStore m_faces;
+    PageExcerpts m_excerpts;
     FrameMeter m_frames;
     Scheme m_scheme = Scheme::Light;
     bool m_showsDots = true;

@@ -86,4 +86,33 @@ std::vector<MenuRow> canvasMenu(const CanvasMenuState& state)
     };
 }
 
+std::vector<MenuRow> pageMenu(bool isFile)
+{
+    std::vector<MenuRow> rows{
+        item(u"find"_s, Icon::Search, u"Find…"_s, u"Ctrl+F"_s),
+        menuLine(),
+        item(u"copy-md"_s, Icon::Copy, u"Copy as Markdown"_s),
+        item(u"copy-html"_s, Icon::Copy, u"Copy as HTML"_s),
+        menuLine(),
+        item(u"export-md"_s, Icon::Download, u"Export as Markdown…"_s),
+        item(u"export-html"_s, Icon::Download, u"Export as HTML…"_s),
+    };
+    if (isFile) {
+        rows.push_back(menuLine());
+        rows.push_back(item(u"elsewhere"_s, Icon::Open, u"Open in its app"_s));
+        rows.push_back(item(u"show"_s, Icon::Folder, u"Show in Finder"_s));
+    }
+    return rows;
+}
+
+std::vector<MenuRow> pageTextMenu(bool canCopy)
+{
+    return {
+        item(u"copy"_s, Icon::Copy, u"Copy"_s, u"Ctrl+C"_s, canCopy),
+        item(u"all"_s, Icon::Text, u"Select all"_s, u"Ctrl+A"_s),
+        menuLine(),
+        item(u"find"_s, Icon::Search, u"Find…"_s, u"Ctrl+F"_s),
+    };
+}
+
 } // namespace corvelle

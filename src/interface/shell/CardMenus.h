@@ -17,4 +17,8 @@ struct CanvasMenuState
 };
 std::vector<MenuRow> canvasMenu(const CanvasMenuState& state);
 
+// Of a page or a Markdown file that is open, and of its text.
+std::vector<MenuRow> pageMenu(bool isFile);
+std::vector<MenuRow> pageTextMenu(bool canCopy);
+
 } // namespace corvelle

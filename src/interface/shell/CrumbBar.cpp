@@ -96,6 +96,14 @@ void CrumbBar::setOverlay(const QString& name)
     rebuild();
 }
 
+void CrumbBar::setOpened(const QString& title)
+{
+    if (title == m_opened)
+        return;
+    m_opened = title;
+    rebuild();
+}
+
 void CrumbBar::goBack()
 {
     if (m_overlay.isEmpty())
@@ -141,13 +149,16 @@ void CrumbBar::rebuild()
             crumb->deleteLater();
         }
         m_crumbs.clear();
-        addCrumb({}, u"Home"_s, path.empty() && m_overlay.isEmpty());
+        addCrumb({}, u"Home"_s, path.empty() && m_overlay.isEmpty() && m_opened.isEmpty());
         if (left > 0)
             addEllipsis(path[left - 1], m_model.library().node(path[left - 1])->title);
         for (size_t i = left; i < path.size(); ++i)
-            addCrumb(path[i], m_model.library().node(path[i])->title, i + 1 == path.size());
+            addCrumb(path[i], m_model.library().node(path[i])->title,
+                i + 1 == path.size() && m_opened.isEmpty());
         if (!m_overlay.isEmpty())
             addCrumb(m_model.folderID(), m_overlay, true);
+        else if (!m_opened.isEmpty())
+            addCrumb({}, m_opened, true);
         if (m_row->sizeHint().width() <= m_mostWidth)
             break;
     }
@@ -176,7 +187,8 @@ void CrumbBar::addCrumb(const QString& id, const QString& title, bool isHere)
     connect(crumb, &QAbstractButton::clicked, &m_model, [this, id, isHere] {
         if (!m_overlay.isEmpty() && !isHere)
             emit overlayLeft();
-        m_model.open(id);
+        if (m_opened.isEmpty() || !isHere) // what is open is here already
+            m_model.open(id);
     });
     m_row->addWidget(crumb);
     crumb->show();

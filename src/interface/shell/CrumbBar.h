@@ -25,6 +25,8 @@ public:
 
     // A place over the canvas, such as the Trash; empty: the folders again.
     void setOverlay(const QString& name);
+    // An item that is open over its folder, behind the folders; empty: none.
+    void setOpened(const QString& title);
 
     // The folder that a button under the point (in this bar) stands for, with its name; while it is
     // asked that button shows itself as the target. None: no more.
@@ -45,7 +47,7 @@ private:
     void goBack();
 
     CanvasModel& m_model;
-    QString m_overlay;
+    QString m_overlay, m_opened;
     BarButton* m_back;
     BarButton* m_forward;
     QHBoxLayout* m_row;

@@ -1,6 +1,8 @@
 #include "interface/shell/MainWindow.h"
 
 #include "base/Log.h"
+#include "canvas/OpenDocument.h"
+#include "interface/page/PageSheet.h"
 #include "interface/shell/CanvasNotes.h"
 #include "interface/shell/CrumbBar.h"
 #include "interface/shell/Dock.h"
@@ -44,6 +46,8 @@ MainWindow::MainWindow(CanvasModel& model, CanvasCommands& commands, bool showsS
     , m_dock(new Dock(this))
     , m_tools(new ToolBar(this))
     , m_trash(new TrashView(this))
+    , m_document(new OpenDocument(model.library(), this))
+    , m_page(new PageSheet(itemLooks(), mentionFacts(), this))
     , m_working(new LineNote(LineNote::Tone::Inverse, this))
     , m_empty(new EmptyNote(this))
     , m_progress(new LineNote(LineNote::Tone::Inverse, this))
@@ -51,6 +55,8 @@ MainWindow::MainWindow(CanvasModel& model, CanvasCommands& commands, bool showsS
     setWindowTitle(u"Corvelle"_s);
     setMinimumSize(leastSize);
     resize(firstSize);
+    m_page->hide();
+    m_page->lower();
     m_trash->hide();
     m_trash->lower();
     m_canvas->lower();
@@ -65,6 +71,7 @@ MainWindow::MainWindow(CanvasModel& model, CanvasCommands& commands, bool showsS
     setTabOrder(m_tools, m_canvas);
     setTabOrder(m_canvas, m_dock);
     setTabOrder(m_dock, m_zoom);
+    setTabOrder(m_zoom, m_page);
 
     Library& library = model.library();
     connect(&model, &CanvasModel::cardsChanged, this, &MainWindow::updateEmptyNote);
@@ -82,6 +89,7 @@ MainWindow::MainWindow(CanvasModel& model, CanvasCommands& commands, bool showsS
 
     addShortcuts();
     connectActs();
+    connectPage();
     takeScheme();
     updateEmptyNote();
     m_canvas->setFocus();
@@ -143,6 +151,7 @@ void MainWindow::layOut()
 {
     m_canvas->setGeometry(rect());
     m_trash->setGeometry(rect());
+    m_page->setGeometry(rect());
     m_tools->move(width() - edge - m_tools->width(), edge);
     m_dock->move((width() - m_dock->width()) / 2, height() - bottomEdge - m_dock->height());
     m_crumbs->setMostWidth(width() - 3 * edge - m_tools->width());
@@ -236,7 +245,10 @@ void MainWindow::showAlert(const Alert& alert, std::function<void(int)> chosen)
         m_alertPanel, &AlertPanel::chosen, this, [this, chosen = std::move(chosen)](int answer) {
             m_alert.reset();
             m_alertPanel.clear();
-            m_canvas->setFocus();
+            if (showsPage())
+                m_page->setFocus();
+            else
+                m_canvas->setFocus();
             chosen(answer);
         });
 }

@@ -3,13 +3,16 @@
 
 #include "canvas/CanvasModel.h"
 #include "interface/canvas/CanvasView.h"
+#include "interface/page/ShownText.h"
 #include "interface/widgets/AlertPanel.h"
+#include "interface/widgets/MenuPanel.h"
 #include "interface/widgets/ToastStack.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QPointer>
 #include <QTimer>
+#include <QUrl>
 #include <QWidget>
 
 #include <functional>
@@ -22,7 +25,8 @@ class CrumbBar;
 class Dock;
 class EmptyNote;
 class LineNote;
-class MenuPanel;
+class OpenDocument;
+class PageSheet;
 class ToolBar;
 class TrashView;
 class ZoomBar;
@@ -60,6 +64,14 @@ public:
     QJsonArray menuJson() const;
     void closeOverlays();
 
+    // ---- the page over the canvas: WindowPage.cpp ----
+    bool showsPage() const;
+    bool isPageSettled() const;
+    // Opens the field for finding with these words.
+    void findInOpened(const QString& words);
+    // What is open, as a script sees it; null for nothing.
+    QJsonValue openedJson() const;
+
     // What a script sees of the toasts and of the alert.
     QJsonArray toastsJson() const;
     std::optional<QJsonObject> alertJson() const;
@@ -67,6 +79,8 @@ public:
 signals:
     void closed();
     void switchLibraryWanted();
+    // A web or mail address, to be opened by the desktop.
+    void addressWanted(const QUrl& url);
 
 protected:
     bool event(QEvent* event) override;
@@ -86,6 +100,8 @@ private:
     void connectActs();
     void addEditShortcuts();
     void openMenu(const QString& key, QPoint at);
+    void showMenu(
+        std::vector<MenuRow> rows, QPoint at, const std::function<void(const QString&)>& act);
     void actOnCards(const QString& act, const std::vector<QString>& ids, QPoint at);
     void actOnCanvas(const QString& act, QPointF point);
     void makeNew(NodeKind kind, QPointF point);
@@ -98,6 +114,22 @@ private:
     void tellWithUndo(const QString& text, const QString& undoName);
     void fillTrash();
     void showWorking();
+    bool isCanvasCovered() const { return showsTrash() || showsPage(); }
+
+    void connectPage();
+    void showOpened();
+    void showDocument(bool again);
+    void namePage();
+    void showChrome(bool shows);
+    ItemLooks itemLooks() const;
+    MentionSource mentionFacts() const;
+    void followItem(const QString& id);
+    void followAddress(const QString& address);
+    void openPageMenu(QPoint at);
+    void openTextMenu(QPoint at);
+    void actOnPage(const QString& act);
+    void copyPage(bool html);
+    void exportPage(const Node& node, bool html);
 
     CanvasModel& m_model;
     CanvasCommands& m_commands;
@@ -107,6 +139,8 @@ private:
     Dock* m_dock;
     ToolBar* m_tools;
     TrashView* m_trash;
+    OpenDocument* m_document;
+    PageSheet* m_page;
     QPointer<MenuPanel> m_menu;
     LineNote* m_working; // while the main thread is kept
     QTimer m_workingEnds;

@@ -110,7 +110,10 @@ void MainWindow::addEditShortcuts()
     add(u"Ctrl+Y"_s, [this] { m_commands.redo(); });
     add(u"Ctrl+N"_s, [this] { makeNew(NodeKind::Page, m_commands.middle()); });
     add(u"Ctrl+Shift+N"_s, [this] { makeNew(NodeKind::Folder, m_commands.middle()); });
-    add(u"Ctrl+C"_s, [this] { copyLinks(m_commands.selected()); });
+    add(u"Ctrl+C"_s, [this] {
+        if (!isCanvasCovered())
+            copyLinks(m_commands.selected());
+    });
     add(u"Ctrl+V"_s, [this] { paste(); });
 }
 
@@ -133,15 +136,21 @@ void MainWindow::openMenu(const QString& key, QPoint at)
     } else {
         rows = cardMenu(m_model.library(), ids);
     }
-    for (MenuRow& row : rows)
-        row.words = shown(row.words);
-    m_menu = new MenuPanel(std::move(rows), m_canvas->mapTo(this, at), *this);
-    connect(m_menu, &MenuPanel::chosen, this, [this, key, ids, at, point](const QString& act) {
+    showMenu(std::move(rows), m_canvas->mapTo(this, at), [this, key, ids, at, point](const QString& act) {
         if (key.isEmpty())
             actOnCanvas(act, point);
         else
             actOnCards(act, ids, at);
     });
+}
+
+void MainWindow::showMenu(
+    std::vector<MenuRow> rows, QPoint at, const std::function<void(const QString&)>& act)
+{
+    for (MenuRow& row : rows)
+        row.words = shown(row.words);
+    m_menu = new MenuPanel(std::move(rows), at, *this);
+    connect(m_menu, &MenuPanel::chosen, this, act);
 }
 
 void MainWindow::actOnCards(const QString& act, const std::vector<QString>& ids, QPoint at)
@@ -193,7 +202,7 @@ void MainWindow::actOnCanvas(const QString& act, QPointF point)
 
 void MainWindow::makeNew(NodeKind kind, QPointF point)
 {
-    if (!m_model.library().isOpen() || showsTrash())
+    if (!m_model.library().isOpen() || isCanvasCovered())
         return;
     switch (kind) {
     case NodeKind::Page:
@@ -260,7 +269,7 @@ void MainWindow::copyLinks(const std::vector<QString>& ids)
 void MainWindow::paste()
 {
     const QMimeData* clipboard = QGuiApplication::clipboard()->mimeData();
-    if (!clipboard || showsTrash() || !m_model.library().isOpen())
+    if (!clipboard || isCanvasCovered() || !m_model.library().isOpen())
         return;
     const QPoint pointer = m_canvas->mapFromGlobal(QCursor::pos());
     const QPointF point = m_canvas->rect().contains(pointer)
@@ -286,6 +295,8 @@ void MainWindow::showTrash(bool shows)
 {
     if (shows == showsTrash())
         return;
+    if (shows)
+        m_model.closeOver();
     m_trash->setVisible(shows);
     m_canvas->setVisible(!shows);
     m_dock->setVisible(!shows);
@@ -358,6 +369,7 @@ void MainWindow::closeOverlays()
     if (m_menu)
         m_menu->closeMenu();
     showTrash(false);
+    m_model.closeOver();
 }
 
 QJsonArray MainWindow::menuJson() const

@@ -1,0 +1,118 @@
+#include "canvas/OpenDocument.h"
+
+#include "library/LibraryPlace.h"
+#include "pages/PageMarkdown.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QStringDecoder>
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+constexpr qint64 mostBytes = 64LL << 20; // of a Markdown file
+
+struct Outcome
+{
+    std::optional<OpenDocument::Contents> contents;
+    QString why; // the sentence, where there are none
+};
+
+QString decoded(const QByteArray& bytes)
+{
+    const auto mark = QStringConverter::encodingForData(bytes);
+    QStringDecoder decoder(mark.value_or(QStringConverter::Utf8));
+    return decoder(bytes);
+}
+
+Outcome readFile(const QString& path, const QString& title)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return {{}, u"Couldn’t read “%1”."_s.arg(title)};
+    if (file.size() > mostBytes)
+        return {{}, u"“%1” is too large to be shown here."_s.arg(title)};
+    OpenDocument::Contents contents;
+    contents.text = textFromNodes(PageMarkdown::docFromMarkdown(decoded(file.read(mostBytes))));
+    contents.folder = QFileInfo(path).absolutePath();
+    return {std::move(contents), {}};
+}
+
+Outcome readPage(PagePreparer& preparer, const QString& database, const QString& id, const QString& title)
+{
+    auto page = preparer.prepare(database, id);
+    if (!page)
+        return {{}, u"Couldn’t read “%1”."_s.arg(title)};
+    return {OpenDocument::Contents{std::move(page->text), page->settings, std::move(page->attrs), {},
+                page->readable},
+        {}};
+}
+
+} // namespace
+
+OpenDocument::OpenDocument(Library& library, QObject* parent)
+    : QObject(parent)
+    , m_library(library)
+    , m_preparer(std::make_shared<PagePreparer>())
+    , m_queue(u"corvelle.page-open"_s)
+{
+    connect(&library, &Library::treeChanged, this, &OpenDocument::takeTreeChange);
+}
+
+void OpenDocument::open(const QString& id)
+{
+    m_id = id;
+    m_isThere = false;
+    m_contents = {};
+    start();
+}
+
+void OpenDocument::close()
+{
+    m_id.clear();
+    m_contents = {};
+    m_isThere = false;
+}
+
+void OpenDocument::start()
+{
+    const Node* node = m_library.node(m_id);
+    if (!node)
+        return;
+    ++m_reading;
+    const bool page = viewerOf(*node) == Viewer::Page;
+    m_queue.run(
+        [preparer = m_preparer, page, id = m_id, title = node->title,
+            path = page ? databasePath(m_library.root()) : m_library.filePath(*node)] {
+            return page ? readPage(*preparer, path, id, title) : readFile(path, title);
+        },
+        this, [this, id = m_id](Outcome outcome) {
+            --m_reading;
+            took(id, std::move(outcome.contents), outcome.why);
+        });
+}
+
+void OpenDocument::took(const QString& id, std::optional<Contents> contents, const QString& why)
+{
+    if (id != m_id)
+        return; // another one was opened meanwhile
+    if (!contents) {
+        if (!m_isThere)
+            emit unreadable(why);
+        return; // a file that an editor is just replacing comes back; what was read stands till then
+    }
+    m_contents = std::move(*contents);
+    emit read(std::exchange(m_isThere, true));
+}
+
+void OpenDocument::takeTreeChange(const TreeChange& change)
+{
+    if (!m_id.isEmpty() &&
+        (change.everything || change.nodes.contains(m_id) || change.changedPages.contains(m_id)))
+        start();
+}
+
+} // namespace corvelle

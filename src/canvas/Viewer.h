@@ -1,0 +1,16 @@
+// Which of our viewers shows an item. Pure.
+#pragma once
+
+#include "library/Node.h"
+
+namespace corvelle {
+
+enum class Viewer : unsigned char {
+    None, // it opens in its own application
+    Page,
+    Markdown,
+};
+
+Viewer viewerOf(const Node& node);
+
+} // namespace corvelle

@@ -1,0 +1,114 @@
+#include "interface/page/FindBar.h"
+
+#include "interface/theme/Fonts.h"
+#include "interface/widgets/BarButton.h"
+#include "interface/widgets/Look.h"
+
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+constexpr int fieldWidth = 220, countWidth = 76, barHeight = 44;
+
+} // namespace
+
+FindBar::FindBar(QWidget* parent)
+    : GlassPanel(Fill::Panel, radius::menu, parent)
+    , m_field(new QLineEdit(this))
+    , m_count(new QLabel(this))
+{
+    setAccessibleName(u"Find"_s);
+    m_field->setAccessibleName(u"Find in the page"_s);
+    m_field->setPlaceholderText(u"Find in the page"_s);
+    m_field->setFrame(false);
+    m_field->setFixedSize(fieldWidth, 32);
+    m_field->setTextMargins(8, 0, 8, 0);
+    m_field->setFont(corvelle::font(TypeStyle::Body));
+    m_field->installEventFilter(this);
+    m_count->setFixedWidth(countWidth);
+    m_count->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_count->setFont(corvelle::font(TypeStyle::Small));
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(6, 6, 6, 6);
+    row->setSpacing(0);
+    row->addWidget(m_field);
+    row->addWidget(m_count);
+    row->addSpacing(6);
+    const auto button = [&](Icon sign, const QString& name, auto act) {
+        auto* made = new BarButton(sign, name, this);
+        made->setSignSize(16);
+        connect(made, &QAbstractButton::clicked, this, act);
+        row->addWidget(made);
+    };
+    button(Icon::ChevronUp, u"Previous"_s, [this] { emit stepWanted(-1); });
+    button(Icon::ChevronDown, u"Next"_s, [this] { emit stepWanted(1); });
+    button(Icon::Close, u"Close"_s, [this] { emit closeWanted(); });
+    connect(m_field, &QLineEdit::textChanged, this, &FindBar::wordsChanged);
+    setFixedHeight(barHeight);
+    adjustSize();
+    hide();
+}
+
+void FindBar::open()
+{
+    QPalette colors = m_field->palette();
+    colors.setColor(QPalette::Base, corvelle::palette(schemeOf(*this)).field);
+    m_field->setPalette(colors);
+    if (!isVisible())
+        appear();
+    m_field->setFocus();
+    m_field->selectAll();
+}
+
+void FindBar::setWords(const QString& words)
+{
+    m_field->setText(words);
+}
+
+QString FindBar::words() const
+{
+    return m_field->text();
+}
+
+void FindBar::setCount(int current, int count)
+{
+    const QLocale english(QLocale::English);
+    m_count->setText(m_field->text().isEmpty() ? QString()
+                     : count == 0 ? u"Not found"_s
+                                  : u"%1 of %2"_s.arg(english.toString(current + 1), english.toString(count)));
+}
+
+bool FindBar::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != m_field || event->type() != QEvent::KeyPress)
+        return GlassPanel::eventFilter(watched, event);
+    const auto* key = static_cast<QKeyEvent*>(event);
+    switch (key->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_F3:
+        emit stepWanted(key->modifiers() & Qt::ShiftModifier ? -1 : 1);
+        return true;
+    case Qt::Key_Down:
+        emit stepWanted(1);
+        return true;
+    case Qt::Key_Up:
+        emit stepWanted(-1);
+        return true;
+    case Qt::Key_Escape:
+        emit closeWanted();
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace corvelle

@@ -1,0 +1,39 @@
+// The field for finding words in what is open, with how many there are and the way from one to the
+// next.
+#pragma once
+
+#include "interface/widgets/GlassPanel.h"
+
+class QLabel;
+class QLineEdit;
+
+namespace corvelle {
+
+class FindBar : public GlassPanel
+{
+    Q_OBJECT
+
+public:
+    explicit FindBar(QWidget* parent);
+
+    // Shows it with the keyboard in its field, what stands there selected.
+    void open();
+    void setWords(const QString& words);
+    QString words() const;
+    // `current` counts from 0; -1: none.
+    void setCount(int current, int count);
+
+signals:
+    void wordsChanged(const QString& words);
+    void stepWanted(int step);
+    void closeWanted();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    QLineEdit* m_field;
+    QLabel* m_count;
+};
+
+} // namespace corvelle

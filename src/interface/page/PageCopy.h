@@ -1,0 +1,18 @@
+// What of a page goes to the pasteboard: as words, as HTML and as Markdown.
+#pragma once
+
+#include "pages/FlatText.h"
+#include "pages/PageNode.h"
+
+#include <memory>
+
+class QMimeData;
+
+namespace corvelle {
+
+// The blocks between two places. Of a part of one block only the words, as a paragraph.
+PageNodes nodesBetween(const FlatText& text, Units from, Units to);
+
+std::unique_ptr<QMimeData> copiedBlocks(const PageNodes& nodes, const MentionSource& mentions);
+
+} // namespace corvelle

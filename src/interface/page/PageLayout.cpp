@@ -1,0 +1,222 @@
+#include "interface/page/PageLayout.h"
+
+#include "interface/page/TableCells.h"
+#include "pages/ListNumbers.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace corvelle {
+
+namespace {
+
+constexpr qsizetype longTableBytes = 64 << 10; // of its JSON; a longer one is cut between its rows
+constexpr int rowsOfAPiece = 24;
+constexpr double unitWidth = 7.4; // a letter of body text, about
+
+const BlockAttachment* attachmentOf(const FlatText& text, const FlatText::BlockAt& block, CharStyleRef& holder)
+{
+    if (block.what().kind != Block::Raw || block.length() != 1)
+        return nullptr;
+    holder = text.styleAt(block.start);
+    return holder && holder->attachment ? holder->attachment.get() : nullptr;
+}
+
+// Where a long block is cut next: at a line break, else behind a blank, never in a character.
+Units cutAfter(const FlatText& text, Units from, Units to)
+{
+    if (to - from <= PageLayout::mostUnits)
+        return to;
+    const QString part = text.text(from, from + PageLayout::mostUnits);
+    if (const qsizetype at = part.lastIndexOf(lineBreak); at > 0)
+        return from + at + 1;
+    if (const qsizetype at = part.lastIndexOf(u' '); at > 0)
+        return from + at + 1;
+    return from + part.size() - (part.back().isHighSurrogate() ? 1 : 0);
+}
+
+} // namespace
+
+PageLayout::PageLayout(const ItemLooks& items, PagePictures& pictures)
+    : m_items(items)
+    , m_pictures(pictures)
+{}
+
+void PageLayout::setPage(FlatText text, const PageStyle& style)
+{
+    m_text = std::move(text);
+    m_style = style;
+    cut();
+}
+
+void PageLayout::setStyle(const PageStyle& style)
+{
+    m_style = style;
+    cut();
+}
+
+void PageLayout::setWidth(double width)
+{
+    if (width == m_width)
+        return;
+    m_width = width;
+    cut();
+}
+
+// ---- cutting ----
+
+void PageLayout::cut()
+{
+    m_laid.clear();
+    m_extents.clear();
+    m_made.clear();
+    m_estimates.clear();
+    ListNumbers numbers;
+    std::optional<Block> above;
+    m_text.eachBlock(0, [&](const FlatText::BlockAt& block) {
+        const BlockStyle& style = block.what();
+        const Block kind = style.kind;
+        double gap = above ? std::max(m_style.gapBelow(*above), m_style.gapAbove(kind)) : 0;
+        if (above && isListKind(*above) && !isListKind(kind))
+            gap = std::max(gap, m_style.gapBelow(Block::Paragraph));
+        cutBlock(block, static_cast<float>(gap), numbers.next(style));
+        above = kind;
+        return true;
+    });
+    m_heights.assign(std::move(m_estimates));
+}
+
+void PageLayout::cutBlock(const FlatText::BlockAt& block, float gap, int number)
+{
+    CharStyleRef holder;
+    if (const BlockAttachment* attachment = attachmentOf(m_text, block, holder)) {
+        const bool table = attachment->kind == PageNode::Type::Table;
+        const double estimate = table ? 40 + static_cast<double>(attachment->node.size()) / 8
+                                      : attachment->kind == PageNode::Type::Image ? 300 : 52;
+        if (!table || attachment->node.size() < longTableBytes) {
+            addPiece({block.index, 0, 1, 0, 0}, gap, number, estimate);
+            return;
+        }
+        // A cut goes between rows that no merged cell joins.
+        const auto cells = tableCells(*attachment);
+        int start = 0, joined = 0;
+        std::vector<int> reach(static_cast<size_t>(cells->plan.rowCount) + 1);
+        for (const TablePlan::Slot& slot : cells->plan.cells)
+            reach[static_cast<size_t>(slot.row)] =
+                std::max(reach[static_cast<size_t>(slot.row)], slot.row + slot.rowSpan);
+        for (int row = 0; row < cells->plan.rowCount; ++row) {
+            joined = std::max(joined, reach[static_cast<size_t>(row)]);
+            const bool last = row + 1 == cells->plan.rowCount;
+            if (!last && (row + 1 - start < rowsOfAPiece || joined > row + 1))
+                continue;
+            addPiece({block.index, 0, 1, start, row + 1 - start}, start == 0 ? gap : 0, number,
+                34.0 * (row + 1 - start));
+            start = row + 1;
+        }
+        if (cells->plan.rowCount == 0)
+            addPiece({block.index, 0, 1, 0, 0}, gap, number, estimate);
+        return;
+    }
+    const double line = m_style.lineHeight(block.what().kind);
+    const double perLine = std::max(8.0, m_width / unitWidth);
+    Units from = block.start;
+    do {
+        const Units to = cutAfter(m_text, from, block.end);
+        addPiece({block.index, from - block.start, to - block.start, 0, 0}, from == block.start ? gap : 0,
+            number, line * std::max(1.0, std::ceil(static_cast<double>(to - from) / perLine)));
+        from = to;
+    } while (from < block.end);
+}
+
+void PageLayout::addPiece(const Extent& extent, float gap, int number, double estimate)
+{
+    m_extents.push_back(extent);
+    m_made.push_back({gap, number});
+    m_estimates.push_back(gap + estimate);
+}
+
+// ---- laying out ----
+
+const LaidPiece& PageLayout::laid(int piece)
+{
+    std::unique_ptr<LaidPiece>& laid = m_laid[piece];
+    if (laid)
+        return *laid;
+    const auto at = static_cast<size_t>(piece);
+    const Extent& extent = m_extents[at];
+    PieceFacts facts;
+    facts.text = &m_text;
+    facts.block = m_text.block(extent.block);
+    facts.from = extent.from;
+    facts.to = extent.to;
+    facts.firstRow = extent.firstRow;
+    facts.rowCount = extent.rowCount;
+    facts.isFirst = at == 0 || m_extents[at - 1].block != extent.block;
+    facts.isLast = at + 1 == m_extents.size() || m_extents[at + 1].block != extent.block;
+    facts.rightToLeft = readsRightToLeft(
+        m_text.text(facts.block.start, std::min(facts.block.end, facts.block.start + mostUnits)));
+    facts.quoteGoesOn = !facts.isFirst || (extent.block > 0 && facts.block.what().isQuoted() &&
+                                              m_text.block(extent.block - 1).what().isQuoted());
+    facts.gap = m_made[at].gap;
+    facts.number = m_made[at].number;
+    facts.width = m_width;
+    facts.style = &m_style;
+    facts.items = &m_items;
+    facts.pictures = &m_pictures;
+    laid = layOutPiece(facts);
+    m_heights.setHeight(piece, laid->height());
+    return *laid;
+}
+
+void PageLayout::keepOnly(int first, int last)
+{
+    m_laid.erase(m_laid.begin(), m_laid.lower_bound(first));
+    m_laid.erase(m_laid.upper_bound(last), m_laid.end());
+}
+
+// ---- places ----
+
+int PageLayout::pieceOf(qsizetype block, Units offset) const
+{
+    const auto beyond = std::upper_bound(m_extents.begin(), m_extents.end(), std::pair(block, offset),
+        [](const std::pair<qsizetype, Units>& place, const Extent& extent) {
+            return place.first < extent.block ||
+                   (place.first == extent.block && place.second < extent.from);
+        });
+    const auto index = static_cast<int>(beyond - m_extents.begin()) - 1;
+    return std::clamp(index, 0, std::max(0, count() - 1));
+}
+
+int PageLayout::pieceOf(const TextRange& range) const
+{
+    if (range.cell < 0)
+        return pieceOf(range.block, range.from);
+    // Of a long table the part that has the cell's row.
+    int piece = pieceOf(range.block, 0);
+    while (piece > 0 && extent(piece - 1).block == range.block)
+        --piece;
+    if (extent(piece).rowCount == 0)
+        return piece;
+    CharStyleRef holder;
+    const BlockAttachment* table = attachmentOf(m_text, m_text.block(range.block), holder);
+    const auto cells = table ? tableCells(*table) : nullptr;
+    if (!cells || static_cast<size_t>(range.cell) >= cells->plan.cells.size())
+        return piece;
+    const int row = cells->plan.cells[static_cast<size_t>(range.cell)].row;
+    while (piece + 1 < count() && extent(piece + 1).block == range.block && extent(piece + 1).firstRow <= row)
+        ++piece;
+    return piece;
+}
+
+Units PageLayout::startOf(int piece) const
+{
+    return m_text.block(extent(piece).block).start + extent(piece).from;
+}
+
+Units PageLayout::placeAt(int piece, QPointF at)
+{
+    const FlatText::BlockAt block = m_text.block(extent(piece).block);
+    return std::clamp(block.start + laid(piece).placeAt(at), block.start, block.end);
+}
+
+} // namespace corvelle

@@ -1,0 +1,108 @@
+#include "interface/page/PagePictures.h"
+
+#include "platform/PictureFacts.h"
+
+#include <QDir>
+#include <QUrl>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+constexpr int mostKiB = 96 << 10;
+constexpr int mostPixels = 1600;  // of a picture's width; more shows nothing more on a page
+constexpr int tallest = 1 << 13;
+constexpr int checkMs = 5'000;
+constexpr qint64 unusedMs = 120'000;
+
+// Of a "data:" address in base64.
+QByteArray bytesOf(QStringView src)
+{
+    const qsizetype comma = src.indexOf(u',');
+    if (comma < 0 || !src.first(comma).endsWith(u";base64", Qt::CaseInsensitive))
+        return {};
+    return QByteArray::fromBase64(src.mid(comma + 1).toLatin1());
+}
+
+// Below the folder and nowhere else; empty for any other address.
+QString pathBelow(const QString& folder, const QString& src)
+{
+    if (folder.isEmpty() || src.startsWith(u'/'))
+        return {};
+    const QUrl url(src);
+    if (!url.scheme().isEmpty() || !url.isRelative())
+        return {};
+    const QString path = QDir::cleanPath(url.path(QUrl::FullyDecoded));
+    if (path.isEmpty() || path == u".." || path.startsWith(u"../") || path.startsWith(u'/'))
+        return {};
+    return folder + u'/' + path;
+}
+
+} // namespace
+
+PagePictures::PagePictures(QObject* parent)
+    : QObject(parent)
+    , m_entries(mostKiB)
+    , m_queue(u"corvelle.page-pictures"_s)
+{
+    m_check.setInterval(checkMs);
+    connect(&m_check, &QTimer::timeout, this, &PagePictures::checkUse);
+}
+
+PagePictures::~PagePictures() = default;
+
+PictureData PagePictures::find(const QString& src) const
+{
+    PictureData found;
+    if (src.startsWith(u"data:", Qt::CaseInsensitive)) {
+        found.bytes = bytesOf(src);
+        found.key = QString::number(found.bytes.size()) + u'@' + QString::number(qHash(found.bytes));
+        if (!found.bytes.isEmpty())
+            found.size = pictureSize(found.bytes);
+    } else if (found.path = pathBelow(m_folder, src); !found.path.isEmpty()) {
+        found.key = found.path;
+        found.size = pictureSize(found.path);
+    }
+    return found;
+}
+
+QImage PagePictures::ready(const PictureData& picture, int width)
+{
+    m_lastUse.start();
+    if (!m_check.isActive())
+        m_check.start();
+    const int wanted = std::clamp(std::min(width, picture.size ? picture.size->width() : 0), 1, mostPixels);
+    const Entry* entry = m_entries.object(picture.key);
+    if (entry && entry->width * 5 >= wanted * 4)
+        return entry->image;
+    if (!m_decoding.contains(picture.key)) {
+        m_decoding.insert(picture.key);
+        m_queue.run(
+            [picture, wanted] {
+                const QSize within(wanted, tallest);
+                return picture.path.isEmpty() ? scaledPicture(picture.bytes, within)
+                                              : scaledPicture(picture.path, within);
+            },
+            this, [this, key = picture.key, wanted](QImage image) {
+                m_decoding.remove(key);
+                const auto cost = static_cast<int>(image.sizeInBytes() / 1024) + 1;
+                m_entries.insert(key, new Entry{std::move(image), wanted}, cost);
+                emit decoded(key);
+            });
+    }
+    return entry ? entry->image : QImage();
+}
+
+void PagePictures::checkUse()
+{
+    if (m_lastUse.elapsed() < unusedMs)
+        return;
+    m_entries.clear();
+    m_check.stop();
+}
+
+} // namespace corvelle

@@ -1,0 +1,72 @@
+// The pictures of pages, decoded at the size on screen and kept while there is room.
+//
+// Main thread; decoding runs on the queue `corvelle.page-pictures`. Nobody's pictures stay in memory
+// when no page has shown one for two minutes.
+#pragma once
+
+#include "base/SerialQueue.h"
+#include "pages/PageNode.h"
+
+#include <QCache>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QObject>
+#include <QSet>
+#include <QTimer>
+
+#include <optional>
+
+namespace corvelle {
+
+// Where the bytes of a picture are: in the page itself, or in a file beside a Markdown file.
+struct PictureData
+{
+    QString key; // equal for equal pictures
+    QByteArray bytes;
+    QString path;
+    std::optional<QSize> size; // pixels; none for what can't be shown
+
+    bool isShown() const { return size.has_value(); }
+};
+
+class PagePictures : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit PagePictures(QObject* parent = nullptr);
+    ~PagePictures() override;
+
+    // Where relative addresses begin; empty: they can't be shown. Nothing outside is reached.
+    void setFolder(const QString& folder) { m_folder = folder; }
+
+    // Reads the picture's header alone.
+    PictureData find(const QString& src) const;
+
+    // The picture if it was decoded at four fifths of that width or more; else null, and it is
+    // decoded unless that has begun. Pixels.
+    QImage ready(const PictureData& picture, int width);
+
+    bool isIdle() const { return m_decoding.isEmpty(); }
+
+signals:
+    void decoded(const QString& key);
+
+private:
+    void checkUse();
+
+    struct Entry
+    {
+        QImage image;
+        int width = 0; // that it was decoded for
+    };
+
+    QString m_folder;
+    QCache<QString, Entry> m_entries; // by key; costs in KiB
+    QSet<QString> m_decoding;
+    QElapsedTimer m_lastUse;
+    QTimer m_check;
+    SerialQueue m_queue;
+};
+
+} // namespace corvelle

@@ -1,0 +1,232 @@
+#include "interface/page/PageSheet.h"
+
+#include "interface/page/FindBar.h"
+#include "interface/theme/Fonts.h"
+#include "interface/theme/Shadows.h"
+#include "interface/widgets/BarButton.h"
+#include "interface/widgets/Look.h"
+
+#include <QEasingCurve>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPainterPath>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+constexpr int widest = 920, sideRoom = 24, sheetTop = 76, headRow = 48;
+constexpr int headSide = 18, buttonEdge = 8;
+
+} // namespace
+
+PageSheet::PageSheet(ItemLooks items, MentionSource mentions, QWidget* parent)
+    : QWidget(parent)
+    , m_view(new PageView(std::move(items), std::move(mentions), this))
+    , m_more(new BarButton(Icon::More, u"More"_s, this))
+    , m_close(new BarButton(Icon::Close, u"Close"_s, this))
+    , m_find(new FindBar(this))
+{
+    m_close->setName(u"Close"_s, QKeySequence(Qt::Key_Escape).toString(QKeySequence::NativeText));
+    setTabOrder(m_view, m_more);
+    setTabOrder(m_more, m_close);
+    connect(m_more, &QAbstractButton::clicked, this, &PageSheet::moreWanted);
+    connect(m_close, &QAbstractButton::clicked, this, &PageSheet::closeWanted);
+    connect(m_view, &PageView::closeWanted, this, &PageSheet::closeWanted);
+    connect(m_view, &PageView::foundChanged, this,
+        [this] { m_find->setCount(m_view->currentFound(), m_view->foundCount()); });
+    connect(m_find, &FindBar::wordsChanged, m_view, &PageView::find);
+    connect(m_find, &FindBar::stepWanted, m_view, &PageView::goToFound);
+    connect(m_find, &FindBar::closeWanted, this, &PageSheet::closeFind);
+    m_motion.setStartValue(0.0);
+    m_motion.setEndValue(1.0);
+    m_motion.setDuration(motion::baseMs);
+    m_motion.setEasingCurve(QEasingCurve::OutCubic);
+    connect(&m_motion, &QVariantAnimation::valueChanged, this, qOverload<>(&QWidget::update));
+    connect(&m_motion, &QVariantAnimation::finished, this, [this] {
+        m_picture = {};
+        showParts(true);
+        update();
+    });
+}
+
+PageSheet::~PageSheet() = default;
+
+void PageSheet::setName(Icon sign, const QString& name)
+{
+    m_sign = sign;
+    m_name = name;
+    m_view->setAccessibleName(name);
+    update();
+}
+
+// ---- layout ----
+
+QRect PageSheet::sheet() const
+{
+    const int wide = std::min(widest, width() - 2 * sideRoom);
+    return QRect((width() - wide) / 2, sheetTop, wide, std::max(headRow, height() - sheetTop));
+}
+
+void PageSheet::layOut()
+{
+    const QRect place = sheet();
+    m_view->setGeometry(place.adjusted(0, headRow, 0, 0));
+    const int middle = place.top() + headRow / 2;
+    int right = place.right() + 1 - buttonEdge;
+    for (BarButton* button : {m_close, m_more}) {
+        button->resize(button->sizeHint());
+        right -= button->width();
+        button->move(right, middle - button->height() / 2);
+        right -= button == m_close ? 9 : 2;
+    }
+    m_find->move(place.right() + 1 - 16 - m_find->width(), place.top() + headRow + 10);
+}
+
+void PageSheet::resizeEvent(QResizeEvent*)
+{
+    m_motion.stop();
+    m_picture = {};
+    showParts(true);
+    layOut();
+}
+
+QRect PageSheet::moreButton() const
+{
+    return m_more->geometry();
+}
+
+void PageSheet::showParts(bool shows)
+{
+    m_view->setVisible(shows);
+    m_more->setVisible(shows);
+    m_close->setVisible(shows);
+    if (shows && isVisible())
+        m_view->setFocus();
+}
+
+void PageSheet::comeFrom(const QRectF& card)
+{
+    m_motion.stop();
+    layOut();
+    showParts(true);
+    if (isMotionReduced(*this) || card.isEmpty() || !isVisible())
+        return;
+    // The sheet as it will stand there is one picture while it grows.
+    const QRect place = sheet();
+    m_picture = grab(place);
+    m_from = card;
+    showParts(false);
+    m_motion.start();
+}
+
+// ---- painting ----
+
+void PageSheet::paintSheet(QPainter& painter, const QRectF& box) const
+{
+    const Palette& colors = corvelle::palette(schemeOf(*this));
+    drawShadow(painter, box.adjusted(0, 0, 0, 40), radius::sheet, Elevation::Sheet, schemeOf(*this));
+    QPainterPath surface;
+    surface.addRoundedRect(box.adjusted(0, 0, 0, radius::sheet + 4), radius::sheet, radius::sheet);
+    painter.fillPath(surface, colors.surface);
+    painter.setPen(QPen(colors.glassEdge, 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(surface);
+    painter.fillRect(QRectF(box.left(), box.top() + headRow - 1, box.width(), 1), colors.hairlineFaint);
+
+    const double middle = box.top() + headRow / 2.0;
+    drawIcon(painter, m_sign, QRectF(box.left() + headSide, middle - 9, 18, 18), colors.ink3);
+    const Lettering letters(TypeStyle::Label);
+    const QRectF name(box.left() + headSide + 26, box.top(),
+        std::max(0.0, m_more->x() - box.left() - headSide - 26 - 12), headRow - 1);
+    painter.setPen(colors.ink);
+    letters.draw(painter, name, Qt::AlignLeft, letters.elided(m_name, name.width(), Qt::ElideMiddle));
+    painter.fillRect(QRectF(m_close->x() - 5, middle - 10, 1, 20), colors.hairline);
+}
+
+void PageSheet::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    const double share = m_picture.isNull() ? 1 : m_motion.currentValue().toDouble();
+    QColor dim = corvelle::palette(schemeOf(*this)).dim;
+    dim.setAlphaF(dim.alphaF() * static_cast<float>(share));
+    painter.fillRect(rect(), dim);
+    if (m_picture.isNull()) {
+        paintSheet(painter, sheet());
+        return;
+    }
+    const QRectF to = sheet();
+    const auto between = [share](double a, double b) { return a + (b - a) * share; };
+    const QRectF box(between(m_from.left(), to.left()), between(m_from.top(), to.top()),
+        between(m_from.width(), to.width()), between(m_from.height(), to.height()));
+    painter.setOpacity(std::min(1.0, 0.25 + share));
+    QPainterPath shape;
+    shape.addRoundedRect(box, radius::sheet, radius::sheet);
+    painter.setClipPath(shape);
+    painter.drawPixmap(box, m_picture, QRectF(m_picture.rect()));
+}
+
+// ---- input ----
+
+void PageSheet::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::BackButton || event->button() == Qt::ForwardButton)
+        event->ignore(); // the window goes back and forward
+    else if (!sheet().contains(event->position().toPoint()))
+        emit closeWanted();
+}
+
+void PageSheet::wheelEvent(QWheelEvent* event)
+{
+    event->accept(); // the canvas below keeps still
+}
+
+void PageSheet::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape)
+        emit closeWanted();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+// ---- finding ----
+
+bool PageSheet::isFinding() const
+{
+    return m_find->isVisibleTo(this);
+}
+
+void PageSheet::openFind()
+{
+    if (m_view->hasSelection() && !isFinding()) {
+        const auto [from, to] = m_view->selection();
+        const QString words = m_view->page().text.text(from, std::min(to, from + 200));
+        if (!words.contains(u'\n') && !words.contains(lineBreak))
+            m_find->setWords(words);
+    }
+    m_find->raise();
+    m_find->open();
+    m_view->find(m_find->words());
+}
+
+void PageSheet::setFindWords(const QString& words)
+{
+    m_find->setWords(words);
+}
+
+void PageSheet::closeFind()
+{
+    if (!isFinding())
+        return;
+    m_find->leave();
+    m_view->find({});
+    m_view->setFocus();
+}
+
+} // namespace corvelle

@@ -1,0 +1,65 @@
+// A page over the dimmed canvas: a sheet with a head row, and the page's view in it.
+#pragma once
+
+#include "interface/page/PageView.h"
+#include "interface/theme/Icons.h"
+
+#include <QPixmap>
+#include <QVariantAnimation>
+
+namespace corvelle {
+
+class BarButton;
+class FindBar;
+
+class PageSheet : public QWidget
+{
+    Q_OBJECT
+
+public:
+    PageSheet(ItemLooks items, MentionSource mentions, QWidget* parent);
+    ~PageSheet() override;
+
+    PageView& view() { return *m_view; }
+    const FindBar& findBar() const { return *m_find; }
+
+    // What the head row says.
+    void setName(Icon sign, const QString& name);
+    // Comes up out of a card's place in the parent, or only fades when that is empty.
+    void comeFrom(const QRectF& card);
+    void openFind();
+    void closeFind();
+    bool isFinding() const;
+    void setFindWords(const QString& words);
+    QRect moreButton() const; // in the parent
+
+signals:
+    void closeWanted();
+    void moreWanted();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    QRect sheet() const;
+    void layOut();
+    void showParts(bool shows);
+    void paintSheet(QPainter& painter, const QRectF& box) const;
+
+    PageView* m_view;
+    BarButton* m_more;
+    BarButton* m_close;
+    FindBar* m_find;
+    Icon m_sign = Icon::Page;
+    QString m_name;
+
+    QVariantAnimation m_motion;
+    QRectF m_from;
+    QPixmap m_picture; // of the sheet, while it comes up
+};
+
+} // namespace corvelle

@@ -1,0 +1,48 @@
+// How the blocks of a page look: letters, line heights, gaps, insets and inks by their kind.
+//
+// Logical pixels. A value; any thread while a QGuiApplication exists.
+#pragma once
+
+#include "interface/theme/Theme.h"
+#include "pages/FlatText.h"
+#include "pages/PageDocument.h"
+
+#include <QFont>
+
+namespace corvelle {
+
+class PageStyle
+{
+public:
+    explicit PageStyle(Scheme scheme = Scheme::Light, const PageSettings& settings = {});
+
+    const Palette& colors() const { return palette(m_scheme); }
+    bool isFullWidth() const { return m_settings.fullWidth; }
+
+    QFont font(Block kind) const;
+    QFont codeFont() const; // of words within other text
+    QFont chipFont(Block kind) const;
+    double lineHeight(Block kind) const;
+    QColor ink(const BlockStyle& style) const;
+
+    // The gap between two blocks is the larger of what the upper one wants below and the lower one
+    // above.
+    double gapAbove(Block kind) const;
+    double gapBelow(Block kind) const;
+
+    // How far words stand in from the edge of their block, on the side where reading begins.
+    double inset(Block kind) const;
+    double quoteInset() const { return 18; }
+    double indent() const { return 24; } // of each level
+
+private:
+    double scaled(double size) const { return size * (m_settings.smallText ? 0.9 : 1); }
+
+    Scheme m_scheme;
+    PageSettings m_settings;
+};
+
+// The space inside a code block.
+inline constexpr double codeSide = 16, codeEnd = 13;
+
+} // namespace corvelle

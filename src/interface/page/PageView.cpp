@@ -1,0 +1,630 @@
+#include "interface/page/PageView.h"
+
+#include "interface/page/PageCopy.h"
+#include "interface/theme/Fonts.h"
+#include "interface/widgets/Look.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QLinearGradient>
+#include <QMimeData>
+#include <QPainter>
+#include <QPainterPath>
+#include <QStyleHints>
+#include <QToolTip>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+constexpr double widestColumn = 680, leastSide = 40, wideSide = 64;
+constexpr double topRoom = 30, titleGap = 10, bottomRoom = 120, coverHeight = 132;
+constexpr double lineStep = 48; // of the arrow keys
+constexpr double wheelLine = 20;
+constexpr double thumbWidth = 6, thumbEdge = 3, leastThumb = 32;
+constexpr int autoScrollMs = 16, thumbLingersMs = 900;
+constexpr double thumbNear = 28; // of the pointer to the right edge
+
+struct Tone
+{
+    QStringView name;
+    QRgb top, bottom;
+};
+
+constexpr Tone tones[] = {
+    {u"sand", 0xFFF7D9A8, 0xFFF2A97E},
+    {u"sky", 0xFFB8D4F6, 0xFFD9ECF9},
+    {u"mint", 0xFFC9EECF, 0xFFB5D79A},
+    {u"dusk", 0xFFE68F7F, 0xFFB3638A},
+    {u"rose", 0xFFDDC6F6, 0xFFEFC3B5},
+    {u"graphite", 0xFF5B5B60, 0xFF1F1F22},
+};
+
+const Tone* coverTone(const PageSettings& settings)
+{
+    if (!settings.cover.startsWith(u"tone:"))
+        return nullptr;
+    const auto found = std::find_if(std::begin(tones), std::end(tones),
+        [&](const Tone& tone) { return tone.name == QStringView(settings.cover).mid(5); });
+    return found == std::end(tones) ? nullptr : found;
+}
+
+QString titleWords(const ShownPage& page)
+{
+    return page.icon.isEmpty() ? page.title : page.icon + u' ' + page.title;
+}
+
+// The word round a place of a text, or the blanks or signs between two.
+std::pair<qsizetype, qsizetype> wordAround(const QString& text, qsizetype at)
+{
+    if (text.isEmpty())
+        return {0, 0};
+    at = std::min(at, text.size() - 1);
+    const auto isWord = [](QChar c) { return c.isLetterOrNumber() || c == u'_' || c.isMark() || c.isSurrogate(); };
+    const bool word = isWord(text[at]);
+    qsizetype from = at, to = at + 1;
+    while (word && from > 0 && isWord(text[from - 1]))
+        --from;
+    while (word && to < text.size() && isWord(text[to]))
+        ++to;
+    return {from, to};
+}
+
+} // namespace
+
+PageView::PageView(ItemLooks items, MentionSource mentions, QWidget* parent)
+    : QWidget(parent)
+    , m_items(std::move(items))
+    , m_mentions(std::move(mentions))
+    , m_layout(m_items, m_pictures)
+{
+    setFocusPolicy(Qt::StrongFocus);
+    setMouseTracking(true);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setAccessibleName(u"Page"_s);
+    connect(&m_pictures, &PagePictures::decoded, this, qOverload<>(&QWidget::update));
+    m_thumbLingers.setSingleShot(true);
+    m_thumbLingers.setInterval(thumbLingersMs);
+    connect(&m_thumbLingers, &QTimer::timeout, this, qOverload<>(&QWidget::update));
+    m_autoScroll.setInterval(autoScrollMs);
+    connect(&m_autoScroll, &QTimer::timeout, this, [this] {
+        const double beyond = m_dragAt.y() < 0 ? m_dragAt.y() : std::max(0.0, m_dragAt.y() - height());
+        scrollBy(beyond / 4);
+        extend(m_dragAt);
+    });
+}
+
+// ---- what is shown ----
+
+void PageView::take(ShownPage page)
+{
+    m_page = std::move(page);
+    m_layout.setPage(m_page.text, PageStyle(schemeOf(*this), m_page.settings));
+    const Units end = m_page.text.length();
+    m_anchor = std::min(m_anchor, end);
+    m_head = std::min(m_head, end);
+    m_found = findInPage(m_page.text, m_words);
+    m_currentFound = std::min(m_currentFound, static_cast<int>(m_found.size()) - 1);
+    layOut();
+    emit foundChanged();
+}
+
+void PageView::open(ShownPage page)
+{
+    m_anchor = m_head = 0;
+    m_words.clear();
+    m_currentFound = -1;
+    m_topPiece = 0;
+    take(std::move(page));
+    m_topOffset = -headHeight();
+    settle();
+}
+
+void PageView::refresh(ShownPage page)
+{
+    const qsizetype block = m_layout.count() > 0 ? m_layout.extent(m_topPiece).block : 0;
+    const Units from = m_layout.count() > 0 ? m_layout.extent(m_topPiece).from : 0;
+    take(std::move(page));
+    m_topPiece = m_layout.pieceOf(block, from);
+    settle();
+}
+
+void PageView::setStyle()
+{
+    m_layout.setStyle(PageStyle(schemeOf(*this), m_page.settings));
+    settle();
+}
+
+void PageView::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::PaletteChange)
+        setStyle();
+    QWidget::changeEvent(event);
+}
+
+// ---- layout ----
+
+QRectF PageView::column() const
+{
+    const bool full = m_page.settings.fullWidth;
+    const double wanted = full ? width() - 2 * wideSide : widestColumn;
+    const double wide = std::max(120.0, std::min(wanted, width() - 2 * leastSide));
+    return QRectF(std::floor((width() - wide) / 2), 0, wide, height());
+}
+
+double PageView::headHeight() const
+{
+    const double cover = coverTone(m_page.settings) ? coverHeight : 0;
+    if (m_page.title.isEmpty())
+        return cover + topRoom;
+    const Lettering lettering(TypeStyle::PageTitle);
+    const auto lines = lettering.lines(titleWords(m_page), column().width(), 12).size();
+    return cover + topRoom + static_cast<double>(std::max<size_t>(1, lines)) * lettering.lineHeight() + titleGap;
+}
+
+void PageView::layOut()
+{
+    const bool atTop = m_topPiece == 0 && m_topOffset <= 0;
+    m_layout.setWidth(column().width());
+    if (atTop)
+        m_topOffset = -headHeight();
+    settle();
+}
+
+void PageView::resizeEvent(QResizeEvent*)
+{
+    const Units place = m_layout.count() > 0 ? m_layout.startOf(m_topPiece) : 0;
+    m_layout.setWidth(column().width());
+    if (m_layout.count() > 0 && m_topPiece > 0) {
+        const auto block = m_page.text.blockAt(place);
+        m_topPiece = m_layout.pieceOf(block.index, place - block.start);
+    }
+    layOut();
+}
+
+// Brings the upper edge into the piece that it names.
+void PageView::settleTop()
+{
+    while (m_topOffset < 0 && m_topPiece > 0) {
+        --m_topPiece;
+        m_topOffset += m_layout.laid(m_topPiece).height();
+    }
+    while (m_topPiece + 1 < m_layout.count() && m_topOffset >= m_layout.laid(m_topPiece).height()) {
+        m_topOffset -= m_layout.height(m_topPiece);
+        ++m_topPiece;
+    }
+    if (m_topPiece == 0)
+        m_topOffset = std::max(m_topOffset, -headHeight());
+}
+
+// Lays out what is in sight; the page's end doesn't come up from the lower edge.
+void PageView::settle()
+{
+    if (m_layout.count() == 0 || height() == 0)
+        return;
+    m_topPiece = std::clamp(m_topPiece, 0, m_layout.count() - 1);
+    settleTop();
+    double y = -m_topOffset;
+    int piece = m_topPiece;
+    while (y < height() && piece < m_layout.count())
+        y += m_layout.laid(piece++).height();
+    if (piece == m_layout.count() && y + bottomRoom < height()) {
+        m_topOffset -= height() - y - bottomRoom;
+        settleTop();
+    }
+    m_layout.keepOnly(m_topPiece - 20, lastInSight() + 20);
+    update();
+}
+
+int PageView::lastInSight() const
+{
+    double y = -m_topOffset;
+    int piece = m_topPiece;
+    for (; piece + 1 < m_layout.count() && y + m_layout.height(piece) < height(); ++piece)
+        y += m_layout.height(piece);
+    return piece;
+}
+
+// ---- scrolling ----
+
+double PageView::scrollPlace() const
+{
+    return m_layout.count() == 0 ? 0 : m_layout.top(m_topPiece) + m_topOffset + headHeight();
+}
+
+double PageView::scrollRange() const
+{
+    return std::max(0.0, headHeight() + m_layout.total() + bottomRoom - height());
+}
+
+void PageView::scrollBy(double pixels)
+{
+    m_topOffset += std::round(pixels);
+    m_thumbLingers.start();
+    settle();
+}
+
+void PageView::scrollTo(double place)
+{
+    if (m_layout.count() == 0)
+        return;
+    const double y = std::clamp(place, 0.0, scrollRange()) - headHeight();
+    m_topPiece = m_layout.pieceAtHeight(y);
+    m_topOffset = std::round(y - m_layout.top(m_topPiece));
+    m_thumbLingers.start();
+    settle();
+}
+
+void PageView::wheelEvent(QWheelEvent* event)
+{
+    const double lines = QGuiApplication::styleHints()->wheelScrollLines();
+    scrollBy(-(event->pixelDelta().isNull() ? event->angleDelta().y() / 120.0 * lines * wheelLine
+                                            : event->pixelDelta().y()));
+    event->accept();
+}
+
+void PageView::showRange(const TextRange& range)
+{
+    const int piece = m_layout.pieceOf(range);
+    const QRectF rect = m_layout.laid(piece).rectOf({range.cell, {range.from, range.to, false}});
+    const double y = m_layout.top(piece) - m_layout.top(m_topPiece) - m_topOffset + rect.top();
+    constexpr double margin = 60;
+    const bool near = piece >= m_topPiece && piece <= lastInSight();
+    if (near && y >= margin / 2 && y + rect.height() <= height() - margin / 2)
+        return;
+    m_topPiece = piece;
+    m_topOffset = std::round(rect.top() - height() / 3.0);
+    settle();
+}
+
+QRectF PageView::thumb() const
+{
+    const double range = scrollRange();
+    if (range <= 0)
+        return {};
+    const double track = height() - 2 * thumbEdge;
+    const double length = std::clamp(track * height() / (range + height()), leastThumb, track);
+    const double top = thumbEdge + (track - length) * std::clamp(scrollPlace() / range, 0.0, 1.0);
+    return QRectF(width() - thumbEdge - thumbWidth, top, thumbWidth, length);
+}
+
+// Quiet at rest: it comes with scrolling and with the pointer.
+bool PageView::isThumbShown() const
+{
+    return m_isNearThumb || m_drag == Drag::Thumb || m_thumbLingers.isActive();
+}
+
+void PageView::leaveEvent(QEvent*)
+{
+    if (std::exchange(m_isNearThumb, false))
+        update();
+}
+
+void PageView::dragThumb(double y)
+{
+    const double free = height() - 2 * thumbEdge - thumb().height();
+    if (free > 0)
+        scrollTo((y - m_thumbGrip - thumbEdge) / free * scrollRange());
+}
+
+// ---- painting ----
+
+void PageView::paintHead(QPainter& painter, double y) const
+{
+    const QRectF place = column();
+    if (const Tone* tone = coverTone(m_page.settings)) {
+        QLinearGradient fade(0, y, 0, y + coverHeight);
+        fade.setColorAt(0, QColor::fromRgb(tone->top));
+        fade.setColorAt(1, QColor::fromRgb(tone->bottom));
+        painter.fillRect(QRectF(0, y, width(), coverHeight), fade);
+        y += coverHeight;
+    }
+    if (m_page.title.isEmpty())
+        return;
+    const Lettering lettering(TypeStyle::PageTitle);
+    painter.setPen(m_layout.style().colors().ink);
+    y += topRoom;
+    for (const QString& line : lettering.lines(titleWords(m_page), place.width(), 12)) {
+        lettering.draw(painter, QRectF(place.left(), y, place.width(), lettering.lineHeight()),
+            readsRightToLeft(m_page.title) ? Qt::AlignRight : Qt::AlignLeft, line);
+        y += lettering.lineHeight();
+    }
+}
+
+void PageView::paintPiece(QPainter& painter, int piece, double y)
+{
+    const PageLayout::Extent& extent = m_layout.extent(piece);
+    const LaidPiece& laid = m_layout.laid(piece);
+    LaidPiece::Paint paint;
+    const auto [from, to] = selection();
+    if (from < to) {
+        const FlatText::BlockAt block = m_page.text.block(extent.block);
+        const Units first = std::max(from - block.start, extent.from), last = std::min(to - block.start, extent.to);
+        const bool empty = block.length() == 0 && from <= block.start && to > block.start;
+        if (first < last || empty)
+            paint.selection = {first, last};
+    }
+    std::vector<PieceMark> marks;
+    const auto range = std::equal_range(m_found.begin(), m_found.end(), TextRange{extent.block, 0, 0, 0},
+        [](const TextRange& a, const TextRange& b) { return a.block < b.block; });
+    for (auto found = range.first; found != range.second; ++found)
+        if (found->cell >= 0 || (found->from < extent.to && found->to > extent.from))
+            marks.push_back({found->cell,
+                {found->from, found->to, found - m_found.begin() == m_currentFound}});
+    paint.marks = &marks;
+    laid.draw(painter, QPointF(column().left(), y), paint);
+}
+
+void PageView::paintEvent(QPaintEvent* event)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const Palette& colors = m_layout.style().colors();
+    painter.fillRect(event->rect(), colors.surface);
+    double y = -m_topOffset;
+    if (m_topPiece == 0)
+        paintHead(painter, y - headHeight());
+    for (int piece = m_topPiece; piece < m_layout.count() && y < height(); ++piece) {
+        const double tall = m_layout.laid(piece).height();
+        if (y + tall >= event->rect().top() && y <= event->rect().bottom())
+            paintPiece(painter, piece, y);
+        y += tall;
+    }
+    if (const QRectF bar = thumb(); !bar.isEmpty() && isThumbShown()) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(m_drag == Drag::Thumb ? colors.ink4 : colors.hairlineStrong);
+        painter.drawRoundedRect(bar, thumbWidth / 2, thumbWidth / 2);
+    }
+}
+
+// ---- places ----
+
+PageView::Spot PageView::spotAt(QPointF at) const
+{
+    double y = -m_topOffset;
+    int piece = m_topPiece;
+    for (; piece + 1 < m_layout.count() && y + m_layout.height(piece) <= at.y(); ++piece)
+        y += m_layout.height(piece);
+    return {piece, QPointF(at.x() - column().left(), at.y() - y)};
+}
+
+Units PageView::placeAt(QPointF at)
+{
+    if (m_layout.count() == 0)
+        return 0;
+    const Spot spot = spotAt(at);
+    return m_layout.placeAt(spot.piece, spot.in);
+}
+
+LaidPiece::Target PageView::targetAt(QPointF at)
+{
+    if (m_layout.count() == 0 || !rect().contains(at.toPoint()))
+        return {};
+    const Spot spot = spotAt(at);
+    return m_layout.laid(spot.piece).targetAt(spot.in);
+}
+
+// ---- selecting ----
+
+void PageView::select(Units from, Units to)
+{
+    m_anchor = from;
+    m_head = to;
+    update();
+}
+
+void PageView::selectAll()
+{
+    select(0, m_page.text.length());
+}
+
+void PageView::copy() const
+{
+    const auto [from, to] = selection();
+    if (from < to)
+        QGuiApplication::clipboard()->setMimeData(
+            copiedBlocks(nodesBetween(m_page.text, from, to), m_mentions).release());
+}
+
+void PageView::extend(QPointF at)
+{
+    const Units place = placeAt(at);
+    std::pair<Units, Units> reached(place, place);
+    const FlatText::BlockAt block = m_page.text.blockAt(place);
+    if (m_drag == Drag::Blocks) {
+        reached = {block.start, block.end};
+    } else if (m_drag == Drag::Words) {
+        const auto word = wordAround(m_page.text.text(block.start, block.end), place - block.start);
+        reached = {block.start + word.first, block.start + word.second};
+    }
+    if (reached.second >= m_dragStart.second)
+        select(std::min(m_dragStart.first, reached.first), reached.second);
+    else
+        select(m_dragStart.second, reached.first);
+}
+
+// ---- pointer ----
+
+void PageView::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton)
+        return QWidget::mousePressEvent(event);
+    m_pressedAt = m_dragAt = event->position();
+    if (const QRectF bar = thumb(); !bar.isEmpty() && event->position().x() >= bar.left() - 4) {
+        m_drag = Drag::Thumb;
+        const bool onThumb = bar.adjusted(-4, 0, 4, 0).contains(event->position());
+        m_thumbGrip = onThumb ? event->position().y() - bar.top() : bar.height() / 2;
+        dragThumb(event->position().y());
+        return;
+    }
+    const Units place = placeAt(event->position());
+    const bool third = m_lastDouble.isValid() && m_lastDouble.elapsed() < QGuiApplication::styleHints()->mouseDoubleClickInterval();
+    if (third) {
+        const FlatText::BlockAt block = m_page.text.blockAt(place);
+        m_drag = Drag::Blocks;
+        m_dragStart = {block.start, block.end};
+        select(block.start, block.end);
+    } else {
+        m_drag = Drag::Characters;
+        const Units from = event->modifiers() & Qt::ShiftModifier ? m_anchor : place;
+        m_dragStart = {from, from};
+        select(from, place);
+    }
+}
+
+void PageView::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton || m_layout.count() == 0)
+        return;
+    m_lastDouble.start();
+    m_drag = Drag::Words;
+    const Units place = placeAt(event->position());
+    const FlatText::BlockAt block = m_page.text.blockAt(place);
+    const auto word = wordAround(m_page.text.text(block.start, block.end), place - block.start);
+    m_dragStart = {block.start + word.first, block.start + word.second};
+    select(m_dragStart.first, m_dragStart.second);
+}
+
+void PageView::mouseMoveEvent(QMouseEvent* event)
+{
+    m_dragAt = event->position();
+    if (m_drag == Drag::None) {
+        updateCursor(event->position());
+        return;
+    }
+    if (m_drag == Drag::Thumb) {
+        dragThumb(event->position().y());
+        return;
+    }
+    extend(event->position());
+    const bool beyond = event->position().y() < 0 || event->position().y() > height();
+    if (beyond && !m_autoScroll.isActive())
+        m_autoScroll.start();
+    else if (!beyond)
+        m_autoScroll.stop();
+}
+
+void PageView::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton)
+        return QWidget::mouseReleaseEvent(event);
+    const Drag ended = std::exchange(m_drag, Drag::None);
+    m_autoScroll.stop();
+    update();
+    const double moved = QLineF(m_pressedAt, event->position()).length();
+    if (ended != Drag::Characters || hasSelection() || moved > QGuiApplication::styleHints()->startDragDistance())
+        return;
+    const LaidPiece::Target target = targetAt(event->position());
+    if (!target.item.isEmpty())
+        emit itemWanted(target.item);
+    else if (target.link)
+        emit addressWanted(target.link->href);
+}
+
+void PageView::contextMenuEvent(QContextMenuEvent* event)
+{
+    emit menuWanted(event->pos());
+}
+
+void PageView::updateCursor(QPointF at)
+{
+    const bool near = at.x() >= width() - thumbNear;
+    if (std::exchange(m_isNearThumb, near) != near)
+        update();
+    const QRectF bar = thumb();
+    if (!bar.isEmpty() && at.x() >= bar.left() - 4)
+        setCursor(Qt::ArrowCursor);
+    else
+        setCursor(targetAt(at).isNothing() ? Qt::IBeamCursor : Qt::PointingHandCursor);
+}
+
+// ---- keys ----
+
+void PageView::keyPressEvent(QKeyEvent* event)
+{
+    if (event->matches(QKeySequence::Copy))
+        return copy();
+    if (event->matches(QKeySequence::SelectAll))
+        return selectAll();
+    const double screen = std::max(40.0, height() - 60.0);
+    switch (event->key()) {
+    case Qt::Key_Up:
+        return scrollBy(-lineStep);
+    case Qt::Key_Down:
+        return scrollBy(lineStep);
+    case Qt::Key_PageUp:
+        return scrollBy(-screen);
+    case Qt::Key_PageDown:
+        return scrollBy(screen);
+    case Qt::Key_Space:
+        return scrollBy(event->modifiers() & Qt::ShiftModifier ? -screen : screen);
+    case Qt::Key_Home:
+        return scrollTo(0);
+    case Qt::Key_End:
+        return scrollTo(scrollRange());
+    case Qt::Key_F3:
+        return goToFound(event->modifiers() & Qt::ShiftModifier ? -1 : 1);
+    case Qt::Key_Escape:
+        if (hasSelection())
+            return select(m_head, m_head);
+        emit closeWanted();
+        return;
+    default:
+        QWidget::keyPressEvent(event);
+    }
+}
+
+// Keys that the window knows as well are the page's while it has the keyboard.
+bool PageView::event(QEvent* event)
+{
+    if (event->type() == QEvent::ShortcutOverride) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (key->matches(QKeySequence::Copy) || key->matches(QKeySequence::SelectAll)) {
+            event->accept();
+            return true;
+        }
+    } else if (event->type() == QEvent::ToolTip) {
+        const auto* help = static_cast<QHelpEvent*>(event);
+        const LaidPiece::Target target = targetAt(help->pos());
+        QToolTip::showText(help->globalPos(), target.link ? target.link->href.left(300).toHtmlEscaped() : QString(), this);
+        return true;
+    }
+    return QWidget::event(event);
+}
+
+// ---- finding ----
+
+void PageView::find(const QString& words)
+{
+    m_words = words;
+    m_found = findInPage(m_page.text, words);
+    m_currentFound = -1;
+    if (!m_found.empty() && m_layout.count() > 0) {
+        const qsizetype block = m_layout.extent(m_topPiece).block;
+        const auto here = std::find_if(m_found.begin(), m_found.end(),
+            [block](const TextRange& range) { return range.block >= block; });
+        m_currentFound = here == m_found.end() ? 0 : static_cast<int>(here - m_found.begin());
+        showRange(m_found[static_cast<size_t>(m_currentFound)]);
+    }
+    update();
+    emit foundChanged();
+}
+
+void PageView::goToFound(int step)
+{
+    if (m_found.empty())
+        return;
+    const int count = foundCount();
+    m_currentFound = (m_currentFound + step + count) % count;
+    showRange(m_found[static_cast<size_t>(m_currentFound)]);
+    update();
+    emit foundChanged();
+}
+
+} // namespace corvelle

@@ -1,0 +1,132 @@
+// A page to read: scrolled, selected, copied and searched, its mentions and links followed.
+//
+// Only what is in sight is laid out. The view shows a text and asks for what a press wants by
+// signals.
+#pragma once
+
+#include "interface/page/PageLayout.h"
+
+#include <QTimer>
+#include <QWidget>
+
+#include <optional>
+
+class QMimeData;
+
+namespace corvelle {
+
+struct ShownPage
+{
+    FlatText text;
+    PageSettings settings;
+    QString title; // stands above the text; empty: nothing does
+    QString icon;  // beside the title
+};
+
+class PageView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    PageView(ItemLooks items, MentionSource mentions, QWidget* parent);
+
+    // Begins at the top. `refresh` shows another state of the same page and stays where it is.
+    void open(ShownPage page);
+    void refresh(ShownPage page);
+    const ShownPage& page() const { return m_page; }
+    PagePictures& pictures() { return m_pictures; }
+
+    // ---- finding ----
+    // Marks what is found, and shows the first at or below the upper edge.
+    void find(const QString& words);
+    void goToFound(int step);
+    int foundCount() const { return static_cast<int>(m_found.size()); }
+    int currentFound() const { return m_currentFound; } // -1: none
+
+    // ---- selecting ----
+    bool hasSelection() const { return m_anchor != m_head; }
+    std::pair<Units, Units> selection() const { return std::minmax(m_anchor, m_head); }
+    void select(Units from, Units to);
+    void selectAll();
+    void copy() const;
+    const MentionSource& mentions() const { return m_mentions; }
+
+    // ---- scrolling ----
+    // How far the upper edge is below the page's beginning, by what is known of its height.
+    double scrollPlace() const;
+    double scrollRange() const;
+    void scrollBy(double pixels);
+    void scrollTo(double place);
+
+signals:
+    void itemWanted(const QString& id);
+    void addressWanted(const QString& address);
+    void menuWanted(QPoint at);
+    void closeWanted();
+    void foundChanged();
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+
+private:
+    void take(ShownPage page);
+    void layOut();
+    void setStyle();
+    double headHeight() const;
+    QRectF column() const;
+    void settle();
+    void settleTop();
+    int lastInSight() const;
+    struct Spot
+    {
+        int piece = 0;
+        QPointF in; // from the piece's top left
+    };
+    Spot spotAt(QPointF at) const;
+    Units placeAt(QPointF at);
+    LaidPiece::Target targetAt(QPointF at);
+    void showRange(const TextRange& range);
+    void paintHead(QPainter& painter, double y) const;
+    void paintPiece(QPainter& painter, int piece, double y);
+    void extend(QPointF at);
+    QRectF thumb() const;
+    void dragThumb(double y);
+    bool isThumbShown() const;
+    void updateCursor(QPointF at);
+
+    const ItemLooks m_items;
+    const MentionSource m_mentions;
+    PagePictures m_pictures;
+    ShownPage m_page;
+    PageLayout m_layout;
+
+    int m_topPiece = 0;     // the piece at the upper edge,
+    double m_topOffset = 0; // and how far its top is above the edge
+
+    Units m_anchor = 0, m_head = 0; // of the selection
+    enum class Drag : unsigned char { None, Characters, Words, Blocks, Thumb } m_drag = Drag::None;
+    std::pair<Units, Units> m_dragStart; // what the press selected
+    double m_thumbGrip = 0;
+    QPointF m_pressedAt, m_dragAt;
+    QElapsedTimer m_lastDouble;
+    QTimer m_autoScroll;
+    QTimer m_thumbLingers; // after scrolling
+    bool m_isNearThumb = false;
+
+    QString m_words; // looked for
+    std::vector<TextRange> m_found;
+    int m_currentFound = -1;
+};
+
+} // namespace corvelle

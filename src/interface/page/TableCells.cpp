@@ -1,0 +1,43 @@
+#include "interface/page/TableCells.h"
+
+#include "pages/PageDocument.h"
+
+#include <deque>
+
+namespace corvelle {
+
+namespace {
+
+constexpr size_t keptTables = 4;
+
+std::shared_ptr<const TableCells> readTable(const QByteArray& json)
+{
+    auto cells = std::make_shared<TableCells>();
+    cells->rows = tableRows(nodeFromJson(json));
+    cells->plan = TablePlan::of(cells->rows);
+    cells->texts.reserve(cells->plan.cells.size());
+    for (const TablePlan::Slot& slot : cells->plan.cells) {
+        FlatText text = textFromNodes(slot.cell->content, false);
+        // Its last newline would be an empty line.
+        if (text.length() > 0 && text.at(text.length() - 1) == u'\n')
+            text = text.slice(0, text.length() - 1);
+        cells->texts.push_back(std::move(text));
+    }
+    return cells;
+}
+
+} // namespace
+
+std::shared_ptr<const TableCells> tableCells(const BlockAttachment& table)
+{
+    static std::deque<std::pair<QByteArray, std::shared_ptr<const TableCells>>> kept;
+    for (const auto& [json, cells] : kept)
+        if (json.isSharedWith(table.node) || json == table.node)
+            return cells;
+    kept.emplace_front(table.node, readTable(table.node));
+    if (kept.size() > keptTables)
+        kept.pop_back();
+    return kept.front().second;
+}
+
+} // namespace corvelle

@@ -1,0 +1,28 @@
+// A table of a page, ready to be laid out and looked through: where its cells stand and what each
+// one says.
+#pragma once
+
+#include "pages/FlatText.h"
+#include "pages/TablePlan.h"
+
+#include <memory>
+#include <vector>
+
+namespace corvelle {
+
+struct TableCells
+{
+    PageNodes rows;
+    TablePlan plan; // of these rows
+    std::vector<FlatText> texts; // of the plan's slots, in their order
+
+    TableCells() = default;
+    TableCells(const TableCells&) = delete;
+    TableCells& operator=(const TableCells&) = delete;
+};
+
+// Never null. The newest few are kept, since painting, finding and measuring ask for the same ones.
+// On the main thread.
+std::shared_ptr<const TableCells> tableCells(const BlockAttachment& table);
+
+} // namespace corvelle

@@ -1,0 +1,254 @@
+// Pieces that are words: paragraphs, headings, items, to-dos, quotes and code.
+#include "interface/page/LaidPiece.h"
+
+#include "interface/theme/Fonts.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+constexpr double boxSide = 17, dotSide = 5, barWidth = 3;
+constexpr double codeRadius = 10;
+
+void drawTick(QPainter& painter, const QRectF& box, const Palette& colors)
+{
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(colors.accent);
+    painter.drawRoundedRect(box, 5, 5);
+    QPainterPath tick(box.topLeft() + QPointF(4.6, 8.8));
+    tick.lineTo(box.topLeft() + QPointF(7.3, 11.5));
+    tick.lineTo(box.topLeft() + QPointF(12.4, 5.8));
+    painter.strokePath(
+        tick, QPen(colors.onAccent, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+}
+
+class WordsPiece : public LaidPiece
+{
+public:
+    explicit WordsPiece(const PieceFacts& facts)
+        : m_facts(facts)
+        , m_style(facts.block.what())
+        , m_room(pieceRoom(facts))
+    {
+        const PageStyle& style = *facts.style;
+        const double inset = style.inset(m_style.kind);
+        const bool code = m_style.kind == Block::Code;
+        ShownText shown = shownText(*facts.text, facts.block.start + facts.from,
+            facts.block.start + facts.to, m_style.kind, style, *facts.items);
+        if (code && !m_style.language.isEmpty())
+            colorCode(shown, facts.text->text(facts.block.start, facts.block.end), facts.from,
+                m_style.language, style);
+        m_box.emplace(std::move(shown),
+            TextBox::Setting{style.font(m_style.kind), style.lineHeight(m_style.kind),
+                m_room.width - inset - (code ? codeSide : 0), Qt::AlignLeading, facts.rightToLeft});
+        m_origin = QPointF(m_room.left + (facts.rightToLeft && !code ? 0 : inset),
+            facts.gap + (code && facts.isFirst ? codeEnd : 0));
+        m_height = m_origin.y() + m_box->height() + (code && facts.isLast ? codeEnd : 0);
+    }
+
+    void draw(QPainter& painter, QPointF at, const Paint& paint) const override
+    {
+        const Palette& colors = m_facts.style->colors();
+        drawQuoteBar(painter, at, m_facts, m_height);
+        if (m_style.kind == Block::Code)
+            drawCodeGround(painter, at);
+        else if (m_facts.isFirst)
+            drawMarker(painter, at);
+        TextBox::Ink ink{m_facts.style->ink(m_style), &colors, {}, {}, m_style.kind == Block::Done};
+        if (paint.selection)
+            ink.selection = {paint.selection->first - m_facts.from, paint.selection->second - m_facts.from};
+        std::vector<FoundMark> marks;
+        if (paint.marks) {
+            for (const PieceMark& mark : *paint.marks)
+                marks.push_back({mark.mark.from - m_facts.from, mark.mark.to - m_facts.from, mark.mark.isCurrent});
+            ink.marks = &marks;
+        }
+        m_box->draw(painter, at + m_origin, ink);
+        if (m_style.kind == Block::Code && m_facts.isFirst && !m_style.language.isEmpty())
+            drawLanguage(painter, at);
+    }
+
+    Units placeAt(QPointF at) const override { return m_facts.from + m_box->placeAt(at - m_origin); }
+
+    Target targetAt(QPointF at) const override
+    {
+        if (const auto* chip = m_box->chipAt(at - m_origin))
+            return {chip->look.exists ? chip->id : QString(), {}};
+        if (const auto* link = m_box->linkAt(at - m_origin))
+            return {{}, link->link};
+        return {};
+    }
+
+    QRectF rectOf(const PieceMark& mark) const override
+    {
+        const auto rects = m_box->rects(mark.mark.from - m_facts.from, mark.mark.to - m_facts.from);
+        return rects.empty() ? QRectF(m_origin, QSizeF(1, m_box->height()))
+                             : rects.front().translated(m_origin);
+    }
+
+private:
+    double markerLeft(double offset, double width) const
+    {
+        return m_facts.rightToLeft ? m_room.left + m_room.width - offset - width : m_room.left + offset;
+    }
+
+    void drawMarker(QPainter& painter, QPointF at) const
+    {
+        const Palette& colors = m_facts.style->colors();
+        const double line = m_facts.style->lineHeight(m_style.kind);
+        const double top = at.y() + m_origin.y();
+        switch (m_style.kind) {
+        case Block::Bullet: {
+            const QRectF dot(at.x() + markerLeft(8, dotSide), top + std::floor((line - dotSide) / 2), dotSide, dotSide);
+            const bool hollow = m_style.depth % 2 == 1;
+            painter.setPen(hollow ? QPen(colors.ink2, 1) : QPen(Qt::NoPen));
+            painter.setBrush(hollow ? QBrush(Qt::NoBrush) : QBrush(colors.ink2));
+            painter.drawEllipse(hollow ? dot.adjusted(0.5, 0.5, -0.5, -0.5) : dot);
+            break;
+        }
+        case Block::Ordered: {
+            const QString number = QString::number(m_facts.number) + u'.';
+            const QFont font = m_facts.style->font(Block::Paragraph);
+            const double width = QFontMetricsF(font).horizontalAdvance(number);
+            painter.setFont(font);
+            painter.setPen(colors.ink2);
+            // Right against its words; a wide number hangs out.
+            painter.drawText(QPointF(at.x() + markerLeft(18 - width, width), top + m_box->baseline(0)), number);
+            break;
+        }
+        case Block::Todo:
+        case Block::Done: {
+            const QRectF box(at.x() + markerLeft(1, boxSide), top + std::floor((line - boxSide) / 2), boxSide, boxSide);
+            if (m_style.kind == Block::Done) {
+                drawTick(painter, box, colors);
+                break;
+            }
+            painter.setPen(QPen(colors.ink4, 1.5));
+            painter.setBrush(Qt::NoBrush);
+            painter.drawRoundedRect(box.adjusted(0.75, 0.75, -0.75, -0.75), 4.25, 4.25);
+            break;
+        }
+        default:
+            break;
+        }
+    }
+
+    // Long code is several pieces: its ground is round at its own ends only.
+    void drawCodeGround(QPainter& painter, QPointF at) const
+    {
+        const Palette& colors = m_facts.style->colors();
+        const QRectF ground(at.x() + m_room.left, at.y() + m_facts.gap, m_room.width, m_height - m_facts.gap);
+        painter.save();
+        painter.setClipRect(ground.adjusted(-1, 0, 1, 0), Qt::IntersectClip);
+        painter.setPen(QPen(colors.hairlineFaint, 1));
+        painter.setBrush(colors.sunken);
+        painter.drawRoundedRect(ground.adjusted(0.5, m_facts.isFirst ? 0.5 : -2 * codeRadius, -0.5,
+                                    m_facts.isLast ? -0.5 : 2 * codeRadius),
+            codeRadius, codeRadius);
+        painter.restore();
+    }
+
+    void drawLanguage(QPainter& painter, QPointF at) const
+    {
+        const Lettering lettering(TypeStyle::Key);
+        painter.setPen(m_facts.style->colors().ink3);
+        lettering.draw(painter,
+            QRectF(at.x() + m_room.left, at.y() + m_facts.gap + 10, m_room.width - 12, 16), Qt::AlignRight,
+            lettering.elided(m_style.language, m_room.width / 2, Qt::ElideRight));
+    }
+
+    const PieceFacts m_facts;
+    const BlockStyle m_style;
+    const PieceRoom m_room;
+    std::optional<TextBox> m_box;
+    QPointF m_origin; // of the words
+};
+
+class RulePiece : public LaidPiece
+{
+public:
+    explicit RulePiece(const PieceFacts& facts)
+        : m_facts(facts)
+        , m_room(pieceRoom(facts))
+    {
+        m_height = facts.gap + 13;
+    }
+
+    void draw(QPainter& painter, QPointF at, const Paint& paint) const override
+    {
+        drawQuoteBar(painter, at, m_facts, m_height);
+        const QRectF rule(at.x() + m_room.left, at.y() + m_facts.gap + 6, m_room.width, 1);
+        painter.fillRect(rule, m_facts.style->colors().hairlineStrong);
+        if (paint.selection)
+            painter.fillRect(rule.adjusted(0, -6, 0, 6), m_facts.style->colors().textSelection);
+    }
+    Units placeAt(QPointF) const override { return 0; }
+    QRectF rectOf(const PieceMark&) const override { return QRectF(0, 0, 1, m_height); }
+
+private:
+    const PieceFacts m_facts;
+    const PieceRoom m_room;
+};
+
+} // namespace
+
+PieceRoom pieceRoom(const PieceFacts& facts)
+{
+    // However deep, some room stays.
+    constexpr double leastWidth = 160;
+    const BlockStyle& style = facts.block.what();
+    const double wanted = style.depth * facts.style->indent() + (style.isQuoted() ? facts.style->quoteInset() : 0);
+    const double inset = std::max(0.0, std::min(wanted, facts.width - leastWidth));
+    return {facts.rightToLeft ? 0 : inset, facts.width - inset};
+}
+
+void drawQuoteBar(QPainter& painter, QPointF at, const PieceFacts& facts, double height)
+{
+    const BlockStyle& style = facts.block.what();
+    if (!style.isQuoted())
+        return;
+    const PieceRoom room = pieceRoom(facts);
+    const double x = facts.rightToLeft ? at.x() + room.width + facts.style->quoteInset() - 1 - barWidth
+                                       : at.x() + room.left - facts.style->quoteInset() + 1;
+    // What is quoted together has one bar, though each piece paints its own part.
+    const double top = facts.quoteGoesOn ? -2 : facts.gap + 2;
+    painter.fillRect(QRectF(x, at.y() + top, barWidth, height - 2 - top), facts.style->colors().hairlineStrong);
+}
+
+std::unique_ptr<LaidPiece> layOutWords(const PieceFacts& facts)
+{
+    return std::make_unique<WordsPiece>(facts);
+}
+
+std::unique_ptr<LaidPiece> layOutRule(const PieceFacts& facts)
+{
+    return std::make_unique<RulePiece>(facts);
+}
+
+std::unique_ptr<LaidPiece> layOutPiece(const PieceFacts& facts)
+{
+    const BlockStyle& style = facts.block.what();
+    if (style.kind == Block::Divider)
+        return layOutRule(facts);
+    if (facts.block.length() == 1) {
+        const CharStyleRef only = facts.text->styleAt(facts.block.start);
+        if (only && only->attachment) {
+            const BlockAttachment& attachment = *only->attachment;
+            if (attachment.kind == PageNode::Type::Table)
+                return layOutTable(facts, attachment);
+            if (attachment.kind == PageNode::Type::Image)
+                return layOutPicture(facts, attachment);
+            return layOutEmbed(facts, attachment);
+        }
+    }
+    return layOutWords(facts);
+}
+
+} // namespace corvelle
