@@ -17,7 +17,7 @@ public:
     explicit PageStyle(Scheme scheme = Scheme::Light, const PageSettings& settings = {});
 
     const Palette& colors() const { return palette(m_scheme); }
-    bool isFullWidth() const { return m_settings.fullWidth; }
+    bool isDark() const { return m_scheme == Scheme::Dark; }
 
     QFont font(Block kind) const;
     QFont codeFont() const; // of words within other text

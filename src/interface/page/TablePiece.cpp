@@ -190,7 +190,7 @@ private:
             box.slot = slot;
             box.text = std::make_unique<TextBox>(std::move(shown),
                 TextBox::Setting{cellFont(slot.isHeader), cellLine, std::max(1.0, width - 2 * cellSide),
-                    alignmentOf(slot), reversed});
+                    alignmentOf(slot), reversed, m_facts.style->isDark()});
             m_boxes.push_back(std::move(box));
         }
     }

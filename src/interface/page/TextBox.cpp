@@ -9,6 +9,28 @@ namespace corvelle {
 
 namespace {
 
+constexpr int lightFineness = 3;
+
+QFont enlarged(QFont font, int factor)
+{
+    font.setPixelSize(font.pixelSize() * factor);
+    if (font.letterSpacingType() == QFont::AbsoluteSpacing)
+        font.setLetterSpacing(QFont::AbsoluteSpacing, font.letterSpacing() * factor);
+    return font;
+}
+
+QList<QTextLayout::FormatRange> enlarged(QList<QTextLayout::FormatRange> formats, int factor)
+{
+    for (QTextLayout::FormatRange& range : formats) {
+        if (range.format.hasProperty(QTextFormat::FontPixelSize))
+            range.format.setProperty(QTextFormat::FontPixelSize,
+                range.format.intProperty(QTextFormat::FontPixelSize) * factor);
+        if (range.format.hasProperty(QTextFormat::FontLetterSpacing))
+            range.format.setFontLetterSpacing(range.format.fontLetterSpacing() * factor);
+    }
+    return formats;
+}
+
 bool isRightToLeftCharacter(QChar c)
 {
     const auto direction = c.direction();
@@ -32,8 +54,10 @@ bool readsRightToLeft(QStringView text)
 TextBox::TextBox(ShownText text, const Setting& setting)
     : m_text(std::move(text))
     , m_setting(setting)
-    , m_layout(std::make_unique<QTextLayout>(m_text.words, setting.font))
+    , m_fineness(setting.isLightInk ? lightFineness : 1)
 {
+    const auto factor = static_cast<int>(m_fineness);
+    m_layout = std::make_unique<QTextLayout>(m_text.words, enlarged(setting.font, factor));
     m_isMixed = setting.rightToLeft ||
                 std::any_of(m_text.words.begin(), m_text.words.end(), isRightToLeftCharacter);
     QTextOption option;
@@ -42,9 +66,9 @@ TextBox::TextBox(ShownText text, const Setting& setting)
     const bool leading = setting.alignment == Qt::AlignLeading;
     option.setAlignment((leading && setting.rightToLeft ? Qt::Alignment(Qt::AlignRight) : setting.alignment) |
                         Qt::AlignAbsolute);
-    option.setTabStopDistance(4 * QFontMetricsF(setting.font).horizontalAdvance(u' '));
+    option.setTabStopDistance(4 * m_fineness * QFontMetricsF(setting.font).horizontalAdvance(u' '));
     m_layout->setTextOption(option);
-    m_layout->setFormats(m_text.formats);
+    m_layout->setFormats(enlarged(m_text.formats, factor));
     // Letters are centred in their line by the font of the box, whatever others are in it.
     const QFontMetricsF metrics(setting.font);
     const double ascent = std::round(metrics.ascent()), descent = std::round(metrics.descent());
@@ -52,8 +76,8 @@ TextBox::TextBox(ShownText text, const Setting& setting)
     m_layout->beginLayout();
     double top = 0;
     for (QTextLine line = m_layout->createLine(); line.isValid(); line = m_layout->createLine()) {
-        line.setLineWidth(std::max(1.0, setting.width));
-        line.setPosition(QPointF(0, top + above - line.ascent()));
+        line.setLineWidth(std::max(1.0, setting.width) * m_fineness);
+        line.setPosition(QPointF(0, (top + above) * m_fineness - line.ascent()));
         top += setting.lineHeight;
     }
     m_layout->endLayout();
@@ -71,7 +95,8 @@ QRectF TextBox::lineRect(int line) const
     if (line >= m_layout->lineCount())
         return QRectF(0, 0, 0, m_setting.lineHeight);
     const QRectF natural = m_layout->lineAt(line).naturalTextRect();
-    return QRectF(natural.left(), line * m_setting.lineHeight, natural.width(), m_setting.lineHeight);
+    return QRectF(natural.left() / m_fineness, line * m_setting.lineHeight, natural.width() / m_fineness,
+        m_setting.lineHeight);
 }
 
 double TextBox::baseline(int line) const
@@ -79,7 +104,7 @@ double TextBox::baseline(int line) const
     if (line >= m_layout->lineCount())
         return m_setting.lineHeight * 0.7;
     const QTextLine at = m_layout->lineAt(line);
-    return at.y() + at.ascent();
+    return (at.y() + at.ascent()) / m_fineness;
 }
 
 int TextBox::lineAt(double y) const
@@ -94,7 +119,7 @@ Units TextBox::placeAt(QPointF at) const
 {
     if (m_layout->lineCount() == 0)
         return 0;
-    return m_text.place(m_layout->lineAt(lineAt(at.y())).xToCursor(at.x()));
+    return m_text.place(m_layout->lineAt(lineAt(at.y())).xToCursor(at.x() * m_fineness));
 }
 
 std::optional<int> TextBox::characterAt(QPointF at) const
@@ -105,7 +130,7 @@ std::optional<int> TextBox::characterAt(QPointF at) const
     const QRectF words = lineRect(index);
     if (at.x() < words.left() || at.x() > words.right())
         return std::nullopt;
-    return m_layout->lineAt(index).xToCursor(at.x(), QTextLine::CursorOnCharacter);
+    return m_layout->lineAt(index).xToCursor(at.x() * m_fineness, QTextLine::CursorOnCharacter);
 }
 
 const ShownText::Chip* TextBox::chipAt(QPointF at) const
@@ -142,7 +167,7 @@ void TextBox::addRects(int index, int from, int to, std::vector<QRectF>& rects) 
         return;
     }
     const auto add = [&](double x1, double x2) {
-        const double left = std::min(x1, x2), right = std::max(x1, x2);
+        const double left = std::min(x1, x2) / m_fineness, right = std::max(x1, x2) / m_fineness;
         if (!rects.empty() && rects.back().top() == whole.top() &&
             std::abs(rects.back().right() - left) < 0.01)
             rects.back().setRight(right);
@@ -232,7 +257,11 @@ void TextBox::draw(QPainter& painter, QPointF at, const Ink& ink) const
     if (ink.selection)
         fill(rects(ink.selection->first, ink.selection->second), ink.colors->textSelection, 0, 0);
     painter.setPen(ink.words);
-    m_layout->draw(&painter, at);
+    painter.save();
+    painter.translate(at);
+    painter.scale(1 / m_fineness, 1 / m_fineness);
+    m_layout->draw(&painter, QPointF(0, 0));
+    painter.restore();
     drawChips(painter, ink, at, true);
     if (ink.struckOut)
         for (int i = 0; i < m_layout->lineCount(); ++i) {

@@ -33,6 +33,8 @@ public:
         double width = 680;
         Qt::Alignment alignment = Qt::AlignLeading;
         bool rightToLeft = false;
+        // Light ink spreads on a dark ground unless the letters are made larger and drawn smaller.
+        bool isLightInk = false;
     };
 
     TextBox(ShownText text, const Setting& setting);
@@ -73,7 +75,8 @@ private:
 
     ShownText m_text;
     Setting m_setting;
-    std::unique_ptr<QTextLayout> m_layout;
+    std::unique_ptr<QTextLayout> m_layout; // in pixels times m_fineness
+    double m_fineness = 1;
     bool m_isMixed = false; // reads in both directions
 };
 

@@ -47,7 +47,8 @@ public:
                 m_style.language, style);
         m_box.emplace(std::move(shown),
             TextBox::Setting{style.font(m_style.kind), style.lineHeight(m_style.kind),
-                m_room.width - inset - (code ? codeSide : 0), Qt::AlignLeading, facts.rightToLeft});
+                m_room.width - inset - (code ? codeSide : 0), Qt::AlignLeading, facts.rightToLeft,
+                style.isDark()});
         m_origin = QPointF(m_room.left + (facts.rightToLeft && !code ? 0 : inset),
             facts.gap + (code && facts.isFirst ? codeEnd : 0));
         m_height = m_origin.y() + m_box->height() + (code && facts.isLast ? codeEnd : 0);
