@@ -5,6 +5,7 @@
 #include "app/TestDriver.h"
 #include "base/Log.h"
 #include "interface/canvas/CanvasAccessible.h"
+#include "interface/page/PageAccessible.h"
 #include "interface/widgets/Look.h"
 #include "interface/wording/Wording.h"
 #include "library/DataSteps.h"
@@ -114,6 +115,7 @@ void Application::start()
 {
     watchSignals();
     installCanvasAccessibility();
+    installPageAccessibility();
     takeAppearance();
     connect(&m_appearance, &Appearance::changed, this, &Application::takeAppearance);
     m_window = std::make_unique<MainWindow>(m_canvas, m_commands, m_options.showsScratchNote());

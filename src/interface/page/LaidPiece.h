@@ -7,6 +7,7 @@
 
 #include "interface/page/PagePictures.h"
 #include "interface/page/PageStyle.h"
+#include "interface/page/PageTargets.h"
 #include "interface/page/TextBox.h"
 
 #include <memory>
@@ -35,7 +36,7 @@ struct PieceFacts
 struct PieceMark
 {
     int cell = -1;
-    FoundMark mark;
+    TextMark mark;
 };
 
 class LaidPiece
@@ -57,13 +58,7 @@ public:
     // The nearest place, in units of the block.
     virtual Units placeAt(QPointF at) const = 0;
 
-    struct Target
-    {
-        QString item;                     // a mentioned or embedded one
-        std::shared_ptr<const Link> link; // else an address
-        bool isNothing() const { return item.isEmpty() && !link; }
-    };
-    virtual Target targetAt(QPointF) const { return {}; }
+    virtual PageTarget targetAt(QPointF) const { return {}; }
 
     // Where a stretch is, to bring it into view.
     virtual QRectF rectOf(const PieceMark& mark) const = 0;

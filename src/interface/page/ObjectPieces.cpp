@@ -101,7 +101,7 @@ public:
             drawVeil(painter, box, colors());
     }
 
-    Target targetAt(QPointF at) const override
+    PageTarget targetAt(QPointF at) const override
     {
         if (m_data.isShown() || m_picture.src.isEmpty() || !m_box.contains(at))
             return {};
@@ -146,9 +146,17 @@ public:
     {
         drawQuoteBar(painter, at, m_facts, m_height);
         const QRectF box = m_box.translated(at);
+        bool found = false, focused = false;
+        for (const PieceMark& mark : paint.marks ? *paint.marks : std::vector<PieceMark>())
+            (mark.mark.kind == TextMark::Kind::Focus ? focused : found) = true;
         painter.setPen(QPen(colors().hairline, 1));
-        painter.setBrush(paint.marks && !paint.marks->empty() ? colors().mark : colors().raised);
+        painter.setBrush(found ? colors().mark : colors().raised);
         painter.drawRoundedRect(box.adjusted(0.5, 0.5, -0.5, -0.5), pictureRadius, pictureRadius);
+        if (focused) {
+            painter.setPen(QPen(colors().accent, 2));
+            painter.setBrush(Qt::NoBrush);
+            painter.drawRoundedRect(box.adjusted(-2, -2, 2, 2), pictureRadius + 2, pictureRadius + 2);
+        }
         const QString label = m_embed.label.isEmpty() ? u"Corvelle"_s : m_embed.label;
         drawNote(painter, box, m_look.sign,
             m_embed.icon.isEmpty() ? label : m_embed.icon + u' ' + label, colors());
@@ -156,7 +164,7 @@ public:
             drawVeil(painter, box, colors());
     }
 
-    Target targetAt(QPointF at) const override
+    PageTarget targetAt(QPointF at) const override
     {
         return {m_box.contains(at) && m_look.exists ? m_embed.id : QString(), {}};
     }

@@ -105,6 +105,9 @@ PageView::PageView(ItemLooks items, MentionSource mentions, QWidget* parent)
 void PageView::take(ShownPage page)
 {
     m_page = std::move(page);
+    ++m_turn;
+    m_targets.clear();
+    m_focused = -1;
     m_layout.setPage(m_page.text, PageStyle(schemeOf(*this), m_page.settings));
     const Units end = m_page.text.length();
     m_anchor = std::min(m_anchor, end);
@@ -272,7 +275,7 @@ void PageView::wheelEvent(QWheelEvent* event)
 void PageView::showRange(const TextRange& range)
 {
     const int piece = m_layout.pieceOf(range);
-    const QRectF rect = m_layout.laid(piece).rectOf({range.cell, {range.from, range.to, false}});
+    const QRectF rect = m_layout.laid(piece).rectOf({range.cell, {range.from, range.to}});
     const double y = m_layout.top(piece) - m_layout.top(m_topPiece) - m_topOffset + rect.top();
     constexpr double margin = 60;
     const bool near = piece >= m_topPiece && piece <= lastInSight();
@@ -356,7 +359,12 @@ void PageView::paintPiece(QPainter& painter, int piece, double y)
     for (auto found = range.first; found != range.second; ++found)
         if (found->cell >= 0 || (found->from < extent.to && found->to > extent.from))
             marks.push_back({found->cell,
-                {found->from, found->to, found - m_found.begin() == m_currentFound}});
+                {found->from, found->to,
+                    found - m_found.begin() == m_currentFound ? TextMark::Kind::Current : TextMark::Kind::Found}});
+    if (m_focused >= 0 && hasFocus())
+        if (const TextRange& focus = m_targets[static_cast<size_t>(m_focused)].range;
+            focus.block == extent.block)
+            marks.push_back({focus.cell, {focus.from, focus.to, TextMark::Kind::Focus}});
     paint.marks = &marks;
     laid.draw(painter, QPointF(column().left(), y), paint);
 }
@@ -402,7 +410,26 @@ Units PageView::placeAt(QPointF at)
     return m_layout.placeAt(spot.piece, spot.in);
 }
 
-LaidPiece::Target PageView::targetAt(QPointF at)
+QRectF PageView::rectOf(Units place)
+{
+    if (m_layout.count() == 0)
+        return {};
+    const FlatText::BlockAt block = m_page.text.blockAt(place);
+    const Units offset = place - block.start;
+    const int piece = m_layout.pieceOf(block.index, offset);
+    const QRectF rect = m_layout.laid(piece).rectOf({-1, {offset, offset + 1}});
+    return rect.translated(
+        column().left(), m_layout.top(piece) - m_layout.top(m_topPiece) - m_topOffset);
+}
+
+void PageView::showPlace(Units place)
+{
+    const FlatText::BlockAt block = m_page.text.blockAt(place);
+    if (m_layout.count() > 0)
+        showRange({block.index, -1, place - block.start, place - block.start + 1});
+}
+
+PageTarget PageView::targetAt(QPointF at)
 {
     if (m_layout.count() == 0 || !rect().contains(at.toPoint()))
         return {};
@@ -520,7 +547,11 @@ void PageView::mouseReleaseEvent(QMouseEvent* event)
     const double moved = QLineF(m_pressedAt, event->position()).length();
     if (ended != Drag::Characters || hasSelection() || moved > QGuiApplication::styleHints()->startDragDistance())
         return;
-    const LaidPiece::Target target = targetAt(event->position());
+    follow(targetAt(event->position()));
+}
+
+void PageView::follow(const PageTarget& target)
+{
     if (!target.item.isEmpty())
         emit itemWanted(target.item);
     else if (target.link)
@@ -570,7 +601,14 @@ void PageView::keyPressEvent(QKeyEvent* event)
         return scrollTo(scrollRange());
     case Qt::Key_F3:
         return goToFound(event->modifiers() & Qt::ShiftModifier ? -1 : 1);
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (m_focused >= 0)
+            follow(m_targets[static_cast<size_t>(m_focused)].target);
+        return;
     case Qt::Key_Escape:
+        if (m_focused >= 0)
+            return leaveTargets();
         if (hasSelection())
             return select(m_head, m_head);
         emit closeWanted();
@@ -591,11 +629,66 @@ bool PageView::event(QEvent* event)
         }
     } else if (event->type() == QEvent::ToolTip) {
         const auto* help = static_cast<QHelpEvent*>(event);
-        const LaidPiece::Target target = targetAt(help->pos());
+        const PageTarget target = targetAt(help->pos());
         QToolTip::showText(help->globalPos(), target.link ? target.link->href.left(300).toHtmlEscaped() : QString(), this);
         return true;
     }
     return QWidget::event(event);
+}
+
+// Tab goes from one mention or link to the next, beginning with the first in sight, and behind the
+// last one on to the next control.
+bool PageView::focusNextPrevChild(bool next)
+{
+    if (m_targets.empty())
+        m_targets = pageTargets(m_page.text);
+    const int count = static_cast<int>(m_targets.size());
+    int wanted = m_focused + (next ? 1 : -1);
+    if (m_focused < 0 && m_layout.count() > 0) {
+        const qsizetype first = m_layout.extent(m_topPiece).block;
+        const auto here = std::find_if(m_targets.begin(), m_targets.end(),
+            [first](const TargetInPage& target) { return target.range.block >= first; });
+        wanted = static_cast<int>(here - m_targets.begin()) - (next ? 0 : 1);
+    }
+    if (wanted < 0 || wanted >= count) {
+        leaveTargets();
+        return QWidget::focusNextPrevChild(next);
+    }
+    m_focused = wanted;
+    showRange(m_targets[static_cast<size_t>(wanted)].range);
+    setAccessibleDescription(nameOf(m_targets[static_cast<size_t>(wanted)]));
+    update();
+    return true;
+}
+
+void PageView::leaveTargets()
+{
+    m_focused = -1;
+    setAccessibleDescription({});
+    update();
+}
+
+QString PageView::nameOf(const TargetInPage& target) const
+{
+    return target.target.link ? target.target.link->href : target.label;
+}
+
+std::vector<std::pair<TargetInPage, QRectF>> PageView::targetsInSight()
+{
+    std::vector<std::pair<TargetInPage, QRectF>> found;
+    if (m_layout.count() == 0)
+        return found;
+    const int last = lastInSight();
+    for (const TargetInPage& target : pageTargets(m_page.text)) {
+        const int piece = m_layout.pieceOf(target.range);
+        if (piece < m_topPiece || piece > last)
+            continue;
+        const QRectF rect =
+            m_layout.laid(piece).rectOf({target.range.cell, {target.range.from, target.range.to}});
+        found.emplace_back(target, rect.translated(column().left(),
+            m_layout.top(piece) - m_layout.top(m_topPiece) - m_topOffset));
+    }
+    return found;
 }
 
 // ---- finding ----

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "interface/page/PageLayout.h"
+#include "interface/page/PageTargets.h"
 
 #include <QTimer>
 #include <QWidget>
@@ -34,6 +35,7 @@ public:
     void open(ShownPage page);
     void refresh(ShownPage page);
     const ShownPage& page() const { return m_page; }
+    int turn() const { return m_turn; } // counts the pages and states shown
     PagePictures& pictures() { return m_pictures; }
 
     // ---- finding ----
@@ -58,6 +60,14 @@ public:
     void scrollBy(double pixels);
     void scrollTo(double place);
 
+    // ---- places ----
+    Units placeAt(QPointF at);
+    // Where the unit at a place is, by what is known of the page's height.
+    QRectF rectOf(Units place);
+    void showPlace(Units place);
+    // The mentions, links and cards that can be pressed now, with their places in the view.
+    std::vector<std::pair<TargetInPage, QRectF>> targetsInSight();
+
 signals:
     void itemWanted(const QString& id);
     void addressWanted(const QString& address);
@@ -77,6 +87,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
     void leaveEvent(QEvent* event) override;
 
 private:
@@ -94,8 +105,10 @@ private:
         QPointF in; // from the piece's top left
     };
     Spot spotAt(QPointF at) const;
-    Units placeAt(QPointF at);
-    LaidPiece::Target targetAt(QPointF at);
+    PageTarget targetAt(QPointF at);
+    void follow(const PageTarget& target);
+    void leaveTargets();
+    QString nameOf(const TargetInPage& target) const;
     void showRange(const TextRange& range);
     void paintHead(QPainter& painter, double y) const;
     void paintPiece(QPainter& painter, int piece, double y);
@@ -109,6 +122,7 @@ private:
     const MentionSource m_mentions;
     PagePictures m_pictures;
     ShownPage m_page;
+    int m_turn = 0;
     PageLayout m_layout;
 
     int m_topPiece = 0;     // the piece at the upper edge,
@@ -127,6 +141,9 @@ private:
     QString m_words; // looked for
     std::vector<TextRange> m_found;
     int m_currentFound = -1;
+
+    std::vector<TargetInPage> m_targets; // once the keyboard has asked for one
+    int m_focused = -1;                  // the one that it stands on
 };
 
 } // namespace corvelle

@@ -121,7 +121,7 @@ public:
 
     Units placeAt(QPointF at) const override { return at.y() > m_height / 2 ? 1 : 0; }
 
-    Target targetAt(QPointF at) const override
+    PageTarget targetAt(QPointF at) const override
     {
         const QPointF inside = at - QPointF(m_room.left, m_facts.gap);
         for (const Box& box : m_boxes) {
@@ -244,7 +244,7 @@ private:
         if (box.rect.bottom() < m_rows.back() || !m_facts.isLast)
             painter.fillRect(QRectF(box.rect.left(), box.rect.bottom() - 1, box.rect.width(), 1), colors.hairline);
         TextBox::Ink ink{box.slot.isHeader ? colors.ink2 : colors.ink, &colors, {}, {}, false};
-        std::vector<FoundMark> marks;
+        std::vector<TextMark> marks;
         if (paint.marks) {
             for (const PieceMark& mark : *paint.marks)
                 if (mark.cell == box.cell)

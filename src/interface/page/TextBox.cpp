@@ -244,15 +244,18 @@ void TextBox::draw(QPainter& painter, QPointF at, const Ink& ink) const
             fill({rect.adjusted(-2, 0, 2, 0)}, ink.colors->sunken, 3, 4);
     drawChips(painter, ink, at, false);
     if (ink.marks)
-        for (const FoundMark& mark : *ink.marks) {
-            const std::vector<QRectF> found = rects(mark.from, mark.to);
-            fill(found, ink.colors->mark, 2, 3);
-            if (!mark.isCurrent)
+        for (const TextMark& mark : *ink.marks) {
+            const std::vector<QRectF> marked = rects(mark.from, mark.to);
+            const bool focus = mark.kind == TextMark::Kind::Focus;
+            if (!focus)
+                fill(marked, ink.colors->mark, 2, 3);
+            if (mark.kind == TextMark::Kind::Found)
                 continue;
-            painter.setPen(QPen(ink.colors->accent, 1.5));
+            const double out = focus ? 2 : 1;
+            painter.setPen(QPen(ink.colors->accent, focus ? 2 : 1.5));
             painter.setBrush(Qt::NoBrush);
-            for (const QRectF& rect : found)
-                painter.drawRoundedRect(rect.translated(at).adjusted(-1, 1.5, 1, -1.5), 3, 3);
+            for (const QRectF& rect : marked)
+                painter.drawRoundedRect(rect.translated(at).adjusted(-out, 1, out, -1), 4, 4);
         }
     if (ink.selection)
         fill(rects(ink.selection->first, ink.selection->second), ink.colors->textSelection, 0, 0);

@@ -16,11 +16,13 @@ class QPainter;
 
 namespace corvelle {
 
-// A stretch that was looked for.
-struct FoundMark
+// A stretch that is set off: found, the current one of those, or what the keyboard stands on.
+struct TextMark
 {
+    enum class Kind : unsigned char { Found, Current, Focus };
+
     Units from = 0, to = 0;
-    bool isCurrent = false;
+    Kind kind = Kind::Found;
 };
 
 class TextBox
@@ -53,7 +55,7 @@ public:
         QColor words;
         const Palette* colors = nullptr;
         std::optional<std::pair<Units, Units>> selection;
-        const std::vector<FoundMark>* marks = nullptr;
+        const std::vector<TextMark>* marks = nullptr;
         bool struckOut = false; // the whole, with a faint line
     };
     void draw(QPainter& painter, QPointF at, const Ink& ink) const;

@@ -65,10 +65,10 @@ public:
         TextBox::Ink ink{m_facts.style->ink(m_style), &colors, {}, {}, m_style.kind == Block::Done};
         if (paint.selection)
             ink.selection = {paint.selection->first - m_facts.from, paint.selection->second - m_facts.from};
-        std::vector<FoundMark> marks;
+        std::vector<TextMark> marks;
         if (paint.marks) {
             for (const PieceMark& mark : *paint.marks)
-                marks.push_back({mark.mark.from - m_facts.from, mark.mark.to - m_facts.from, mark.mark.isCurrent});
+                marks.push_back({mark.mark.from - m_facts.from, mark.mark.to - m_facts.from, mark.mark.kind});
             ink.marks = &marks;
         }
         m_box->draw(painter, at + m_origin, ink);
@@ -78,7 +78,7 @@ public:
 
     Units placeAt(QPointF at) const override { return m_facts.from + m_box->placeAt(at - m_origin); }
 
-    Target targetAt(QPointF at) const override
+    PageTarget targetAt(QPointF at) const override
     {
         if (const auto* chip = m_box->chipAt(at - m_origin))
             return {chip->look.exists ? chip->id : QString(), {}};

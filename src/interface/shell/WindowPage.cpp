@@ -298,6 +298,14 @@ QJsonValue MainWindow::openedJson() const
     const PageView& view = m_page->view();
     QJsonObject told{{u"id"_s, node->id}, {u"kind"_s, word(node->kind)}, {u"shown"_s, showsPage()},
         {u"scroll"_s, view.scrollPlace()}, {u"scrollRange"_s, view.scrollRange()}};
+    QJsonArray targets;
+    for (const auto& [target, place] : m_page->view().targetsInSight()) {
+        const QPointF at = m_page->view().mapTo(this, place.topLeft().toPoint());
+        targets.append(QJsonObject{{u"item"_s, target.target.item}, {u"label"_s, target.label},
+            {u"address"_s, target.target.link ? target.target.link->href : QString()},
+            {u"place"_s, QJsonArray{at.x(), at.y(), place.width(), place.height()}}});
+    }
+    told[u"targets"] = targets;
     if (m_page->isFinding())
         told[u"find"] = QJsonObject{{u"words"_s, m_page->findBar().words()},
             {u"current"_s, view.currentFound()}, {u"count"_s, view.foundCount()}};

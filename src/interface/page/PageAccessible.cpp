@@ -1,0 +1,109 @@
+#include "interface/page/PageAccessible.h"
+
+#include "interface/page/PageView.h"
+#include "interface/page/SpokenPage.h"
+
+#include <QAccessible>
+#include <QAccessibleWidget>
+
+namespace corvelle {
+
+namespace {
+
+class PageText : public QAccessibleWidget, public QAccessibleTextInterface
+{
+public:
+    explicit PageText(PageView& view)
+        : QAccessibleWidget(&view, QAccessible::Document)
+        , m_view(view)
+    {}
+
+    void* interface_cast(QAccessible::InterfaceType type) override
+    {
+        return type == QAccessible::TextInterface ? static_cast<QAccessibleTextInterface*>(this)
+                                                  : QAccessibleWidget::interface_cast(type);
+    }
+
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.readOnly = true;
+        state.multiLine = true;
+        state.selectableText = true;
+        return state;
+    }
+
+    // ---- the text ----
+    int characterCount() const override { return static_cast<int>(spoken().length()); }
+    QString text(int from, int to) const override { return spoken().text(from, to); }
+    QString text(QAccessible::Text kind) const override { return QAccessibleWidget::text(kind); }
+    QString attributes(int offset, int* from, int* to) const override
+    {
+        *from = *to = offset;
+        return {};
+    }
+
+    // ---- selection ----
+    int selectionCount() const override { return m_view.hasSelection() ? 1 : 0; }
+    void selection(int, int* from, int* to) const override
+    {
+        const auto [first, last] = m_view.selection();
+        *from = static_cast<int>(spoken().offsetOf(first));
+        *to = static_cast<int>(spoken().offsetOf(last));
+    }
+    void addSelection(int from, int to) override { setSelection(0, from, to); }
+    void removeSelection(int) override { m_view.select(0, 0); }
+    void setSelection(int, int from, int to) override
+    {
+        m_view.select(spoken().placeOf(from), spoken().placeOf(to));
+    }
+    int cursorPosition() const override { return static_cast<int>(spoken().offsetOf(m_view.selection().second)); }
+    void setCursorPosition(int offset) override
+    {
+        const Units place = spoken().placeOf(offset);
+        m_view.select(place, place);
+        m_view.showPlace(place);
+    }
+
+    // ---- where it is ----
+    QRect characterRect(int offset) const override
+    {
+        const QRectF place = m_view.rectOf(spoken().placeOf(offset));
+        return QRect(m_view.mapToGlobal(place.topLeft()).toPoint(), place.size().toSize());
+    }
+    int offsetAtPoint(const QPoint& point) const override
+    {
+        return static_cast<int>(spoken().offsetOf(m_view.placeAt(m_view.mapFromGlobal(QPointF(point)))));
+    }
+    void scrollToSubstring(int from, int) override { m_view.showPlace(spoken().placeOf(from)); }
+
+private:
+    // Made anew for another text only.
+    const SpokenPage& spoken() const
+    {
+        if (m_turn != m_view.turn()) {
+            m_spoken = SpokenPage(m_view.page().text);
+            m_turn = m_view.turn();
+        }
+        return m_spoken;
+    }
+
+    PageView& m_view;
+    mutable SpokenPage m_spoken;
+    mutable int m_turn = -1;
+};
+
+QAccessibleInterface* pageFactory(const QString& name, QObject* object)
+{
+    auto* view = name == QLatin1String("corvelle::PageView") ? qobject_cast<PageView*>(object) : nullptr;
+    return view ? new PageText(*view) : nullptr;
+}
+
+} // namespace
+
+void installPageAccessibility()
+{
+    QAccessible::installFactory(pageFactory);
+}
+
+} // namespace corvelle

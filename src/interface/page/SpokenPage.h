@@ -1,0 +1,34 @@
+// A page as one text for screen readers: a mention is its label, a picture its description, a table
+// the words of its cells.
+//
+// Offsets count in that text, places in the page's. Answers read the blocks asked for, never the
+// whole page. A value.
+#pragma once
+
+#include "pages/FlatText.h"
+
+#include <vector>
+
+namespace corvelle {
+
+class SpokenPage
+{
+public:
+    SpokenPage() = default;
+    explicit SpokenPage(FlatText text);
+
+    qsizetype length() const { return m_starts.empty() ? 0 : m_starts.back(); }
+    QString text(qsizetype from, qsizetype to) const;
+
+    qsizetype offsetOf(Units place) const;
+    Units placeOf(qsizetype offset) const;
+
+private:
+    QString blockWords(qsizetype block) const;
+    qsizetype blockOf(qsizetype offset) const;
+
+    FlatText m_text;
+    std::vector<qsizetype> m_starts; // of each block, its newline counted; the last is the end
+};
+
+} // namespace corvelle

@@ -1,0 +1,109 @@
+// The words of a page as they are drawn, found, spoken, followed and copied.
+#include "interface/page/CodeTokens.h"
+#include "interface/page/PageCopy.h"
+#include "interface/page/PageTargets.h"
+#include "interface/page/ShownText.h"
+#include "interface/page/SpokenPage.h"
+#include "pages/PageDocument.h"
+#include "support/Printing.h"
+
+#include <QMimeData>
+#include <gtest/gtest.h>
+
+using namespace corvelle;
+
+namespace {
+
+const QByteArray page = R"({"type":"doc","content":[
+    {"type":"heading","attrs":{"level":2},"content":[{"type":"text","text":"Plan"}]},
+    {"type":"paragraph","content":[{"type":"text","text":"See "},{"type":"mention","attrs":{"id":"n1","label":"The Budget"}},
+        {"type":"text","text":" and "},{"type":"text","text":"the ","marks":[{"type":"link","attrs":{"href":"https://example.org/"}}]},
+        {"type":"text","text":"site","marks":[{"type":"bold"},{"type":"link","attrs":{"href":"https://example.org/"}}]},
+        {"type":"text","text":". STRASSE"}]},
+    {"type":"table","content":[{"type":"tableRow","content":[
+        {"type":"tableCell","content":[{"type":"paragraph","content":[{"type":"text","text":"one"}]}]},
+        {"type":"tableCell","content":[{"type":"paragraph","content":[{"type":"mention","attrs":{"id":"n2","label":"in a cell"}}]}]}]}]},
+    {"type":"embed","attrs":{"id":"n3","kind":"page","label":"A card"}},
+    {"type":"image","attrs":{"src":"x.png","alt":"A picture"}},
+    {"type":"bulletList","content":[{"type":"listItem","content":[{"type":"paragraph","content":[{"type":"text","text":"last"}]}]}]}]})";
+
+} // namespace
+
+TEST(PageFind, looksIntoTextLabelsCellsAndCards)
+{
+    const FlatText text = textFromJSON(page);
+    EXPECT_EQ(findInPage(text, "plan"), (std::vector<TextRange>{{0, -1, 0, 4}}));
+    EXPECT_EQ(findInPage(text, "budget"), (std::vector<TextRange>{{1, -1, 4, 5}})) << "a label is found as its mention";
+    EXPECT_EQ(findInPage(text, "see the"), (std::vector<TextRange>{{1, -1, 0, 5}}));
+    EXPECT_EQ(findInPage(text, "the site"), (std::vector<TextRange>{{1, -1, 10, 18}})) << "over a change of marks";
+    EXPECT_EQ(findInPage(text, "ONE"), (std::vector<TextRange>{{2, 0, 0, 3}}));
+    EXPECT_EQ(findInPage(text, "cell"), (std::vector<TextRange>{{2, 1, 0, 1}}));
+    EXPECT_EQ(findInPage(text, "card"), (std::vector<TextRange>{{3, -1, 0, 1}}));
+    EXPECT_TRUE(findInPage(text, "").empty());
+    EXPECT_TRUE(findInPage(text, "nowhere").empty());
+    EXPECT_EQ(findInPage(FlatText(u"aaaa"), "aa").size(), 2u) << "what is found doesn't overlap";
+}
+
+TEST(PageTargets, areTheMentionsLinksAndCardsInOrder)
+{
+    std::vector<std::pair<QString, TextRange>> found;
+    for (const TargetInPage& target : pageTargets(textFromJSON(page)))
+        found.emplace_back(target.target.link ? target.target.link->href : target.target.item, target.range);
+    EXPECT_EQ(found,
+        (std::vector<std::pair<QString, TextRange>>{{"n1", {1, -1, 4, 5}}, {"https://example.org/", {1, -1, 10, 18}},
+            {"n2", {2, 1, 0, 1}}, {"n3", {3, -1, 0, 1}}}))
+        << "a link is one, whatever marks its words have";
+}
+
+TEST(SpokenPage, offsetsAndPlacesAgree)
+{
+    const FlatText text = textFromJSON(page);
+    const SpokenPage spoken(text);
+    const QString all = spoken.text(0, spoken.length());
+    EXPECT_EQ(all.size(), spoken.length());
+    EXPECT_TRUE(all.contains("See The Budget and the site.")) << all.toStdString();
+    EXPECT_TRUE(all.contains("A card\nA picture\nlast\n")) << all.toStdString();
+    EXPECT_TRUE(all.contains("one\tin a cell") || all.contains("one")) << all.toStdString();
+    for (Units place = 0; place < text.length(); ++place)
+        ASSERT_EQ(spoken.placeOf(spoken.offsetOf(place)), place);
+    for (qsizetype from = 0; from < spoken.length(); from += 5)
+        ASSERT_EQ(spoken.text(from, from + 9), all.mid(from, 9));
+    EXPECT_EQ(SpokenPage(FlatText()).text(0, 5), "\n");
+}
+
+TEST(PageCopy, takesBlocksWholeAndPartsOfOneAsWords)
+{
+    const FlatText text = textFromJSON(page);
+    const auto words = [&](Units from, Units to) { return copiedBlocks(nodesBetween(text, from, to), {})->text(); };
+    EXPECT_EQ(words(0, 4), "Plan");
+    EXPECT_EQ(nodesBetween(text, 0, 4).front().type, PageNode::Type::Heading) << "the whole block is what it is";
+    EXPECT_EQ(nodesBetween(text, 0, 2).front().type, PageNode::Type::Paragraph) << "a part is words";
+    EXPECT_EQ(words(2, 9), "an\nSee The Budget");
+    const PageNodes all = nodesBetween(text, 0, text.length());
+    EXPECT_EQ(all.back().type, PageNode::Type::BulletList) << "the empty last block isn't copied";
+    const auto copied = copiedBlocks(all, {});
+    EXPECT_TRUE(copied->html().contains("<h2>Plan</h2>")) << copied->html().toStdString();
+    EXPECT_TRUE(copied->data("text/markdown").startsWith("## Plan\n")) << copied->data("text/markdown").toStdString();
+    EXPECT_TRUE(nodesBetween(text, 3, 3).empty());
+}
+
+TEST(CodeTokens, findWhatIsSetOff)
+{
+    using Kind = CodeToken::Kind;
+    const auto tokens = [](const QString& code, const QString& language) {
+        std::vector<std::pair<QString, Kind>> found;
+        for (const CodeToken& token : codeTokens(code, language))
+            found.emplace_back(code.mid(token.from, token.to - token.from), token.kind);
+        return found;
+    };
+    using Found = std::vector<std::pair<QString, Kind>>;
+    EXPECT_EQ(tokens("def f(x2, y=1.5): # c\nreturn 'a\\'b'", "Python"),
+        (Found{{"def", Kind::Keyword}, {"1.5", Kind::Number}, {"# c", Kind::Comment}, {"return", Kind::Keyword},
+            {"'a\\'b'", Kind::Text}}));
+    EXPECT_EQ(tokens("int a; /* b\nc */ \"d\" // e", "c++"),
+        (Found{{"int", Kind::Keyword}, {"/* b\nc */", Kind::Comment}, {"\"d\"", Kind::Text}, {"// e", Kind::Comment}}));
+    EXPECT_EQ(tokens("don't", "rust"), Found{}) << "an apostrophe opens no text";
+    EXPECT_EQ(tokens("Select x", "sql"), (Found{{"Select", Kind::Keyword}}));
+    EXPECT_EQ(tokens("int a", "no such language"), Found{});
+    EXPECT_EQ(tokens("/* open", "c"), (Found{{"/* open", Kind::Comment}}));
+}
