@@ -176,9 +176,9 @@ private:
 
     static size_t kindOf(char16_t c)
     {
-        return QStringView(u">\n\"')").indexOf(QChar(c)) < 0
-                   ? 5
-                   : static_cast<size_t>(QStringView(u">\n\"')").indexOf(QChar(c)));
+        constexpr QStringView kinds = u">\n\"'()";
+        const qsizetype kind = kinds.indexOf(QChar(c));
+        return static_cast<size_t>(kind < 0 ? kinds.size() : kind);
     }
 
     // ---- reading ----
@@ -374,7 +374,7 @@ private:
             const char16_t closing = c == u'(' ? u')' : c.unicode();
             if (c == u'"' || c == u'\'' || c == u'(') {
                 const qsizetype title = nextUnescaped(closing, behind + 1);
-                if (title >= end)
+                if (title >= end || (c == u'(' && nextUnescaped(u'(', behind + 1) < title))
                     return -1;
                 at = skipBlanks(title + 1, end);
                 return at < end && m_text[at] == u')' ? at + 1 : -1;
@@ -529,7 +529,7 @@ private:
     const QStringView m_text;
     std::vector<std::vector<qsizetype>> m_codeRuns; // their places, by length
     std::vector<std::pair<qsizetype, qsizetype>> m_partners;
-    std::array<std::vector<qsizetype>, 5> m_unescaped; // by kindOf()
+    std::array<std::vector<qsizetype>, 6> m_unescaped; // by kindOf()
     bool m_findsUnescaped = false;
 };
 

@@ -157,9 +157,9 @@ std::optional<ListMarker> listMarker(QStringView trimmed)
     }
     QStringView rest = trimmed.mid(length);
     const QStringView words = trimmedOf(rest);
-    // Code may stand indented behind a marker; then only one blank belongs to that.
-    const qsizetype blanks = std::min<qsizetype>(rest.size() - words.size(), 4);
-    marker.width = static_cast<int>(length + std::max<qsizetype>(blanks, 1));
+    // With more than four blanks only one of them belongs to the marker, and so it is with none.
+    const qsizetype blanks = rest.size() - words.size();
+    marker.width = static_cast<int>(length + (blanks > 4 || words.isEmpty() ? 1 : blanks));
     marker.text = words;
     const bool hasBox = words.size() >= 3 && words[0] == u'[' && words[2] == u']' &&
                         (words[1] == u' ' || words[1] == u'x' || words[1] == u'X') &&

@@ -58,6 +58,14 @@ TEST(PageMarkdown, listsNestBreakAndGoOn)
         R"([{"taskList","content":[{"taskItem","attrs":{"checked":false},"content":[{"paragraph","content":[{"text","text":"a"}]}]}]},{"bulletList","content":[{"listItem","content":[{"paragraph","content":[{"text","text":"b"}]}]}]}])");
     EXPECT_EQ(read("7. a\n   b\n\n   ```\n   x\n\n  y\n   ```\n   - c\n"),
         R"([{"orderedList","attrs":{"start":7},"content":[{"listItem","content":[{"paragraph","content":[{"text","text":"a b"}]},{"codeBlock","content":[{"text":"x\n\ny","text"}]},{"bulletList","content":[{"listItem","content":[{"paragraph","content":[{"text","text":"c"}]}]}]}]}]}])");
+    // An item may begin on the line below its marker; that line's blanks ask for no break.
+    for (const char* below : {"-\n  a", "-   \n  a", "- a"})
+        EXPECT_EQ(read(below), read("- a")) << below;
+    EXPECT_EQ(read("- \\\n  a"),
+        R"([{"bulletList","content":[{"listItem","content":[{"paragraph","content":[{"hardBreak"},{"text","text":"a"}]}]}]}])");
+    // Behind more than four blanks the item's column is the one right behind its marker.
+    EXPECT_EQ(read("1.     a\n\n   b\n\n       c"),
+        R"([{"orderedList","content":[{"listItem","content":[{"paragraph","content":[{"text","text":"a"}]},{"paragraph","content":[{"text","text":"b"}]},{"codeBlock","content":[{"text":"c","text"}]}]}]}])");
     EXPECT_EQ(read("- a\n\n  b\n\nc"),
         R"([{"bulletList","content":[{"listItem","content":[{"paragraph","content":[{"text","text":"a"}]},{"paragraph","content":[{"text","text":"b"}]}]}]},{"paragraph","content":[{"text","text":"c"}]}])");
 }
@@ -79,14 +87,14 @@ TEST(PageMarkdown, wordsAndTheirMarks)
     EXPECT_EQ(words("[x](node:abc?page=2) [@B\\]](node:d)"),
         R"({"mention","attrs":{"color":null,"href":null,"icon":null,"id":"abc","kind":"page","label":"x","mentionSuggestionChar":"@"}},{"text","text":" "},{"mention","attrs":{"color":null,"href":null,"icon":null,"id":"d","kind":"page","label":"B]","mentionSuggestionChar":"@"}})");
     const PageNodes nodes =
-        PageMarkdown::docFromMarkdown(u"[a *b* [c](<d e> 'f')](g(h)) [](x) [y]( z \"no")
+        PageMarkdown::docFromMarkdown(u"[a *b* [c](<d e> 'f')](g(h)) [](x) [y]( z \"no [i](j ((k)")
             .front()
             .content;
     ASSERT_EQ(nodes.size(), 5u);
     EXPECT_EQ(nodes[0].link->href, "g(h)");
     EXPECT_EQ(nodes[1].marks, Mark::Italic);
     EXPECT_EQ(nodes[3].link->href, "d e");
-    EXPECT_EQ(nodes[4].text, " [](x) [y]( z \"no");
+    EXPECT_EQ(nodes[4].text, " [](x) [y]( z \"no [i](j ((k)");
 }
 
 TEST(PageMarkdown, whatIsWrittenReadsBack)
