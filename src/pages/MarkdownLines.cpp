@@ -122,7 +122,7 @@ QStringView headingWords(QStringView trimmed)
         --end;
     if (end < words.size() && (end == 0 || words[end - 1].isSpace()))
         words = words.left(end);
-    return words.trimmed();
+    return trimmedOf(words);
 }
 
 int setextLevel(QStringView trimmed)

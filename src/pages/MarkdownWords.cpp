@@ -55,22 +55,26 @@ bool hasMark(const Run& run, Mark mark)
     return run.type == Type::Text && run.style.marks.testFlag(mark);
 }
 
-// Blanks at the ends of a block and beside a break aren't written.
+// Blanks at the ends of a block and beside a break aren't written, but as code.
 void dropEdgeBlanks(std::vector<Run>& runs)
 {
+    const auto isPlain = [&](size_t i) {
+        return runs[i].type == Type::Text && !runs[i].style.marks.testFlag(Mark::Code);
+    };
+    const auto isBlank = [](QChar c) { return c == u' ' || c == u'\t'; };
     const auto isBreak = [&](size_t i) { return runs[i].type == Type::HardBreak; };
     for (size_t i = 0; i < runs.size(); ++i) {
         const auto trim = [&](size_t at, bool front) {
             QString& text = runs[at].text;
-            while (!text.isEmpty() && (front ? text.front() : text.back()).isSpace())
+            while (!text.isEmpty() && isBlank(front ? text.front() : text.back()))
                 text.remove(front ? 0 : text.size() - 1, 1);
             return !text.isEmpty();
         };
         if (i == 0 || isBreak(i - 1))
-            for (size_t at = i; at < runs.size() && runs[at].type == Type::Text && !trim(at, true);)
+            for (size_t at = i; at < runs.size() && isPlain(at) && !trim(at, true);)
                 ++at;
         if (i + 1 == runs.size() || isBreak(i + 1))
-            for (size_t at = i + 1; at-- > 0 && runs[at].type == Type::Text && !trim(at, false);)
+            for (size_t at = i + 1; at-- > 0 && isPlain(at) && !trim(at, false);)
                 ;
     }
     std::erase_if(

@@ -170,12 +170,13 @@ QString contentsOf(const QString& path)
     return QString::fromUtf8(file.readAll());
 }
 
-// Blanks at a block's ends and beside a break aren't written.
+// Blanks at a block's ends and beside a break aren't written, but as code.
 void dropEdgeBlanks(PageNodes& nodes)
 {
     static const QRegularExpression leading(u"^[ \\t]+"_s), trailing(u"[ \\t]+$"_s);
     const auto isText = [&](size_t at) {
-        return at < nodes.size() && nodes[at].type == PageNode::Type::Text;
+        return at < nodes.size() && nodes[at].type == PageNode::Type::Text &&
+               !nodes[at].marks.testFlag(Mark::Code);
     };
     const auto isEdge = [&](size_t at) {
         return at >= nodes.size() || nodes[at].type == PageNode::Type::HardBreak;
