@@ -25,18 +25,22 @@ void dropLastNewlines(PageNodes& nodes)
     }
 }
 
+QDir here()
+{
+    return QFileInfo(QString::fromUtf8(__FILE__)).dir();
+}
+
 } // namespace
 
 QString realFiles()
 {
-    const QDir here = QFileInfo(QString::fromUtf8(__FILE__)).dir();
     return QDir::cleanPath(
-        qEnvironmentVariable("CORVELLE_SHARED", here.filePath("../../../shared")) + "/corpus");
+        qEnvironmentVariable("CORVELLE_SHARED", here().filePath("../../../shared")) + "/corpus");
 }
 
-std::vector<MarkdownExample> markdownExamples(const QString& path)
+std::vector<MarkdownExample> markdownExamples(const QString& source)
 {
-    QFile file(path);
+    QFile file(realFiles() + "/md-spec/" + source + ".examples.json");
     if (!file.open(QIODevice::ReadOnly))
         return {};
     std::vector<MarkdownExample> examples;

@@ -152,7 +152,7 @@ TEST(MarkdownMerge, whateverIsEditedTheRestKeepsItsBytes)
         std::vector<size_t> edited;
         for (size_t i = 0; i < page.size(); ++i)
             if (random() % 4 == 0) {
-                page[i] = paragraph("edited " + QString::number(i));
+                page[i] = paragraph("edited " + QString::number(i) + ".");
                 edited.push_back(i);
             }
         const auto text = merge.rewrite(page);
@@ -163,7 +163,7 @@ TEST(MarkdownMerge, whateverIsEditedTheRestKeepsItsBytes)
         ASSERT_EQ(again.rewrite(page), *text) << "it says what the page says";
         QString rest = *text;
         for (const size_t i : edited)
-            rest.replace("edited " + QString::number(i), QString());
+            rest.replace("edited " + QString::number(i) + ".", QString());
         for (QString& line : rest.split('\n')) {
             if (line.endsWith('\r')) // where the last line of the file got one
                 line.chop(1);
