@@ -266,8 +266,7 @@ private:
         }
         QString inside = m_text.mid(at + length, close - at - length).toString();
         inside.replace(u'\n', u' ');
-        const bool isBlankOnly = inside.trimmed().isEmpty();
-        if (inside.size() >= 2 && inside.front() == u' ' && inside.back() == u' ' && !isBlankOnly)
+        if (losesEdgeBlanks(inside))
             inside = inside.mid(1, inside.size() - 2);
         if (!inside.isEmpty())
             add({PageNode::ofText(inside, Mark::Code)});
@@ -319,7 +318,9 @@ private:
             PageNode mention = PageNode::of(Type::Mention);
             mention.name =
                 address.mid(5, address.indexOf(u'?') < 0 ? -1 : address.indexOf(u'?') - 5);
-            mention.text = withoutEscapes(label.startsWith(u'@') ? label.mid(1) : label);
+            mention.text = withoutEscapes(label);
+            if (mention.text.startsWith(u'@'))
+                mention.text.remove(0, 1);
             add({std::move(mention)});
             at = after;
             return true;
@@ -540,6 +541,12 @@ bool isEscapable(QChar c)
     const char16_t u = c.unicode();
     return (u >= u'!' && u <= u'/') || (u >= u':' && u <= u'@') || (u >= u'[' && u <= u'`') ||
            (u >= u'{' && u <= u'~');
+}
+
+bool losesEdgeBlanks(QStringView code)
+{
+    return code.size() >= 2 && code.front() == u' ' && code.back() == u' ' &&
+           !std::all_of(code.begin(), code.end(), isBlank);
 }
 
 PageNodes inlinesFromMarkdown(QStringView text)

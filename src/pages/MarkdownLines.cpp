@@ -116,13 +116,20 @@ int headingLevel(QStringView trimmed)
 
 QStringView headingWords(QStringView trimmed)
 {
-    QStringView words = trimmedOf(trimmed.mid(runLength(trimmed, u'#')));
+    const QStringView words = trimmedOf(trimmed.mid(runLength(trimmed, u'#')));
     qsizetype end = words.size();
-    while (end > 0 && words[end - 1] == u'#')
-        --end;
-    if (end < words.size() && (end == 0 || words[end - 1].isSpace()))
-        words = words.left(end);
-    return trimmedOf(words);
+    const auto skipBack = [&](auto skips) {
+        while (end > 0 && skips(words[end - 1]))
+            --end;
+    };
+    const auto isSpace = [](QChar c) { return c.isSpace(); };
+    skipBack(isSpace);
+    const qsizetype closing = end;
+    skipBack([](QChar c) { return c == u'#'; });
+    if (end == closing || (end > 0 && !isSpace(words[end - 1])))
+        return words;
+    skipBack(isSpace);
+    return words.left(end);
 }
 
 int setextLevel(QStringView trimmed)
@@ -224,7 +231,7 @@ bool holdsUnescapedBar(QStringView trimmed)
     for (qsizetype i = 0; i < trimmed.size(); ++i) {
         if (trimmed[i] == u'|')
             return true;
-        if (trimmed[i] == u'\\')
+        if (trimmed[i] == u'\\' && i + 1 < trimmed.size() && trimmed[i + 1] == u'|')
             ++i;
     }
     return false;

@@ -325,9 +325,7 @@ private:
             longest = std::max(longest, run);
         }
         const QString ticks(longest + 1, u'`');
-        const bool losesBlanks =
-            text.startsWith(u' ') && text.endsWith(u' ') && !text.trimmed().isEmpty();
-        const bool pads = text.startsWith(u'`') || text.endsWith(u'`') || losesBlanks;
+        const bool pads = text.startsWith(u'`') || text.endsWith(u'`') || losesEdgeBlanks(text);
         m_out += ticks + (pads ? u" "_s : QString()) + text + (pads ? u" "_s : QString()) + ticks;
     }
 

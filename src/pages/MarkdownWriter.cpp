@@ -100,10 +100,13 @@ private:
     {
         QString text = words(node, MarkdownWords::Place::OneLine);
         // A run of "#" at the end would be read as a closing one.
-        qsizetype end = text.size();
+        qsizetype last = text.size();
+        while (last > 0 && text[last - 1].isSpace())
+            --last;
+        qsizetype end = last;
         while (end > 0 && text[end - 1] == u'#')
             --end;
-        if (end < text.size())
+        if (end < last)
             text.insert(end, u'\\');
         const QString marks(std::clamp<int>(node.level, 1, 6), u'#');
         return text.isEmpty() ? marks : marks + u' ' + text;

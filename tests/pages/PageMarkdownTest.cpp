@@ -47,6 +47,9 @@ TEST(PageMarkdown, blocksAreFoundInTheirOrder)
         R"([{"paragraph","content":[{"text","text":"a"},{"hardBreak"},{"text","text":"b"},{"hardBreak"},{"text","text":"c d\\ e"}]}])");
     EXPECT_EQ(read("x\na | b\n--|:--:\n1 | 2 \\| 3\n"),
         R"([{"paragraph","content":[{"text","text":"x"}]},{"table","content":[{"tableRow","content":[{"tableHeader","attrs":{"colspan":1,"rowspan":1},"content":[{"paragraph","content":[{"text","text":"a"}]}]},{"tableHeader","attrs":{"align":"center","colspan":1,"rowspan":1},"content":[{"paragraph","content":[{"text","text":"b"}]}]}]},{"tableRow","content":[{"tableCell","attrs":{"colspan":1,"rowspan":1},"content":[{"paragraph","content":[{"text","text":"1"}]}]},{"tableCell","attrs":{"align":"center","colspan":1,"rowspan":1},"content":[{"paragraph","content":[{"text","text":"2 | 3"}]}]}]}]}])");
+    // A barred bar is never one between cells, in any of its lines.
+    EXPECT_EQ(
+        read("a \\\\| b\n--|\n"), R"([{"paragraph","content":[{"text","text":"a \\| b --|"}]}])");
     EXPECT_EQ(read("| a |"), R"([{"paragraph","content":[{"text","text":"| a |"}]}])");
 }
 
@@ -99,13 +102,17 @@ TEST(PageMarkdown, wordsAndTheirMarks)
 
 TEST(PageMarkdown, whatIsWrittenReadsBack)
 {
-    for (const char* text : {"1\\. not a list", "\\# no heading", "\\- no item", "\\=== ",
-             "2024\\. x", "# a \\#", "# \\##", "`` ` ``", "`````\n````\n`````", "a\\\n\\- b",
-             "| a\\|b |\n| --- |\n| `c\\|d` |", "- \\[ ] x", "\\[a\\](b)", "[a\\]](b)",
-             "[a](<b c>)", "a\\<br>b", "` a`", "` ` a", "# \u00a0a", "---\na: b\n---\n\nc"}) {
+    for (const char* text :
+        {"1\\. not a list", "\\# no heading", "\\- no item", "\\=== ", "2024\\. x", "# a \\#",
+            "# \\##", "`` ` ``", "`````\n````\n`````", "a\\\n\\- b",
+            "| a\\|b |\n| --- |\n| `c\\|d` |", "- \\[ ] x", "\\[a\\](b)", "[a\\]](b)", "[a](<b c>)",
+            "a\\<br>b", "` a`", "` ` a", "`  \u00a0  `", "# \u00a0a", "---\na: b\n---\n\nc"}) {
         const QString once = again(text);
         EXPECT_EQ(once, QString(text).trimmed());
     }
+    EXPECT_EQ(again("# a\u00a0##\u00a0 "), "# a");
+    EXPECT_EQ(again("# a \\#\u00a0"), "# a \\#\u00a0");
+    EXPECT_EQ(again("[\\@a](node:b)"), "[@a](node:b)");
     EXPECT_EQ(again("\u00a0a\u00a0"), "\u00a0a\u00a0");
     PageNode code = PageNode::of(PageNode::Type::CodeBlock);
     code.text = "a\n````";
