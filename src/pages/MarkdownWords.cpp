@@ -151,12 +151,16 @@ struct Open
     QString closing;
 };
 
+// How a mark is written that opens right behind another one's star.
+enum class SecondMark { Underscore, Star };
+
 class Writer
 {
 public:
-    Writer(Place place, bool forOthers)
+    Writer(Place place, bool forOthers, SecondMark secondMark = SecondMark::Underscore)
         : m_place(place)
         , m_forOthers(forOthers)
+        , m_secondMark(secondMark)
     {}
 
     QString write(const std::vector<Run>& runs)
@@ -250,7 +254,8 @@ private:
             m_out += u"<u>";
             return;
         }
-        const QChar star = m_out.endsWith(u'*') && !m_out.endsWith(u"\\*") ? u'_' : u'*';
+        const bool isSecond = m_out.endsWith(u'*') && !m_out.endsWith(u"\\*");
+        const QChar star = isSecond && m_secondMark == SecondMark::Underscore ? u'_' : u'*';
         open.closing =
             open.mark == Mark::Strike ? u"~~"_s : QString(open.mark == Mark::Bold ? 2 : 1, star);
         const QChar before = m_out.isEmpty() ? QChar() : m_out.back();
@@ -423,6 +428,7 @@ private:
 
     const Place m_place;
     const bool m_forOthers;
+    const SecondMark m_secondMark;
     QString m_out;
     qsizetype m_lineStart = 0;
     std::vector<Open> m_open;
@@ -533,6 +539,10 @@ QString MarkdownWords::of(const PageNodes& nodes) const
         giveUpEdges(runs, mark, [](QChar c, QChar) { return c.isSpace(); });
     QString words = write(isSure);
     if (isSure)
+        return words;
+    // Inside a word an underscore opens nothing; stars do, where they can't be mistaken.
+    words = Writer(place, forOthers, SecondMark::Star).write(runs);
+    if (readsBack(words, runs))
         return words;
     for (const Mark mark : marks)
         giveUpEdges(runs, mark, [](QChar c, QChar outside) {
