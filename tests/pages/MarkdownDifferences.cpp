@@ -9,7 +9,7 @@ namespace corvelle {
 namespace {
 
 // "3 5-7"
-QSet<int> numbers(const QString& ranges)
+QSet<int> exampleNumbers(const QString& ranges)
 {
     QSet<int> all;
     for (const QString& range : ranges.split(' ', Qt::SkipEmptyParts)) {
@@ -29,7 +29,7 @@ struct Explained
 };
 
 // clang-format off
-constexpr Explained explained[] = {
+constexpr Explained explanations[] = {
     {"references",
         "A link stands with its address in one place: a definition and what refers to it "
         "are text.",
@@ -180,10 +180,10 @@ constexpr Explained explained[] = {
 std::vector<MarkdownDifference> markdownDifferences()
 {
     std::vector<MarkdownDifference> differences;
-    for (const Explained& each : explained) {
+    for (const Explained& each : explanations) {
         MarkdownDifference difference{each.rule, each.sentence, {}};
         for (size_t i = 0; i < std::size(exampleSources); ++i)
-            difference.examples[exampleSources[i]] = numbers(each.examples[i]);
+            difference.examples[exampleSources[i]] = exampleNumbers(each.examples[i]);
         differences.push_back(std::move(difference));
     }
     return differences;

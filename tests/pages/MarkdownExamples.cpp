@@ -25,7 +25,7 @@ void dropLastNewlines(PageNodes& nodes)
     }
 }
 
-QDir here()
+QDir sourceFolder()
 {
     return QFileInfo(QString::fromUtf8(__FILE__)).dir();
 }
@@ -35,7 +35,8 @@ QDir here()
 QString realFiles()
 {
     return QDir::cleanPath(
-        qEnvironmentVariable("CORVELLE_SHARED", here().filePath("../../../shared")) + "/corpus");
+        qEnvironmentVariable("CORVELLE_SHARED", sourceFolder().filePath("../../../shared")) +
+        "/corpus");
 }
 
 std::vector<MarkdownExample> markdownExamples(const QString& source)

@@ -57,7 +57,7 @@ std::vector<Judged> judge(const std::vector<MarkdownDifference>& differences)
     return all;
 }
 
-qsizetype count(
+qsizetype countExamples(
     const std::vector<Judged>& all, Column column, const std::function<bool(const Judged&)>& counts)
 {
     return std::count_if(all.begin(), all.end(),
@@ -70,9 +70,9 @@ void printSections(const std::vector<Judged>& all)
     const auto row = [&](const char* title, const auto& belongs) {
         std::printf("| %s |", title);
         for (const Column column : {Column::CommonMark, Column::GFM}) {
-            const auto total = count(all, column, belongs);
-            const auto same =
-                count(all, column, [&](const Judged& j) { return belongs(j) && !j.differs(); });
+            const auto total = countExamples(all, column, belongs);
+            const auto same = countExamples(
+                all, column, [&](const Judged& j) { return belongs(j) && !j.differs(); });
             if (total > 0)
                 std::printf(" %lld of %lld |", same, total);
             else
@@ -93,12 +93,12 @@ void printRules(const std::vector<Judged>& all, const std::vector<MarkdownDiffer
 {
     std::printf("| rule | CommonMark | GFM | |\n| --- | ---: | ---: | --- |\n");
     for (const MarkdownDifference& difference : differences) {
-        const auto explained = [&](Column column) {
-            return count(all, column, [&](const Judged& j) { return j.rule == difference.rule; });
+        const auto countOf = [&](Column column) {
+            return countExamples(
+                all, column, [&](const Judged& j) { return j.rule == difference.rule; });
         };
         std::printf("| %s | %lld | %lld | %s |\n", qUtf8Printable(difference.rule),
-            explained(Column::CommonMark), explained(Column::GFM),
-            qUtf8Printable(difference.sentence));
+            countOf(Column::CommonMark), countOf(Column::GFM), qUtf8Printable(difference.sentence));
     }
 }
 

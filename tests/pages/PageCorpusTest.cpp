@@ -17,6 +17,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <utility>
+
 using namespace corvelle;
 using namespace Qt::StringLiterals;
 
@@ -125,7 +128,8 @@ QStringList wordsMissing(const QStringList& words, const QStringList& others)
     return missing;
 }
 
-// An entity is text as it is written, unless it is written as code's text.
+// The words of the HTML that the page of the Markdown lacks. Its entities may be read or not: in a
+// page they are text as they are written, in HTML only those of code are.
 QStringList lostWords(const QString& html, const QString& markdown)
 {
     const QString ours = PageTexts(savedFromMarkdown(markdown)).all;
@@ -162,7 +166,7 @@ QString contentsOf(const QString& path)
 }
 
 // Blanks at a block's ends and beside a break aren't written, but as code.
-void dropEdgeBlanks(PageNodes& nodes)
+void dropUnwrittenBlanks(PageNodes& nodes)
 {
     static const QRegularExpression leading(u"^[ \\t]+"_s), trailing(u"[ \\t]+$"_s);
     const auto isText = [&](size_t at) {
@@ -173,7 +177,7 @@ void dropEdgeBlanks(PageNodes& nodes)
         return at >= nodes.size() || nodes[at].type == PageNode::Type::HardBreak;
     };
     for (size_t i = 0; i < nodes.size(); ++i) {
-        dropEdgeBlanks(nodes[i].content);
+        dropUnwrittenBlanks(nodes[i].content);
         while (isText(i) && isEdge(i - 1) && nodes[i].text.remove(leading).isEmpty())
             nodes.erase(nodes.begin() + qsizetype(i));
     }
@@ -243,7 +247,7 @@ TEST_F(PageCorpus, noWordOfAMarkdownFileIsLost)
         QProcess judge;
         judge.start(program, {u"--unsafe"_s, u"-e"_s, u"table"_s, u"-e"_s, u"strikethrough"_s,
                                  u"-e"_s, u"tasklist"_s, path});
-        ASSERT_TRUE(judge.waitForFinished());
+        ASSERT_TRUE(judge.waitForFinished() && judge.exitCode() == 0);
         const QString html = QString::fromUtf8(judge.readAllStandardOutput());
         const QString markdown = contentsOf(path);
         EXPECT_EQ(lostWords(html, markdown).join(u' '), u""_s);
@@ -256,7 +260,7 @@ TEST_F(PageCorpus, noWordOfAMarkdownFileIsLost)
 TEST_F(PageCorpus, whatIsWrittenOfAnyTextIsReadAgain)
 {
     const auto saved = [](PageNodes page) {
-        dropEdgeBlanks(page);
+        dropUnwrittenBlanks(page);
         return docFromText(textFromNodes(page));
     };
     const auto expectSame = [&](const QString& markdown) {
