@@ -1,5 +1,7 @@
 #include "pages/MarkdownInline.h"
 
+#include "pages/MarkdownLines.h"
+
 #include <algorithm>
 #include <array>
 #include <vector>
@@ -15,11 +17,6 @@ using Type = PageNode::Type;
 constexpr int deepestLinks = 32;       // a link's words may hold links
 constexpr int deepestParentheses = 32; // of an address
 constexpr QChar underlineTag = u'u';
-
-bool isBlank(QChar c)
-{
-    return c == u' ' || c == u'\t';
-}
 
 char32_t codePointBefore(QStringView text, qsizetype at)
 {
@@ -345,7 +342,7 @@ private:
 
     qsizetype skipBlanks(qsizetype at, qsizetype end) const
     {
-        while (at < end && (isBlank(m_text[at]) || m_text[at] == u'\n'))
+        while (at < end && (markdown::isBlank(m_text[at]) || m_text[at] == u'\n'))
             ++at;
         return at;
     }
@@ -546,7 +543,7 @@ bool isEscapable(QChar c)
 bool losesEdgeBlanks(QStringView code)
 {
     return code.size() >= 2 && code.front() == u' ' && code.back() == u' ' &&
-           !std::all_of(code.begin(), code.end(), isBlank);
+           !std::all_of(code.begin(), code.end(), markdown::isBlank);
 }
 
 PageNodes inlinesFromMarkdown(QStringView text)

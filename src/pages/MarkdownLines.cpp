@@ -8,16 +8,11 @@ namespace {
 
 constexpr int tabColumns = 4;
 
-bool isBlank(QChar c)
-{
-    return c == u' ' || c == u'\t';
-}
-
 QStringView trimmedOf(QStringView text)
 {
-    while (!text.isEmpty() && isBlank(text.front()))
+    while (!text.isEmpty() && markdown::isBlank(text.front()))
         text = text.mid(1);
-    while (!text.isEmpty() && isBlank(text.back()))
+    while (!text.isEmpty() && markdown::isBlank(text.back()))
         text.chop(1);
     return text;
 }
@@ -41,7 +36,7 @@ MarkdownLine MarkdownLine::of(QStringView text, int pad)
 {
     MarkdownLine line{text, pad, pad, trimmedOf(text)};
     for (const QChar c : text) {
-        if (!corvelle::isBlank(c))
+        if (!markdown::isBlank(c))
             break;
         line.indent += c == u'\t' ? tabColumns : 1;
     }
@@ -53,7 +48,7 @@ MarkdownLine MarkdownLine::without(int columns) const
     const int fromPad = std::min(pad, columns);
     int left = columns - fromPad, restPad = pad - fromPad;
     QStringView rest = text;
-    while (left > 0 && !rest.isEmpty() && corvelle::isBlank(rest.front())) {
+    while (left > 0 && !rest.isEmpty() && markdown::isBlank(rest.front())) {
         const int width = rest.front() == u'\t' ? tabColumns : 1;
         restPad += std::max(width - left, 0);
         left -= width;

@@ -61,12 +61,11 @@ void dropEdgeBlanks(std::vector<Run>& runs)
     const auto isPlain = [&](size_t i) {
         return runs[i].type == Type::Text && !runs[i].style.marks.testFlag(Mark::Code);
     };
-    const auto isBlank = [](QChar c) { return c == u' ' || c == u'\t'; };
     const auto isBreak = [&](size_t i) { return runs[i].type == Type::HardBreak; };
     for (size_t i = 0; i < runs.size(); ++i) {
         const auto trim = [&](size_t at, bool front) {
             QString& text = runs[at].text;
-            while (!text.isEmpty() && isBlank(front ? text.front() : text.back()))
+            while (!text.isEmpty() && markdown::isBlank(front ? text.front() : text.back()))
                 text.remove(front ? 0 : text.size() - 1, 1);
             return !text.isEmpty();
         };
