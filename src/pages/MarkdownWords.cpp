@@ -413,8 +413,10 @@ private:
         }
         if (!escapes && isWholeLine && markdown::isTableSeparator(line))
             escapes = true;
-        if (escapes) {
-            m_out.insert(begin, u'\\');
+        if (escapes) { // white space that is no blank may stand before a separator
+            const auto mark =
+                std::find_if_not(line.begin(), line.end(), [](QChar c) { return c.isSpace(); });
+            m_out.insert(begin + std::distance(line.begin(), mark), u'\\');
             return;
         }
         qsizetype digits = 0;

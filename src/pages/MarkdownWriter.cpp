@@ -161,8 +161,11 @@ private:
     {
         if (node.name == u"frontmatter" && isFirst && readsAsFrontMatter(node.text))
             return u"---\n"_s + node.text + u"\n---"_s;
-        QString info = node.name.simplified();
+        QString info = node.name;
+        info.replace(u'\n', u' ').replace(u'\r', u' ');
         const QChar mark = info.contains(u'`') ? u'~' : u'`';
+        if (info.startsWith(mark)) // it would be one with the fence
+            info.prepend(u' ');
         qsizetype longest = 2;
         for (const QStringView line : QStringView(node.text).tokenize(u'\n')) {
             const QStringView inside = line.trimmed();
