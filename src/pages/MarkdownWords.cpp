@@ -511,7 +511,8 @@ QString markdownDestination(const QString& address)
             isBare = false;
         if (c.isSpace() || c == u'<')
             isBare = false;
-        if (c == u'\\' && (i + 1 == address.size() || isEscapable(address[i + 1])))
+        // A backtick would begin code with one further on.
+        if (c == u'`' || (c == u'\\' && (i + 1 == address.size() || isEscapable(address[i + 1]))))
             escaped += u'\\';
         escaped += c;
     }

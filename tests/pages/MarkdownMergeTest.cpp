@@ -114,6 +114,8 @@ TEST(MarkdownMerge, editsChangeTheirOwnLinesAlone)
     EXPECT_EQ(ends.rewrite({paragraph("a"), paragraph("c")}), "a\n\nc\n\n\n");
     EXPECT_EQ(ends.rewrite({paragraph("a")}), "a\n");
     EXPECT_EQ(ends.rewrite(PageNodes{}), "");
+    for (const QString loose : {"a \r", "a\n\nb\r"}) // of no line
+        EXPECT_EQ(MarkdownMerge(loose).rewrite(opened(loose)), loose);
     EXPECT_EQ(MarkdownMerge(QString()).rewrite({paragraph("a")}), "a\n");
     // A new list before one of its kind would join it: then both are written as one.
     EXPECT_EQ(MarkdownMerge(QString("# a\n---\n"))
