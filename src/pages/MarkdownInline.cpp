@@ -1,5 +1,7 @@
 #include "pages/MarkdownInline.h"
 
+#include "pages/MarkdownLines.h"
+
 #include <algorithm>
 #include <array>
 #include <vector>
@@ -15,11 +17,6 @@ using Type = PageNode::Type;
 constexpr int deepestLinks = 32;       // a link's words may hold links
 constexpr int deepestParentheses = 32; // of an address
 constexpr QChar underlineTag = u'u';
-
-bool isBlank(QChar c)
-{
-    return c == u' ' || c == u'\t';
-}
 
 char32_t codePointBefore(QStringView text, qsizetype at)
 {
@@ -176,9 +173,9 @@ private:
 
     static size_t kindOf(char16_t c)
     {
-        return QStringView(u">\n\"')").indexOf(QChar(c)) < 0
-                   ? 5
-                   : static_cast<size_t>(QStringView(u">\n\"')").indexOf(QChar(c)));
+        constexpr QStringView kinds = u">\n\"'()";
+        const qsizetype kind = kinds.indexOf(QChar(c));
+        return static_cast<size_t>(kind < 0 ? kinds.size() : kind);
     }
 
     // ---- reading ----
@@ -266,8 +263,7 @@ private:
         }
         QString inside = m_text.mid(at + length, close - at - length).toString();
         inside.replace(u'\n', u' ');
-        const bool isBlankOnly = inside.trimmed().isEmpty();
-        if (inside.size() >= 2 && inside.front() == u' ' && inside.back() == u' ' && !isBlankOnly)
+        if (losesEdgeBlanks(inside))
             inside = inside.mid(1, inside.size() - 2);
         if (!inside.isEmpty())
             add({PageNode::ofText(inside, Mark::Code)});
@@ -319,7 +315,9 @@ private:
             PageNode mention = PageNode::of(Type::Mention);
             mention.name =
                 address.mid(5, address.indexOf(u'?') < 0 ? -1 : address.indexOf(u'?') - 5);
-            mention.text = withoutEscapes(label.startsWith(u'@') ? label.mid(1) : label);
+            mention.text = withoutEscapes(label);
+            if (mention.text.startsWith(u'@'))
+                mention.text.remove(0, 1);
             add({std::move(mention)});
             at = after;
             return true;
@@ -344,7 +342,7 @@ private:
 
     qsizetype skipBlanks(qsizetype at, qsizetype end) const
     {
-        while (at < end && (isBlank(m_text[at]) || m_text[at] == u'\n'))
+        while (at < end && (markdown::isBlank(m_text[at]) || m_text[at] == u'\n'))
             ++at;
         return at;
     }
@@ -374,7 +372,7 @@ private:
             const char16_t closing = c == u'(' ? u')' : c.unicode();
             if (c == u'"' || c == u'\'' || c == u'(') {
                 const qsizetype title = nextUnescaped(closing, behind + 1);
-                if (title >= end)
+                if (title >= end || (c == u'(' && nextUnescaped(u'(', behind + 1) < title))
                     return -1;
                 at = skipBlanks(title + 1, end);
                 return at < end && m_text[at] == u')' ? at + 1 : -1;
@@ -529,7 +527,7 @@ private:
     const QStringView m_text;
     std::vector<std::vector<qsizetype>> m_codeRuns; // their places, by length
     std::vector<std::pair<qsizetype, qsizetype>> m_partners;
-    std::array<std::vector<qsizetype>, 5> m_unescaped; // by kindOf()
+    std::array<std::vector<qsizetype>, 6> m_unescaped; // by kindOf()
     bool m_findsUnescaped = false;
 };
 
@@ -540,6 +538,12 @@ bool isEscapable(QChar c)
     const char16_t u = c.unicode();
     return (u >= u'!' && u <= u'/') || (u >= u':' && u <= u'@') || (u >= u'[' && u <= u'`') ||
            (u >= u'{' && u <= u'~');
+}
+
+bool losesEdgeBlanks(QStringView code)
+{
+    return code.size() >= 2 && code.front() == u' ' && code.back() == u' ' &&
+           !std::all_of(code.begin(), code.end(), markdown::isBlank);
 }
 
 PageNodes inlinesFromMarkdown(QStringView text)

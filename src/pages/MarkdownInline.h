@@ -13,4 +13,7 @@ PageNodes inlinesFromMarkdown(QStringView text);
 // Whether a "\" before the character makes it literal.
 bool isEscapable(QChar c);
 
+// Whether reading takes a blank from each end of what stands between the backticks.
+bool losesEdgeBlanks(QStringView code);
+
 } // namespace corvelle

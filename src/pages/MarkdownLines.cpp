@@ -8,16 +8,11 @@ namespace {
 
 constexpr int tabColumns = 4;
 
-bool isBlank(QChar c)
-{
-    return c == u' ' || c == u'\t';
-}
-
 QStringView trimmedOf(QStringView text)
 {
-    while (!text.isEmpty() && isBlank(text.front()))
+    while (!text.isEmpty() && markdown::isBlank(text.front()))
         text = text.mid(1);
-    while (!text.isEmpty() && isBlank(text.back()))
+    while (!text.isEmpty() && markdown::isBlank(text.back()))
         text.chop(1);
     return text;
 }
@@ -41,7 +36,7 @@ MarkdownLine MarkdownLine::of(QStringView text, int pad)
 {
     MarkdownLine line{text, pad, pad, trimmedOf(text)};
     for (const QChar c : text) {
-        if (!corvelle::isBlank(c))
+        if (!markdown::isBlank(c))
             break;
         line.indent += c == u'\t' ? tabColumns : 1;
     }
@@ -53,7 +48,7 @@ MarkdownLine MarkdownLine::without(int columns) const
     const int fromPad = std::min(pad, columns);
     int left = columns - fromPad, restPad = pad - fromPad;
     QStringView rest = text;
-    while (left > 0 && !rest.isEmpty() && corvelle::isBlank(rest.front())) {
+    while (left > 0 && !rest.isEmpty() && markdown::isBlank(rest.front())) {
         const int width = rest.front() == u'\t' ? tabColumns : 1;
         restPad += std::max(width - left, 0);
         left -= width;
@@ -116,13 +111,20 @@ int headingLevel(QStringView trimmed)
 
 QStringView headingWords(QStringView trimmed)
 {
-    QStringView words = trimmedOf(trimmed.mid(runLength(trimmed, u'#')));
+    const QStringView words = trimmedOf(trimmed.mid(runLength(trimmed, u'#')));
     qsizetype end = words.size();
-    while (end > 0 && words[end - 1] == u'#')
-        --end;
-    if (end < words.size() && (end == 0 || words[end - 1].isSpace()))
-        words = words.left(end);
-    return words.trimmed();
+    const auto skipBack = [&](auto skips) {
+        while (end > 0 && skips(words[end - 1]))
+            --end;
+    };
+    const auto isSpace = [](QChar c) { return c.isSpace(); };
+    skipBack(isSpace);
+    const qsizetype closing = end;
+    skipBack([](QChar c) { return c == u'#'; });
+    if (end == closing || (end > 0 && !isSpace(words[end - 1])))
+        return words;
+    skipBack(isSpace);
+    return words.left(end);
 }
 
 int setextLevel(QStringView trimmed)
@@ -157,9 +159,9 @@ std::optional<ListMarker> listMarker(QStringView trimmed)
     }
     QStringView rest = trimmed.mid(length);
     const QStringView words = trimmedOf(rest);
-    // Code may stand indented behind a marker; then only one blank belongs to that.
-    const qsizetype blanks = std::min<qsizetype>(rest.size() - words.size(), 4);
-    marker.width = static_cast<int>(length + std::max<qsizetype>(blanks, 1));
+    // With more than four blanks only one of them belongs to the marker, and so it is with none.
+    const qsizetype blanks = rest.size() - words.size();
+    marker.width = static_cast<int>(length + (blanks > 4 || words.isEmpty() ? 1 : blanks));
     marker.text = words;
     const bool hasBox = words.size() >= 3 && words[0] == u'[' && words[2] == u']' &&
                         (words[1] == u' ' || words[1] == u'x' || words[1] == u'X') &&
@@ -224,7 +226,7 @@ bool holdsUnescapedBar(QStringView trimmed)
     for (qsizetype i = 0; i < trimmed.size(); ++i) {
         if (trimmed[i] == u'|')
             return true;
-        if (trimmed[i] == u'\\')
+        if (trimmed[i] == u'\\' && i + 1 < trimmed.size() && trimmed[i + 1] == u'|')
             ++i;
     }
     return false;

@@ -9,6 +9,13 @@
 
 namespace corvelle {
 
+namespace markdown {
+inline bool isBlank(QChar c)
+{
+    return c == u' ' || c == u'\t';
+}
+} // namespace markdown
+
 // A line, or what is left of it inside a quote or an item. A view into the text that was read.
 struct MarkdownLine
 {

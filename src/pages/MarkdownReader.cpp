@@ -21,14 +21,16 @@ class ParagraphText
 public:
     void add(const Line& line, QStringView words)
     {
-        if (m_isOpen)
-            m_text += m_breaks ? u'\n' : u' ';
+        if (m_breaks)
+            m_text += u'\n';
+        else if (!m_text.isEmpty()) // the line of a marker alone has nothing to join
+            m_text += u' ';
         m_isOpen = true;
         qsizetype slashes = 0;
         while (slashes < words.size() && words[words.size() - 1 - slashes] == u'\\')
             ++slashes;
         m_slash = slashes % 2 == 1;
-        m_breaks = m_slash || line.text.endsWith(u"  ");
+        m_breaks = m_slash || (!words.isEmpty() && line.text.endsWith(u"  "));
         m_text += words;
     }
     void goOn() // before another line

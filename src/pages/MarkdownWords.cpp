@@ -55,22 +55,25 @@ bool hasMark(const Run& run, Mark mark)
     return run.type == Type::Text && run.style.marks.testFlag(mark);
 }
 
-// Blanks at the ends of a block and beside a break aren't written.
+// Blanks at the ends of a block and beside a break aren't written, but as code.
 void dropEdgeBlanks(std::vector<Run>& runs)
 {
+    const auto isPlain = [&](size_t i) {
+        return runs[i].type == Type::Text && !runs[i].style.marks.testFlag(Mark::Code);
+    };
     const auto isBreak = [&](size_t i) { return runs[i].type == Type::HardBreak; };
     for (size_t i = 0; i < runs.size(); ++i) {
         const auto trim = [&](size_t at, bool front) {
             QString& text = runs[at].text;
-            while (!text.isEmpty() && (front ? text.front() : text.back()).isSpace())
+            while (!text.isEmpty() && markdown::isBlank(front ? text.front() : text.back()))
                 text.remove(front ? 0 : text.size() - 1, 1);
             return !text.isEmpty();
         };
         if (i == 0 || isBreak(i - 1))
-            for (size_t at = i; at < runs.size() && runs[at].type == Type::Text && !trim(at, true);)
+            for (size_t at = i; at < runs.size() && isPlain(at) && !trim(at, true);)
                 ++at;
         if (i + 1 == runs.size() || isBreak(i + 1))
-            for (size_t at = i + 1; at-- > 0 && runs[at].type == Type::Text && !trim(at, false);)
+            for (size_t at = i + 1; at-- > 0 && isPlain(at) && !trim(at, false);)
                 ;
     }
     std::erase_if(
@@ -147,12 +150,16 @@ struct Open
     QString closing;
 };
 
+// How a mark is written that opens right behind another one's star.
+enum class SecondMark { Underscore, Star };
+
 class Writer
 {
 public:
-    Writer(Place place, bool forOthers)
+    Writer(Place place, bool forOthers, SecondMark secondMark = SecondMark::Underscore)
         : m_place(place)
         , m_forOthers(forOthers)
+        , m_secondMark(secondMark)
     {}
 
     QString write(const std::vector<Run>& runs)
@@ -246,7 +253,8 @@ private:
             m_out += u"<u>";
             return;
         }
-        const QChar star = m_out.endsWith(u'*') && !m_out.endsWith(u"\\*") ? u'_' : u'*';
+        const bool isSecond = m_out.endsWith(u'*') && !m_out.endsWith(u"\\*");
+        const QChar star = isSecond && m_secondMark == SecondMark::Underscore ? u'_' : u'*';
         open.closing =
             open.mark == Mark::Strike ? u"~~"_s : QString(open.mark == Mark::Bold ? 2 : 1, star);
         const QChar before = m_out.isEmpty() ? QChar() : m_out.back();
@@ -321,9 +329,7 @@ private:
             longest = std::max(longest, run);
         }
         const QString ticks(longest + 1, u'`');
-        const bool losesBlanks =
-            text.startsWith(u' ') && text.endsWith(u' ') && !text.trimmed().isEmpty();
-        const bool pads = text.startsWith(u'`') || text.endsWith(u'`') || losesBlanks;
+        const bool pads = text.startsWith(u'`') || text.endsWith(u'`') || losesEdgeBlanks(text);
         m_out += ticks + (pads ? u" "_s : QString()) + text + (pads ? u" "_s : QString()) + ticks;
     }
 
@@ -407,8 +413,10 @@ private:
         }
         if (!escapes && isWholeLine && markdown::isTableSeparator(line))
             escapes = true;
-        if (escapes) {
-            m_out.insert(begin, u'\\');
+        if (escapes) { // white space that is no blank may stand before a separator
+            const auto mark =
+                std::find_if_not(line.begin(), line.end(), [](QChar c) { return c.isSpace(); });
+            m_out.insert(begin + std::distance(line.begin(), mark), u'\\');
             return;
         }
         qsizetype digits = 0;
@@ -421,6 +429,7 @@ private:
 
     const Place m_place;
     const bool m_forOthers;
+    const SecondMark m_secondMark;
     QString m_out;
     qsizetype m_lineStart = 0;
     std::vector<Open> m_open;
@@ -502,7 +511,8 @@ QString markdownDestination(const QString& address)
             isBare = false;
         if (c.isSpace() || c == u'<')
             isBare = false;
-        if (c == u'\\' && (i + 1 == address.size() || isEscapable(address[i + 1])))
+        // A backtick would begin code with one further on.
+        if (c == u'`' || (c == u'\\' && (i + 1 == address.size() || isEscapable(address[i + 1]))))
             escaped += u'\\';
         escaped += c;
     }
@@ -531,6 +541,10 @@ QString MarkdownWords::of(const PageNodes& nodes) const
         giveUpEdges(runs, mark, [](QChar c, QChar) { return c.isSpace(); });
     QString words = write(isSure);
     if (isSure)
+        return words;
+    // Inside a word an underscore opens nothing; stars do, where they can't be mistaken.
+    words = Writer(place, forOthers, SecondMark::Star).write(runs);
+    if (readsBack(words, runs))
         return words;
     for (const Mark mark : marks)
         giveUpEdges(runs, mark, [](QChar c, QChar outside) {

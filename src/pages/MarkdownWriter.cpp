@@ -100,10 +100,13 @@ private:
     {
         QString text = words(node, MarkdownWords::Place::OneLine);
         // A run of "#" at the end would be read as a closing one.
-        qsizetype end = text.size();
+        qsizetype last = text.size();
+        while (last > 0 && text[last - 1].isSpace())
+            --last;
+        qsizetype end = last;
         while (end > 0 && text[end - 1] == u'#')
             --end;
-        if (end < text.size())
+        if (end < last)
             text.insert(end, u'\\');
         const QString marks(std::clamp<int>(node.level, 1, 6), u'#');
         return text.isEmpty() ? marks : marks + u' ' + text;
@@ -158,8 +161,11 @@ private:
     {
         if (node.name == u"frontmatter" && isFirst && readsAsFrontMatter(node.text))
             return u"---\n"_s + node.text + u"\n---"_s;
-        QString info = node.name.simplified();
+        QString info = node.name;
+        info.replace(u'\n', u' ').replace(u'\r', u' ');
         const QChar mark = info.contains(u'`') ? u'~' : u'`';
+        if (info.startsWith(mark)) // it would be one with the fence
+            info.prepend(u' ');
         qsizetype longest = 2;
         for (const QStringView line : QStringView(node.text).tokenize(u'\n')) {
             const QStringView inside = line.trimmed();

@@ -114,6 +114,8 @@ TEST(MarkdownMerge, editsChangeTheirOwnLinesAlone)
     EXPECT_EQ(ends.rewrite({paragraph("a"), paragraph("c")}), "a\n\nc\n\n\n");
     EXPECT_EQ(ends.rewrite({paragraph("a")}), "a\n");
     EXPECT_EQ(ends.rewrite(PageNodes{}), "");
+    for (const QString loose : {"a \r", "a\n\nb\r"}) // of no line
+        EXPECT_EQ(MarkdownMerge(loose).rewrite(opened(loose)), loose);
     EXPECT_EQ(MarkdownMerge(QString()).rewrite({paragraph("a")}), "a\n");
     // A new list before one of its kind would join it: then both are written as one.
     EXPECT_EQ(MarkdownMerge(QString("# a\n---\n"))
@@ -152,7 +154,7 @@ TEST(MarkdownMerge, whateverIsEditedTheRestKeepsItsBytes)
         std::vector<size_t> edited;
         for (size_t i = 0; i < page.size(); ++i)
             if (random() % 4 == 0) {
-                page[i] = paragraph("edited " + QString::number(i));
+                page[i] = paragraph("edited " + QString::number(i) + ".");
                 edited.push_back(i);
             }
         const auto text = merge.rewrite(page);
@@ -163,7 +165,7 @@ TEST(MarkdownMerge, whateverIsEditedTheRestKeepsItsBytes)
         ASSERT_EQ(again.rewrite(page), *text) << "it says what the page says";
         QString rest = *text;
         for (const size_t i : edited)
-            rest.replace("edited " + QString::number(i), QString());
+            rest.replace("edited " + QString::number(i) + ".", QString());
         for (QString& line : rest.split('\n')) {
             if (line.endsWith('\r')) // where the last line of the file got one
                 line.chop(1);

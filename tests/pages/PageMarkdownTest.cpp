@@ -47,6 +47,9 @@ TEST(PageMarkdown, blocksAreFoundInTheirOrder)
         R"([{"paragraph","content":[{"text","text":"a"},{"hardBreak"},{"text","text":"b"},{"hardBreak"},{"text","text":"c d\\ e"}]}])");
     EXPECT_EQ(read("x\na | b\n--|:--:\n1 | 2 \\| 3\n"),
         R"([{"paragraph","content":[{"text","text":"x"}]},{"table","content":[{"tableRow","content":[{"tableHeader","attrs":{"colspan":1,"rowspan":1},"content":[{"paragraph","content":[{"text","text":"a"}]}]},{"tableHeader","attrs":{"align":"center","colspan":1,"rowspan":1},"content":[{"paragraph","content":[{"text","text":"b"}]}]}]},{"tableRow","content":[{"tableCell","attrs":{"colspan":1,"rowspan":1},"content":[{"paragraph","content":[{"text","text":"1"}]}]},{"tableCell","attrs":{"align":"center","colspan":1,"rowspan":1},"content":[{"paragraph","content":[{"text","text":"2 | 3"}]}]}]}]}])");
+    // A barred bar is never one between cells, in any of its lines.
+    EXPECT_EQ(
+        read("a \\\\| b\n--|\n"), R"([{"paragraph","content":[{"text","text":"a \\| b --|"}]}])");
     EXPECT_EQ(read("| a |"), R"([{"paragraph","content":[{"text","text":"| a |"}]}])");
 }
 
@@ -58,6 +61,14 @@ TEST(PageMarkdown, listsNestBreakAndGoOn)
         R"([{"taskList","content":[{"taskItem","attrs":{"checked":false},"content":[{"paragraph","content":[{"text","text":"a"}]}]}]},{"bulletList","content":[{"listItem","content":[{"paragraph","content":[{"text","text":"b"}]}]}]}])");
     EXPECT_EQ(read("7. a\n   b\n\n   ```\n   x\n\n  y\n   ```\n   - c\n"),
         R"([{"orderedList","attrs":{"start":7},"content":[{"listItem","content":[{"paragraph","content":[{"text","text":"a b"}]},{"codeBlock","content":[{"text":"x\n\ny","text"}]},{"bulletList","content":[{"listItem","content":[{"paragraph","content":[{"text","text":"c"}]}]}]}]}]}])");
+    // An item may begin on the line below its marker; that line's blanks ask for no break.
+    for (const char* below : {"-\n  a", "-   \n  a", "- a"})
+        EXPECT_EQ(read(below), read("- a")) << below;
+    EXPECT_EQ(read("- \\\n  a"),
+        R"([{"bulletList","content":[{"listItem","content":[{"paragraph","content":[{"hardBreak"},{"text","text":"a"}]}]}]}])");
+    // Behind more than four blanks the item's column is the one right behind its marker.
+    EXPECT_EQ(read("1.     a\n\n   b\n\n       c"),
+        R"([{"orderedList","content":[{"listItem","content":[{"paragraph","content":[{"text","text":"a"}]},{"paragraph","content":[{"text","text":"b"}]},{"codeBlock","content":[{"text":"c","text"}]}]}]}])");
     EXPECT_EQ(read("- a\n\n  b\n\nc"),
         R"([{"bulletList","content":[{"listItem","content":[{"paragraph","content":[{"text","text":"a"}]},{"paragraph","content":[{"text","text":"b"}]}]}]},{"paragraph","content":[{"text","text":"c"}]}])");
 }
@@ -79,14 +90,14 @@ TEST(PageMarkdown, wordsAndTheirMarks)
     EXPECT_EQ(words("[x](node:abc?page=2) [@B\\]](node:d)"),
         R"({"mention","attrs":{"color":null,"href":null,"icon":null,"id":"abc","kind":"page","label":"x","mentionSuggestionChar":"@"}},{"text","text":" "},{"mention","attrs":{"color":null,"href":null,"icon":null,"id":"d","kind":"page","label":"B]","mentionSuggestionChar":"@"}})");
     const PageNodes nodes =
-        PageMarkdown::docFromMarkdown(u"[a *b* [c](<d e> 'f')](g(h)) [](x) [y]( z \"no")
+        PageMarkdown::docFromMarkdown(u"[a *b* [c](<d e> 'f')](g(h)) [](x) [y]( z \"no [i](j ((k)")
             .front()
             .content;
     ASSERT_EQ(nodes.size(), 5u);
     EXPECT_EQ(nodes[0].link->href, "g(h)");
     EXPECT_EQ(nodes[1].marks, Mark::Italic);
     EXPECT_EQ(nodes[3].link->href, "d e");
-    EXPECT_EQ(nodes[4].text, " [](x) [y]( z \"no");
+    EXPECT_EQ(nodes[4].text, " [](x) [y]( z \"no [i](j ((k)");
 }
 
 TEST(PageMarkdown, whatIsWrittenReadsBack)
@@ -94,10 +105,17 @@ TEST(PageMarkdown, whatIsWrittenReadsBack)
     for (const char* text : {"1\\. not a list", "\\# no heading", "\\- no item",
              "\\=== ", "2024\\. x", "# a \\#", "# \\##", "`` ` ``", "`````\n````\n`````",
              "a\\\n\\- b", "| a\\|b |\n| --- |\n| `c\\|d` |", "- \\[ ] x", "\\[a\\](b)",
-             "[a\\]](b)", "[a](<b c>)", "a\\<br>b", "---\na: b\n---\n\nc"}) {
+             "[a\\]](b)", "[a](<b c>)", "a\\<br>b", "a***b***c", "[a](b\\`) [@c](node:d) \\`",
+             "```a  b\nc\n```", "~~~ ~`\na\n~~~", "` a`", "` ` a", "`  \u00a0  `", "# \u00a0a",
+             "---\na: b\n---\n\nc"}) {
         const QString once = again(text);
         EXPECT_EQ(once, QString(text).trimmed());
     }
+    EXPECT_EQ(again("# a\u00a0##\u00a0 "), "# a");
+    EXPECT_EQ(again("# a \\#\u00a0"), "# a \\#\u00a0");
+    EXPECT_EQ(again("[\\@a](node:b)"), "[@a](node:b)");
+    EXPECT_EQ(again("x\n\n\u00a0\\--|--"), "x\n\n\u00a0\\--|--");
+    EXPECT_EQ(again("\u00a0a\u00a0"), "\u00a0a\u00a0");
     PageNode code = PageNode::of(PageNode::Type::CodeBlock);
     code.text = "a\n````";
     EXPECT_EQ(PageMarkdown::markdownFromNode(code), "`````\na\n````\n`````");
