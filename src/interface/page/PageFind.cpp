@@ -52,13 +52,14 @@ private:
         for (qsizetype at = m_matcher.indexIn(shown.words); at >= 0 && m_found.size() < mostFound;
              at = m_matcher.indexIn(shown.words, at + m_length)) {
             range.from = shown.place(static_cast<int>(at));
-            range.to = std::max(range.from + 1, shown.place(static_cast<int>(at) + m_length));
+            range.to = shown.place(static_cast<int>(at) + m_length);
             // Of a label any part stands for the whole mention.
             for (const ShownText::Jump& jump : shown.jumps)
                 if (jump.shown < at + m_length && at < jump.shown + jump.length) {
                     range.from = std::min(range.from, jump.place);
                     range.to = std::max(range.to, jump.place + 1);
                 }
+            range.to = std::max(range.to, range.from + 1);
             m_found.push_back(range);
         }
     }

@@ -6,6 +6,7 @@
 #include "interface/widgets/BarButton.h"
 #include "interface/widgets/Look.h"
 
+#include <QCoreApplication>
 #include <QEasingCurve>
 #include <QKeyEvent>
 #include <QPainter>
@@ -47,11 +48,8 @@ PageSheet::PageSheet(ItemLooks items, MentionSource mentions, QWidget* parent)
     m_motion.setDuration(motion::baseMs);
     m_motion.setEasingCurve(QEasingCurve::OutCubic);
     connect(&m_motion, &QVariantAnimation::valueChanged, this, qOverload<>(&QWidget::update));
-    connect(&m_motion, &QVariantAnimation::finished, this, [this] {
-        m_picture = {};
-        showParts(true);
-        update();
-    });
+    connect(&m_motion, &QVariantAnimation::finished, this, &PageSheet::arrive);
+    setFocusPolicy(Qt::ClickFocus);
 }
 
 PageSheet::~PageSheet() = default;
@@ -89,9 +87,7 @@ void PageSheet::layOut()
 
 void PageSheet::resizeEvent(QResizeEvent*)
 {
-    m_motion.stop();
-    m_picture = {};
-    showParts(true);
+    arrive();
     layOut();
 }
 
@@ -105,15 +101,31 @@ void PageSheet::showParts(bool shows)
     m_view->setVisible(shows);
     m_more->setVisible(shows);
     m_close->setVisible(shows);
-    if (shows && isVisible())
+}
+
+void PageSheet::arrive()
+{
+    m_motion.stop();
+    m_picture = {};
+    const bool hadFocus = hasFocus();
+    showParts(true);
+    if (hadFocus)
+        m_view->setFocus();
+    update();
+}
+
+void PageSheet::takeFocus()
+{
+    if (isComing())
+        setFocus();
+    else
         m_view->setFocus();
 }
 
 void PageSheet::comeFrom(const QRectF& card)
 {
-    m_motion.stop();
+    arrive();
     layOut();
-    showParts(true);
     if (isMotionReduced(*this) || card.isEmpty() || !isVisible())
         return;
     // The sheet as it will stand there is one picture while it grows.
@@ -153,11 +165,11 @@ void PageSheet::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    const double share = m_picture.isNull() ? 1 : m_motion.currentValue().toDouble();
+    const double share = !isComing() ? 1 : m_motion.currentValue().toDouble();
     QColor dim = corvelle::palette(schemeOf(*this)).dim;
     dim.setAlphaF(dim.alphaF() * static_cast<float>(share));
     painter.fillRect(rect(), dim);
-    if (m_picture.isNull()) {
+    if (!isComing()) {
         paintSheet(painter, sheet());
         return;
     }
@@ -174,8 +186,20 @@ void PageSheet::paintEvent(QPaintEvent*)
 
 // ---- input ----
 
+// Nobody waits for the sheet to come up: a key ends that, and is the page's.
+bool PageSheet::event(QEvent* event)
+{
+    if (event->type() == QEvent::KeyPress && isComing()) {
+        arrive();
+        QCoreApplication::sendEvent(m_view, event);
+        return true;
+    }
+    return QWidget::event(event);
+}
+
 void PageSheet::mousePressEvent(QMouseEvent* event)
 {
+    arrive();
     if (event->button() == Qt::BackButton || event->button() == Qt::ForwardButton)
         event->ignore(); // the window goes back and forward
     else if (!sheet().contains(event->position().toPoint()))
@@ -197,11 +221,6 @@ void PageSheet::keyPressEvent(QKeyEvent* event)
 
 // ---- finding ----
 
-bool PageSheet::isFinding() const
-{
-    return m_find->isVisibleTo(this);
-}
-
 void PageSheet::openFind()
 {
     if (m_view->hasSelection() && !isFinding()) {
@@ -210,6 +229,7 @@ void PageSheet::openFind()
         if (!words.contains(u'\n') && !words.contains(lineBreak))
             m_find->setWords(words);
     }
+    m_isFinding = true;
     m_find->raise();
     m_find->open();
     m_view->find(m_find->words());
@@ -222,11 +242,11 @@ void PageSheet::setFindWords(const QString& words)
 
 void PageSheet::closeFind()
 {
-    if (!isFinding())
+    if (!std::exchange(m_isFinding, false))
         return;
     m_find->leave();
     m_view->find({});
-    m_view->setFocus();
+    takeFocus();
 }
 
 } // namespace corvelle

@@ -27,9 +27,11 @@ public:
     void setName(Icon sign, const QString& name);
     // Comes up out of a card's place in the parent, or only fades when that is empty.
     void comeFrom(const QRectF& card);
+    // Gives the page the keyboard.
+    void takeFocus();
     void openFind();
     void closeFind();
-    bool isFinding() const;
+    bool isFinding() const { return m_isFinding; }
     void setFindWords(const QString& words);
     QRect moreButton() const; // in the parent
 
@@ -38,6 +40,7 @@ signals:
     void moreWanted();
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -48,12 +51,15 @@ private:
     QRect sheet() const;
     void layOut();
     void showParts(bool shows);
+    void arrive();
+    bool isComing() const { return !m_picture.isNull(); }
     void paintSheet(QPainter& painter, const QRectF& box) const;
 
     PageView* m_view;
     BarButton* m_more;
     BarButton* m_close;
     FindBar* m_find;
+    bool m_isFinding = false; // the field is there, and not on its way out
     Icon m_sign = Icon::Page;
     QString m_name;
 

@@ -246,7 +246,7 @@ void MainWindow::showAlert(const Alert& alert, std::function<void(int)> chosen)
             m_alert.reset();
             m_alertPanel.clear();
             if (showsPage())
-                m_page->setFocus();
+                m_page->takeFocus();
             else
                 m_canvas->setFocus();
             chosen(answer);

@@ -141,6 +141,7 @@ private:
     TrashView* m_trash;
     OpenDocument* m_document;
     PageSheet* m_page;
+    QString m_wordsToFind; // once what is being opened is there
     QPointer<MenuPanel> m_menu;
     LineNote* m_working; // while the main thread is kept
     QTimer m_workingEnds;

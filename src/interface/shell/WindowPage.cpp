@@ -105,6 +105,7 @@ void MainWindow::showOpened()
         return;
     }
     m_document->close();
+    m_wordsToFind.clear();
     if (!showsPage())
         return;
     m_page->closeFind();
@@ -130,15 +131,17 @@ void MainWindow::showDocument(bool again)
         return;
     }
     const bool wasOpen = showsPage();
-    m_page->setGeometry(rect());
     m_page->closeFind();
+    m_page->setGeometry(rect());
     showChrome(false);
     m_page->show();
     m_page->view().open(std::move(shown));
     const PlacedCard* card = m_model.card(node->id);
     m_page->comeFrom(card && !wasOpen ? toScreen(card->rect(), m_model.camera(), m_model.viewport()) : QRectF());
-    m_page->view().setFocus();
+    m_page->takeFocus();
     layOut();
+    if (const QString words = std::exchange(m_wordsToFind, {}); !words.isEmpty())
+        findInOpened(words);
 }
 
 void MainWindow::namePage()
@@ -319,6 +322,10 @@ bool MainWindow::isPageSettled() const
 
 void MainWindow::findInOpened(const QString& words)
 {
+    if (m_document->isReading()) {
+        m_wordsToFind = words;
+        return;
+    }
     m_page->openFind();
     m_page->setFindWords(words);
 }

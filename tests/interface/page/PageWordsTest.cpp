@@ -78,7 +78,7 @@ TEST(PageCopy, takesBlocksWholeAndPartsOfOneAsWords)
     EXPECT_EQ(words(0, 4), "Plan");
     EXPECT_EQ(nodesBetween(text, 0, 4).front().type, PageNode::Type::Heading) << "the whole block is what it is";
     EXPECT_EQ(nodesBetween(text, 0, 2).front().type, PageNode::Type::Paragraph) << "a part is words";
-    EXPECT_EQ(words(2, 9), "an\nSee The Budget");
+    EXPECT_EQ(words(2, 10), "an\nSee The Budget");
     const PageNodes all = nodesBetween(text, 0, text.length());
     EXPECT_EQ(all.back().type, PageNode::Type::BulletList) << "the empty last block isn't copied";
     const auto copied = copiedBlocks(all, {});
