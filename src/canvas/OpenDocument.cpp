@@ -37,7 +37,6 @@ Outcome readFile(const QString& path, const QString& title)
         return {{}, u"“%1” is too large to be shown here."_s.arg(title)};
     OpenDocument::Contents contents;
     contents.text = textFromNodes(PageMarkdown::docFromMarkdown(decoded(file.read(mostBytes))));
-    contents.folder = QFileInfo(path).absolutePath();
     return {std::move(contents), {}};
 }
 
@@ -46,7 +45,7 @@ Outcome readPage(PagePreparer& preparer, const QString& database, const QString&
     auto page = preparer.prepare(database, id);
     if (!page)
         return {{}, u"Couldn’t read “%1”."_s.arg(title)};
-    return {OpenDocument::Contents{std::move(page->text), page->settings, std::move(page->attrs), {},
+    return {OpenDocument::Contents{std::move(page->text), page->settings, std::move(page->attrs),
                 page->readable},
         {}};
 }

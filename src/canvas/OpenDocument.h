@@ -23,7 +23,6 @@ public:
         FlatText text;
         PageSettings settings;
         QByteArray attrs;
-        QString folder; // of a Markdown file, where its pictures' addresses begin
         bool readable = true;
     };
 

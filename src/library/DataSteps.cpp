@@ -1,10 +1,8 @@
 #include "library/DataSteps.h"
 
 #include "base/Log.h"
+#include "pages/PageNode.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QSet>
 
 #include <utility>
@@ -14,29 +12,6 @@ using namespace Qt::StringLiterals;
 namespace corvelle {
 
 namespace {
-
-// Children of these stand on lines of their own; cells and rows are told apart by blanks and tabs.
-QString separatorIn(const QString& type)
-{
-    static const QSet<QString> blocks = {
-        u"table"_s, u"bulletList"_s, u"orderedList"_s, u"taskList"_s, u"doc"_s};
-    if (type == u"tableRow")
-        return u"\t"_s;
-    if (type == u"tableCell" || type == u"tableHeader")
-        return u" "_s;
-    return blocks.contains(type) ? u"\n"_s : QString();
-}
-
-// The depth is bounded by the JSON parser, which takes at most 1,024 levels.
-QString plainText(const QJsonObject& node)
-{
-    if (node[u"text"].isString())
-        return node[u"text"].toString();
-    QStringList parts;
-    for (const QJsonValue& child : node[u"content"].toArray())
-        parts.append(plainText(child.toObject()));
-    return parts.join(separatorIn(node[u"type"].toString()));
-}
 
 // Empty PDFs were stored as nothing but their page markers.
 QByteArray emptyPdfTest()
@@ -75,7 +50,7 @@ Result<void> movePagesOfLinksToNotes(SQLite& connection)
     if (!pages)
         return pages.failure();
     for (const auto& [id, doc] : *pages)
-        if (const QString text = pagePlainText(doc); !text.trimmed().isEmpty())
+        if (const QString text = plainText(nodeFromJson(doc)); !text.trimmed().isEmpty())
             if (auto done =
                     connection.run("UPDATE links SET notes = ? WHERE node_id = ?", {text, id});
                 !done)
@@ -149,11 +124,6 @@ Result<void> stepTwo(SQLite& connection)
 }
 
 } // namespace
-
-QString pagePlainText(const QByteArray& json)
-{
-    return plainText(QJsonDocument::fromJson(json).object());
-}
 
 void runDataSteps(SQLite& connection)
 {

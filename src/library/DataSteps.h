@@ -10,7 +10,4 @@ namespace corvelle {
 // connection of its own.
 void runDataSteps(SQLite& connection);
 
-// The visible words of a stored page document or one of its nodes; empty for what can't be read.
-QString pagePlainText(const QByteArray& json);
-
 } // namespace corvelle

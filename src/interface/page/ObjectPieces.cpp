@@ -179,7 +179,7 @@ private:
 std::unique_ptr<LaidPiece> layOutPicture(const PieceFacts& facts, const BlockAttachment& picture)
 {
     const PagePicture told = pictureOf(nodeFromJson(picture.node));
-    return std::make_unique<PicturePiece>(facts, told, facts.pictures->find(told.src));
+    return std::make_unique<PicturePiece>(facts, told, PagePictures::find(told.src));
 }
 
 std::unique_ptr<LaidPiece> layOutEmbed(const PieceFacts& facts, const BlockAttachment& embed)

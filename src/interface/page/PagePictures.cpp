@@ -2,9 +2,6 @@
 
 #include "platform/PictureFacts.h"
 
-#include <QDir>
-#include <QUrl>
-
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -28,20 +25,6 @@ QByteArray bytesOf(QStringView src)
     return QByteArray::fromBase64(src.mid(comma + 1).toLatin1());
 }
 
-// Below the folder and nowhere else; empty for any other address.
-QString pathBelow(const QString& folder, const QString& src)
-{
-    if (folder.isEmpty() || src.startsWith(u'/'))
-        return {};
-    const QUrl url(src);
-    if (!url.scheme().isEmpty() || !url.isRelative())
-        return {};
-    const QString path = QDir::cleanPath(url.path(QUrl::FullyDecoded));
-    if (path.isEmpty() || path == u".." || path.startsWith(u"../") || path.startsWith(u'/'))
-        return {};
-    return folder + u'/' + path;
-}
-
 } // namespace
 
 PagePictures::PagePictures(QObject* parent)
@@ -55,18 +38,15 @@ PagePictures::PagePictures(QObject* parent)
 
 PagePictures::~PagePictures() = default;
 
-PictureData PagePictures::find(const QString& src) const
+PictureData PagePictures::find(const QString& src)
 {
     PictureData found;
-    if (src.startsWith(u"data:", Qt::CaseInsensitive)) {
-        found.bytes = bytesOf(src);
-        found.key = QString::number(found.bytes.size()) + u'@' + QString::number(qHash(found.bytes));
-        if (!found.bytes.isEmpty())
-            found.size = pictureSize(found.bytes);
-    } else if (found.path = pathBelow(m_folder, src); !found.path.isEmpty()) {
-        found.key = found.path;
-        found.size = pictureSize(found.path);
-    }
+    if (!src.startsWith(u"data:", Qt::CaseInsensitive))
+        return found;
+    found.bytes = bytesOf(src);
+    found.key = QString::number(found.bytes.size()) + u'@' + QString::number(qHash(found.bytes));
+    if (!found.bytes.isEmpty())
+        found.size = pictureSize(found.bytes);
     return found;
 }
 
@@ -83,9 +63,7 @@ QImage PagePictures::ready(const PictureData& picture, int width)
         m_decoding.insert(picture.key);
         m_queue.run(
             [picture, wanted] {
-                const QSize within(wanted, tallest);
-                return picture.path.isEmpty() ? scaledPicture(picture.bytes, within)
-                                              : scaledPicture(picture.path, within);
+                return scaledPicture(picture.bytes, QSize(wanted, tallest));
             },
             this, [this, key = picture.key, wanted](QImage image) {
                 m_decoding.remove(key);

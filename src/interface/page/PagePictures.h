@@ -18,12 +18,11 @@
 
 namespace corvelle {
 
-// Where the bytes of a picture are: in the page itself, or in a file beside a Markdown file.
+// A picture whose bytes stand in the page. One behind a web address isn't fetched.
 struct PictureData
 {
     QString key; // equal for equal pictures
     QByteArray bytes;
-    QString path;
     std::optional<QSize> size; // pixels; none for what can't be shown
 
     bool isShown() const { return size.has_value(); }
@@ -37,11 +36,8 @@ public:
     explicit PagePictures(QObject* parent = nullptr);
     ~PagePictures() override;
 
-    // Where relative addresses begin; empty: they can't be shown. Nothing outside is reached.
-    void setFolder(const QString& folder) { m_folder = folder; }
-
     // Reads the picture's header alone.
-    PictureData find(const QString& src) const;
+    static PictureData find(const QString& src);
 
     // The picture if it was decoded at four fifths of that width or more; else null, and it is
     // decoded unless that has begun. Pixels.
@@ -61,7 +57,6 @@ private:
         int width = 0; // that it was decoded for
     };
 
-    QString m_folder;
     QCache<QString, Entry> m_entries; // by key; costs in KiB
     QSet<QString> m_decoding;
     QElapsedTimer m_lastUse;

@@ -122,7 +122,6 @@ void MainWindow::showDocument(bool again)
         return;
     const OpenDocument::Contents& contents = m_document->contents();
     const bool page = viewerOf(*node) == Viewer::Page;
-    m_page->view().pictures().setFolder(contents.folder);
     ShownPage shown{contents.text, contents.settings, page ? node->title : QString(),
         page ? node->icon : QString()};
     namePage();
