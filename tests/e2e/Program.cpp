@@ -181,6 +181,7 @@ QByteArray Program::nextLine(const QByteArray& told)
 {
     QElapsedTimer time;
     time.start();
+    bool hasEnded = false;
     while (time.elapsed() < answerTimeoutMs) {
         if (m_answers.isOpen() || m_answers.open(QIODevice::ReadOnly))
             m_partial += m_answers.readAll();
@@ -189,13 +190,15 @@ QByteArray Program::nextLine(const QByteArray& told)
             m_partial.remove(0, end + 1);
             return line;
         }
-        // Also the pause between two looks.
-        if (m_process.state() == QProcess::NotRunning || m_process.waitForFinished(5)) {
+        // Its last words may have come between the look at them and its end.
+        if (hasEnded) {
             ADD_FAILURE() << "The program ended before it answered " << told.toStdString()
                           << "\nIt wrote:\n"
                           << log().toStdString();
             return {};
         }
+        // Also the pause between two looks.
+        hasEnded = m_process.state() == QProcess::NotRunning || m_process.waitForFinished(5);
     }
     ADD_FAILURE() << "No answer to " << told.toStdString();
     return {};

@@ -49,7 +49,6 @@ PageSheet::PageSheet(ItemLooks items, MentionSource mentions, QWidget* parent)
     m_motion.setEasingCurve(QEasingCurve::OutCubic);
     connect(&m_motion, &QVariantAnimation::valueChanged, this, qOverload<>(&QWidget::update));
     connect(&m_motion, &QVariantAnimation::finished, this, &PageSheet::arrive);
-    setFocusPolicy(Qt::ClickFocus);
 }
 
 PageSheet::~PageSheet() = default;
