@@ -24,7 +24,7 @@ public:
     // Absolute paths, around a point of the parent's canvas. Returns at once. One undo step.
     void add(const QStringList& paths, const QString& parent, QPointF point);
 
-    bool isIdle() const { return m_running == 0 && m_arrivals.isIdle(); }
+    bool isIdle() const { return m_running == 0 && m_queue.isIdle() && m_arrivals.isIdle(); }
 
 signals:
     void added(const std::vector<QString>& ids);
