@@ -59,8 +59,11 @@ TEST(Json, isReadOnceAndWrittenInOneForm)
         "{\"a\":[true,null,\"é/\\n\\u0001\"],\"b\":-0e1}");
     // By UTF-16 units a surrogate pair comes before U+FF61.
     EXPECT_EQ(canonical(R"({"｡":1,"🍳":2})"), R"({"🍳":2,"｡":1})");
-    for (const char* bad : {"", "{", "[1,]", "[1] 2", "{\"a\":1,}", "\"\xff\"", "nul", "[01]"})
+    for (const char* bad :
+        {"", "{", "[1,]", "[1] 2", "{\"a\":1,}", "\"\xff\"", "nul", "[01]", "{\"n\xf4"})
         EXPECT_EQ(canonical(bad), "unreadable") << bad;
+    // Half of a surrogate pair couldn't be read again.
+    EXPECT_EQ(canonical(R"({"\uDC00":"a\udfff \ud83c\udf73"})"), R"({"�":"a� 🍳"})");
     EXPECT_EQ(canonical(QByteArray(1'001, '[') + QByteArray(1'001, ']')), "unreadable");
     EXPECT_EQ(canonical(QByteArray(1'000, '[') + QByteArray(1'000, ']')).size(), 2'000);
     EXPECT_EQ(canonical(QByteArray("[1\0]", 4)), "unreadable");
