@@ -502,7 +502,8 @@ QString markdownDestination(const QString& address)
             isBare = false;
         if (c.isSpace() || c == u'<')
             isBare = false;
-        if (c == u'\\' && (i + 1 == address.size() || isEscapable(address[i + 1])))
+        // A backtick could begin code that ends in a later link.
+        if (c == u'`' || (c == u'\\' && (i + 1 == address.size() || isEscapable(address[i + 1]))))
             escaped += u'\\';
         escaped += c;
     }
