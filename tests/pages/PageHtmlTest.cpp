@@ -687,8 +687,9 @@ QString fileText(const QString& path)
 
 QStringList wordsOf(const QString& text)
 {
-    static const QRegularExpression blanks("\\s+");
-    return text.split(blanks, Qt::SkipEmptyParts);
+    // Letters and digits: what a published text leaves out can stand amid punctuation.
+    static const QRegularExpression others("[^\\p{L}\\p{N}]+");
+    return text.split(others, Qt::SkipEmptyParts);
 }
 
 // The words of a page, blocks apart and marks not.
@@ -718,7 +719,8 @@ QStringList wordsOfMarkup(QString html)
         "</?(a|abbr|b|cite|code|em|font|i|q|small|span|strong|sub|sup|time|u|var|wbr)( [^>]*)?/?>"),
         otherTags("<[^>]*>");
     html.remove(inlineTags).replace(otherTags, " ");
-    html.replace("&nbsp;", " ").replace("&lt;", "<").replace("&gt;", ">").replace("&amp;", "&");
+    html.replace("&nbsp;", " ").replace("&#160;", " ");
+    html.replace("&lt;", "<").replace("&gt;", ">").replace("&amp;", "&");
     return wordsOf(html);
 }
 
