@@ -130,7 +130,7 @@ private:
                 break;
             if (!std::exchange(first, false))
                 node.text += u'\n';
-            node.text += m_lines[at++].unindented(4);
+            m_lines[at++].appendTo(node.text, 4);
         }
         return node;
     }
@@ -139,16 +139,18 @@ private:
     {
         PageNode node = PageNode::of(Type::CodeBlock);
         node.name = fence.info.toString();
-        bool first = true;
-        for (++at; at < m_lines.size(); ++at) {
-            if (markdown::closes(fence, m_lines[at].trimmed)) {
-                ++at;
-                break;
-            }
-            if (!std::exchange(first, false))
+        const size_t first = ++at;
+        qsizetype length = 0;
+        for (; at < m_lines.size() && !markdown::closes(fence, m_lines[at].trimmed); ++at)
+            length += m_lines[at].pad + m_lines[at].text.size() + 1;
+        node.text.reserve(length);
+        for (size_t line = first; line < at; ++line) {
+            if (line > first)
                 node.text += u'\n';
-            node.text += m_lines[at].unindented(0);
+            m_lines[line].appendTo(node.text);
         }
+        if (at < m_lines.size())
+            ++at; // the closing line
         return node;
     }
 
@@ -194,20 +196,15 @@ private:
         size_t columns = 0;
         for (const auto& row : rows)
             columns = std::max(columns, row.size());
-        // One long row among many short ones must not cost their product.
-        constexpr size_t mostPadding = 4;
-        const size_t cells = [&] {
-            size_t sum = 0;
-            for (const auto& row : rows)
-                sum += row.size();
-            return sum;
-        }();
-        columns = std::min(
-            columns, std::max<size_t>(rows.front().size(), mostPadding * cells / rows.size() + 1));
+        size_t padding = markdown::mostPadding;
         PageNode node = PageNode::of(Type::Table);
         for (size_t r = 0; r < rows.size(); ++r) {
-            rows[r].resize(std::max(columns, rows[r].size()));
+            if (const size_t lacking = columns - rows[r].size(); lacking <= padding) {
+                rows[r].resize(columns);
+                padding -= lacking;
+            }
             PageNode row = PageNode::of(Type::TableRow);
+            row.content.reserve(rows[r].size());
             for (size_t c = 0; c < rows[r].size(); ++c) {
                 PageNode cell = PageNode::of(r == 0 ? Type::TableHeader : Type::TableCell);
                 if (c < aligns.size() && !aligns[c].isEmpty())
@@ -393,7 +390,7 @@ private:
 std::vector<Line> linesOf(QStringView text)
 {
     std::vector<Line> lines;
-    lines.reserve(static_cast<size_t>(text.size() / 40) + 1);
+    lines.reserve(static_cast<size_t>(text.count(u'\n')) + 1);
     while (true) {
         const qsizetype end = text.indexOf(u'\n');
         QStringView line = end < 0 ? text : text.left(end);
@@ -436,12 +433,11 @@ size_t frontMatterEnd(const std::vector<Line>& lines)
     return 0;
 }
 
-} // namespace
-
-std::vector<PageMarkdown::Block> PageMarkdown::parse(QStringView markdown)
+// Calls with each block of a whole text and its lines.
+template<class Found>
+void readMarkdown(QStringView markdown, const Found& found)
 {
     std::vector<Line> lines = linesOf(markdown);
-    std::vector<Block> blocks;
     const size_t begin = frontMatterEnd(lines);
     if (begin > 0) {
         PageNode node = PageNode::of(Type::CodeBlock);
@@ -451,9 +447,17 @@ std::vector<PageMarkdown::Block> PageMarkdown::parse(QStringView markdown)
                 node.text += u'\n';
             node.text += lines[i].text;
         }
-        blocks.push_back({std::move(node), 0, static_cast<qsizetype>(begin)});
+        found(std::move(node), 0, begin);
     }
-    BlockReader(std::move(lines), 0).read(begin, [&](PageNode node, size_t start, size_t end) {
+    BlockReader(std::move(lines), 0).read(begin, found);
+}
+
+} // namespace
+
+std::vector<PageMarkdown::Block> PageMarkdown::parse(QStringView markdown)
+{
+    std::vector<Block> blocks;
+    readMarkdown(markdown, [&](PageNode node, size_t start, size_t end) {
         blocks.push_back(
             {std::move(node), static_cast<qsizetype>(start), static_cast<qsizetype>(end)});
     });
@@ -463,8 +467,8 @@ std::vector<PageMarkdown::Block> PageMarkdown::parse(QStringView markdown)
 PageNodes PageMarkdown::docFromMarkdown(QStringView markdown)
 {
     PageNodes nodes;
-    for (Block& block : parse(markdown))
-        nodes.push_back(std::move(block.node));
+    readMarkdown(
+        markdown, [&](PageNode node, size_t, size_t) { nodes.push_back(std::move(node)); });
     if (nodes.empty())
         nodes.push_back(PageNode::of(Type::Paragraph));
     return nodes;
