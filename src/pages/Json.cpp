@@ -149,6 +149,17 @@ QByteArrayView JsonValue::utf8() const
     return {item.text, static_cast<qsizetype>(item.length)};
 }
 
+QString JsonValue::string() const
+{
+    if (!isString())
+        return {};
+    const QByteArrayView bytes = utf8();
+    QString text = QString::fromUtf8(bytes);
+    if (bytes.startsWith("\xEF\xBB\xBF")) // there it is a character, and no mark of a file
+        text.prepend(QChar::ByteOrderMark);
+    return text;
+}
+
 QByteArrayView JsonValue::key() const
 {
     if (!m_tree)

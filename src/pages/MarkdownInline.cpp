@@ -342,6 +342,8 @@ private:
             mention.name =
                 address.mid(5, address.indexOf(u'?') < 0 ? -1 : address.indexOf(u'?') - 5);
             mention.text = withoutEscapes(label.startsWith(u'@') ? label.mid(1) : label);
+            if (mention.text.isEmpty())
+                mention.text = u"item"_s; // as a page names one that has no label
             working.add(std::move(mention));
             at = after;
             return true;

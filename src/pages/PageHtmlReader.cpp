@@ -531,7 +531,8 @@ private:
                 break;
             case HtmlTag::Li:
                 soFar.addStray();
-                soFar.add(blocksIn(child, look()), isChecked(child));
+                soFar.add(
+                    blocksIn(child, look()), soFar.list.type == Type::TaskList && isChecked(child));
                 break;
             case HtmlTag::Ul:
             case HtmlTag::Ol: {

@@ -238,6 +238,8 @@ TEST(PageHtmlReading, lists)
         {"tasks by their boxes",
             "<ul><li><input type=checkbox checked> a<li><p><input type=CHECKBOX>b</ul>",
             "tasks(taskx(p(a)) task(p(b)))"},
+        {"a checked word is nothing outside of tasks", "<ul><li data-checked=true>a</ul>",
+            "ul(li(p(a)))"},
         {"one without a box", "<ul><li><input type=checkbox>a<li>b</ul>", "ul(li(p(a)) li(p(b)))"},
         {"tasks by their word", "<ul data-type=taskList><li data-checked=true>a<li>b</ul>",
             "tasks(taskx(p(a)) task(p(b)))"},

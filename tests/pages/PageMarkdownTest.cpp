@@ -3,6 +3,8 @@
 #include "pages/RandomPages.h"
 #include "support/Printing.h"
 
+#include <QStringList>
+
 #include <gtest/gtest.h>
 
 using namespace corvelle;
@@ -138,4 +140,33 @@ TEST(PageMarkdown, theExportIsForOthers)
                     .contains("![x\\*](data:image/png;base64,AA)"));
     EXPECT_TRUE(PageMarkdown::holdsPicturesOrEmbeds(nodes[1]) &&
                 !PageMarkdown::holdsPicturesOrEmbeds(paragraph));
+}
+
+// However deep the markers go, the tree stays shallow enough to be stored, and keeps its words.
+TEST(PageMarkdown, deepNestingEndsAndKeepsItsWords)
+{
+    constexpr int levels = 100'000;
+    QString staircase;
+    for (int level = 0; level < 2'000; ++level)
+        staircase += QString(2 * level, u' ') + "- Z\n";
+    const QString markers[] = {">", "> ", "- ", "* ", "1. ", "- [ ] ", "> - ", "- > ", "1. > - ",
+        "[", "*", "**a ", "_a* ", "<u>", "`", "![", "[a](", "| "};
+    QStringList texts = {staircase, staircase + "\n" + QString(4'000, u' ') + "Z",
+        QString("[").repeated(levels) + "Z" + QString("](y)").repeated(levels),
+        QString("<u>*").repeated(levels) + "Z" + QString("*</u>").repeated(levels),
+        QString("> - Z\n\n").repeated(levels / 10), QString("- Z\n   > y\n").repeated(levels / 10)};
+    for (const QString& marker : markers)
+        texts.append(marker.repeated(levels) + "Z");
+    for (const QString& text : texts) {
+        SCOPED_TRACE(text.left(24).toStdString());
+        const PageNodes nodes = PageMarkdown::docFromMarkdown(text);
+        const QByteArray json = pageJson(nodes);
+        EXPECT_TRUE(json.contains('Z'));
+        EXPECT_TRUE(pageTree(json).has_value());
+        const QByteArray page = docFromText(textFromJSON(json));
+        EXPECT_TRUE(page.contains('Z'));
+        EXPECT_EQ(docFromText(textFromJSON(page)), page);
+        const QString again = PageMarkdown::markdownFromNodes(nodes);
+        EXPECT_TRUE(pageJson(PageMarkdown::docFromMarkdown(again)).contains('Z'));
+    }
 }
