@@ -2,8 +2,8 @@
 
 import glob
 import os
+import resource
 import subprocess
-import time
 
 LARGE_BYTES = 10_000_000
 _PEER = ("cmark-gfm", "-e", "table", "-e", "strikethrough", "-e", "tasklist", "-t", "html")
@@ -53,9 +53,13 @@ def large_html(data, say):
 
 
 def rendering_ms(markdown):
-    start = time.perf_counter()
+    """The processor's time that the peer takes to parse and render."""
+    def taken():
+        usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+        return usage.ru_utime + usage.ru_stime
+    start = taken()
     subprocess.run([*_PEER, markdown], check=True, stdout=subprocess.DEVNULL)
-    return (time.perf_counter() - start) * 1000
+    return (taken() - start) * 1000
 
 
 def _corpus():

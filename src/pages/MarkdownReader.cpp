@@ -175,45 +175,63 @@ private:
                                     markdown::tableCells(m_lines[at + 1].trimmed).size());
     }
 
+    // What a separator says of the cells of each column; null for nothing.
+    using ColumnCells = std::vector<std::shared_ptr<const Cell>>;
+    static ColumnCells columnCells(QStringView separator)
+    {
+        ColumnCells columns;
+        for (const QString& cell : markdown::tableCells(separator)) {
+            const bool left = cell.startsWith(u':'), right = cell.endsWith(u':');
+            const QString align = left && right ? u"center"_s
+                                  : left        ? u"left"_s
+                                  : right       ? u"right"_s
+                                                : QString();
+            columns.push_back(
+                align.isEmpty() ? nullptr : std::make_shared<const Cell>(Cell{1, 1, {}, align}));
+        }
+        return columns;
+    }
+
+    static void addCell(PageNode& row, Type type, const ColumnCells& columns, QStringView text)
+    {
+        PageNode cell = PageNode::of(type);
+        if (const size_t column = row.content.size(); column < columns.size())
+            cell.cell = columns[column];
+        cell.content.push_back(PageNode::of(Type::Paragraph));
+        cell.content.front().content = inlinesFromMarkdown(text);
+        row.content.push_back(std::move(cell));
+    }
+
     PageNode table(size_t& at)
     {
         const bool barred = m_lines[at].trimmed.startsWith(u'|');
-        std::vector<std::vector<QString>> rows{markdown::tableCells(m_lines[at].trimmed)};
-        std::vector<QString> aligns;
-        for (const QString& cell : markdown::tableCells(m_lines[at + 1].trimmed)) {
-            const bool left = cell.startsWith(u':'), right = cell.endsWith(u':');
-            aligns.push_back(left && right ? u"center"_s
-                             : left        ? u"left"_s
-                             : right       ? u"right"_s
-                                           : QString());
-        }
+        const ColumnCells columns = columnCells(m_lines[at + 1].trimmed);
+        PageNode node = PageNode::of(Type::Table);
+        size_t widest = 0;
+        const auto addRow = [&](QStringView line, Type type) {
+            const std::vector<QString> cells = markdown::tableCells(line);
+            PageNode row = PageNode::of(Type::TableRow);
+            row.content.reserve(cells.size());
+            for (const QString& cell : cells)
+                addCell(row, type, columns, cell);
+            widest = std::max(widest, cells.size());
+            node.content.push_back(std::move(row));
+        };
+        addRow(m_lines[at].trimmed, Type::TableHeader);
         for (at += 2; at < m_lines.size() && !m_lines[at].isBlank(); ++at) {
             const bool barredRow = m_lines[at].trimmed.startsWith(u'|');
             if (!barred && !barredRow && !mayBeRow(at))
                 break;
-            rows.push_back(markdown::tableCells(m_lines[at].trimmed));
+            addRow(m_lines[at].trimmed, Type::TableCell);
         }
-        size_t columns = 0;
-        for (const auto& row : rows)
-            columns = std::max(columns, row.size());
         size_t padding = markdown::mostPadding;
-        PageNode node = PageNode::of(Type::Table);
-        for (size_t r = 0; r < rows.size(); ++r) {
-            if (const size_t lacking = columns - rows[r].size(); lacking <= padding) {
-                rows[r].resize(columns);
-                padding -= lacking;
-            }
-            PageNode row = PageNode::of(Type::TableRow);
-            row.content.reserve(rows[r].size());
-            for (size_t c = 0; c < rows[r].size(); ++c) {
-                PageNode cell = PageNode::of(r == 0 ? Type::TableHeader : Type::TableCell);
-                if (c < aligns.size() && !aligns[c].isEmpty())
-                    cell.cell = std::make_shared<const Cell>(Cell{1, 1, {}, aligns[c]});
-                cell.content.push_back(PageNode::of(Type::Paragraph));
-                cell.content.front().content = inlinesFromMarkdown(rows[r][c]);
-                row.content.push_back(std::move(cell));
-            }
-            node.content.push_back(std::move(row));
+        for (PageNode& row : node.content) {
+            const size_t lacking = widest - row.content.size();
+            if (lacking > padding)
+                continue;
+            padding -= lacking;
+            for (size_t i = 0; i < lacking; ++i)
+                addCell(row, row.content.front().type, columns, {});
         }
         return node;
     }
@@ -390,7 +408,7 @@ private:
 std::vector<Line> linesOf(QStringView text)
 {
     std::vector<Line> lines;
-    lines.reserve(static_cast<size_t>(text.count(u'\n')) + 1);
+    lines.reserve(static_cast<size_t>(text.size() / 16) + 1); // what isn't used isn't touched
     while (true) {
         const qsizetype end = text.indexOf(u'\n');
         QStringView line = end < 0 ? text : text.left(end);

@@ -170,3 +170,27 @@ TEST(PageMarkdown, deepNestingEndsAndKeepsItsWords)
         EXPECT_TRUE(pageJson(PageMarkdown::docFromMarkdown(again)).contains('Z'));
     }
 }
+
+// One long row among many short ones costs neither to read nor to write what they would fill.
+TEST(PageMarkdown, tablesAreBounded)
+{
+    const QString many = QString("a|").repeated(3'000);
+    const QString text = "|" + many + "\n|" + QString("--|").repeated(3'000) + "\n" +
+                         QString("|b|\n").repeated(50'000) + "|" + many;
+    const PageNodes nodes = PageMarkdown::docFromMarkdown(text);
+    const PageNodes& rows = nodes.front().content;
+    ASSERT_EQ(rows.size(), 50'002u);
+    EXPECT_EQ(rows.front().content.size(), 1'000u);
+    EXPECT_TRUE(pageWords({rows.back()}).endsWith(many.last(4'001).chopped(1)))
+        << "what is left of the line stands in its last cell";
+    size_t cells = 0;
+    for (const PageNode& row : rows)
+        cells += row.content.size();
+    EXPECT_LT(cells, 200'000u);
+    EXPECT_LT(PageMarkdown::markdownFromNodes(nodes).size(), 2'000'000);
+
+    const PageNodes small = PageMarkdown::docFromMarkdown(u"|a|b|\n|--|--|\n|c|\n|d|e|f|");
+    ASSERT_EQ(small.front().type, PageNode::Type::Table);
+    for (const PageNode& row : small.front().content)
+        EXPECT_EQ(row.content.size(), 3u) << "else all rows are as long as the longest";
+}
