@@ -17,9 +17,12 @@ using Place = MarkdownWords::Place;
 
 constexpr int deepestParentheses = 32;
 
+// What stands before a text and behind it. A null character can stand in it.
+constexpr QChar outsideOfText = u'\n';
+
 bool isSpace(QChar c)
 {
-    return c.isNull() || c.isSpace();
+    return c.isSpace();
 }
 bool isPunctuation(QChar c)
 {
@@ -99,7 +102,7 @@ void giveUpEdges(std::vector<Run>& runs, Mark mark, const Gives& gives)
         size_t end = i;
         while (end < runs.size() && hasMark(runs[end], mark))
             ++end;
-        QChar outside = i > 0 ? edge(i - 1, false) : QChar();
+        QChar outside = i > 0 ? edge(i - 1, false) : outsideOfText;
         while (i < end && gives(runs[i].text.front(), outside) &&
                !runs[i].style.marks.testFlag(Mark::Code)) {
             outside = runs[i].text.front();
@@ -109,7 +112,7 @@ void giveUpEdges(std::vector<Run>& runs, Mark mark, const Gives& gives)
             }
             runs[i++].style.marks &= ~Marks(mark);
         }
-        outside = end < runs.size() ? edge(end, true) : QChar();
+        outside = end < runs.size() ? edge(end, true) : outsideOfText;
         while (end > i && gives(runs[end - 1].text.back(), outside) &&
                !runs[end - 1].style.marks.testFlag(Mark::Code)) {
             outside = runs[end - 1].text.back();
@@ -182,7 +185,7 @@ private:
     static QChar firstCharacter(const std::vector<Run>& runs, size_t at)
     {
         if (at >= runs.size())
-            return {};
+            return outsideOfText;
         const Run& run = runs[at];
         if (run.type == Type::HardBreak)
             return u'\\';
@@ -249,7 +252,7 @@ private:
         const QChar star = m_out.endsWith(u'*') && !m_out.endsWith(u"\\*") ? u'_' : u'*';
         open.closing =
             open.mark == Mark::Strike ? u"~~"_s : QString(open.mark == Mark::Bold ? 2 : 1, star);
-        const QChar before = m_out.isEmpty() ? QChar() : m_out.back();
+        const QChar before = m_out.isEmpty() ? outsideOfText : m_out.back();
         m_failed |=
             isSpace(next) || (isPunctuation(next) && !isSpace(before) && !isPunctuation(before));
         m_doubtful |= !isSpace(before);
@@ -259,7 +262,7 @@ private:
     void close(const Open& open, QChar next)
     {
         if (!open.link && open.mark != Mark::Underline) {
-            const QChar before = m_out.isEmpty() ? QChar() : m_out.back();
+            const QChar before = m_out.isEmpty() ? outsideOfText : m_out.back();
             m_failed |= isSpace(before) ||
                         (isPunctuation(before) && !isSpace(next) && !isPunctuation(next));
             m_doubtful |= !isSpace(next);
@@ -502,7 +505,7 @@ QString markdownDestination(const QString& address)
             isBare = false;
         if (c.isSpace() || c == u'<')
             isBare = false;
-        // A backtick could begin code that ends in a later link.
+        // A backtick would begin code with one further on.
         if (c == u'`' || (c == u'\\' && (i + 1 == address.size() || isEscapable(address[i + 1]))))
             escaped += u'\\';
         escaped += c;
