@@ -425,16 +425,9 @@ private:
         if (item.tag == HtmlTag::Text) {
             if (text.isEmpty())
                 return;
-            const QString decoded = htmlDecoded(text);
             if (std::exchange(m_lineEnds, false) && !code.isEmpty())
                 code += u'\n';
-            for (qsizetype at = 0; at < decoded.size(); ++at) {
-                const QChar c = decoded[at];
-                if (c != u'\r')
-                    code += c;
-                else if (at + 1 == decoded.size() || decoded[at + 1] != u'\n')
-                    code += u'\n';
-            }
+            code += htmlDecoded(text).replace("\r\n"_L1, "\n"_L1).replace(u'\r', u'\n');
             return;
         }
         if (item.tag == HtmlTag::Br) {
