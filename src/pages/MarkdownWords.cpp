@@ -334,36 +334,39 @@ private:
     {
         const bool inLink = isInLink();
         const bool atLineStart = m_place == Place::Lines && m_out.size() == m_lineStart;
-        qsizetype begin = m_out.size();
+        const qsizetype begin = m_out.size();
+        qsizetype start = 0; // of what can be copied as it stands
         for (qsizetype i = 0; i < text.size(); ++i) {
-            const QChar c = text[i];
             const QChar after = i + 1 < text.size() ? text[i + 1] : QChar();
-            switch (c.unicode()) {
+            bool escapes = false;
+            switch (text[i].unicode()) {
             case u'\\':
-                if (after.isNull() || isEscapable(after))
-                    m_out += u'\\';
+                escapes = after.isNull() || isEscapable(after);
                 break;
             case u'`':
             case u'*':
             case u'_':
             case u'~':
             case u'[':
-                m_out += u'\\';
+                escapes = true;
                 break;
             case u']':
-                if (inLink || after == u'(' ||
-                    (after.isNull() && next && startsWithParenthesis(*next)))
-                    m_out += u'\\';
+                escapes = inLink || after == u'(' ||
+                          (after.isNull() && next && startsWithParenthesis(*next));
                 break;
             case u'<':
-                if ((after.isNull() && next) || looksLikeTag(QStringView(text).mid(i + 1)))
-                    m_out += u'\\';
+                escapes = (after.isNull() && next) || looksLikeTag(QStringView(text).mid(i + 1));
                 break;
             default:
                 break;
             }
-            m_out += c;
+            if (!escapes)
+                continue;
+            m_out += QStringView(text).mid(start, i - start);
+            m_out += u'\\';
+            start = i;
         }
+        m_out += QStringView(text).mid(start);
         if (atLineStart)
             escapeLineStart(begin, next == nullptr || next->type == Type::HardBreak);
     }
@@ -430,6 +433,11 @@ private:
     bool m_failed = false, m_doubtful = false;
 };
 
+bool endsTextLine(QChar c)
+{
+    return c == u'\n' || c == u'\r' || c == QChar(0x2028) || c == QChar(0x2029);
+}
+
 std::vector<Run> runsOf(const PageNodes& nodes)
 {
     std::vector<Run> runs;
@@ -440,9 +448,8 @@ std::vector<Run> runsOf(const PageNodes& nodes)
             run.text = node.text;
             run.style = {node.marks, node.link};
             // A line end in a text is a break.
-            for (QChar& c : run.text)
-                if (c == u'\n' || c == u'\r' || c == QChar(0x2028) || c == QChar(0x2029))
-                    c = u' ';
+            if (std::any_of(node.text.begin(), node.text.end(), endsTextLine))
+                std::replace_if(run.text.begin(), run.text.end(), endsTextLine, QChar(u' '));
         }
         runs.push_back(std::move(run));
     }
