@@ -14,8 +14,7 @@ namespace {
 
 using Type = PageNode::Type;
 
-constexpr int deepestLinks = 32;       // a link's words may hold links
-constexpr int deepestParentheses = 32; // of an address
+constexpr int deepestLinks = 32; // a link's words may hold links
 constexpr QChar underlineTag = u'u';
 
 bool isBlank(QChar c)

@@ -15,15 +15,9 @@ namespace {
 using Type = PageNode::Type;
 using Place = MarkdownWords::Place;
 
-constexpr int deepestParentheses = 32;
-
 // What stands before a text and behind it. A null character can stand in it.
 constexpr QChar outsideOfText = u'\n';
 
-bool isSpace(QChar c)
-{
-    return c.isSpace();
-}
 bool isPunctuation(QChar c)
 {
     return c.isPunct() || c.isSymbol();
@@ -254,8 +248,8 @@ private:
             open.mark == Mark::Strike ? u"~~"_s : QString(open.mark == Mark::Bold ? 2 : 1, star);
         const QChar before = m_out.isEmpty() ? outsideOfText : m_out.back();
         m_failed |=
-            isSpace(next) || (isPunctuation(next) && !isSpace(before) && !isPunctuation(before));
-        m_doubtful |= !isSpace(before);
+            next.isSpace() || (isPunctuation(next) && !before.isSpace() && !isPunctuation(before));
+        m_doubtful |= !before.isSpace();
         m_out += open.closing;
     }
 
@@ -263,9 +257,9 @@ private:
     {
         if (!open.link && open.mark != Mark::Underline) {
             const QChar before = m_out.isEmpty() ? outsideOfText : m_out.back();
-            m_failed |= isSpace(before) ||
-                        (isPunctuation(before) && !isSpace(next) && !isPunctuation(next));
-            m_doubtful |= !isSpace(next);
+            m_failed |= before.isSpace() ||
+                        (isPunctuation(before) && !next.isSpace() && !isPunctuation(next));
+            m_doubtful |= !next.isSpace();
         }
         m_out += open.closing;
     }
@@ -546,7 +540,7 @@ QString MarkdownWords::of(const PageNodes& nodes) const
     for (const Mark mark : marks)
         giveUpEdges(runs, mark, [](QChar c, QChar outside) {
             return c.isSpace() ||
-                   (isPunctuation(c) && !isSpace(outside) && !isPunctuation(outside));
+                   (isPunctuation(c) && !outside.isSpace() && !isPunctuation(outside));
         });
     words = write(isSure);
     for (const Mark mark : {Mark::Strike, Mark::Italic, Mark::Bold}) {
