@@ -280,7 +280,8 @@ void appendJsonString(QByteArray& out, QStringView text)
     appendJsonString(out, text.toUtf8());
 }
 
-void JsonValue::appendTo(QByteArray& out) const
+// The members of the objects around it stand in `open`, whose room all objects share.
+void JsonValue::appendTo(QByteArray& out, std::vector<JsonValue>& open) const
 {
     switch (kind()) {
     case Kind::None:
@@ -305,28 +306,34 @@ void JsonValue::appendTo(QByteArray& out) const
         for (JsonValue each = firstChild(); each.exists(); each = each.next()) {
             if (!std::exchange(first, false))
                 out += ',';
-            each.appendTo(out);
+            each.appendTo(out, open);
         }
         out += ']';
         return;
     }
     case Kind::Object: {
-        std::vector<JsonValue> members;
+        const size_t first = open.size();
         for (JsonValue each = firstChild(); each.exists(); each = each.next())
-            members.push_back(each);
-        std::stable_sort(members.begin(), members.end(),
-            [](const JsonValue& l, const JsonValue& r) { return keyLess(l.key(), r.key()); });
+            open.push_back(each);
+        const size_t end = open.size();
+        const auto members = open.begin() + static_cast<ptrdiff_t>(first);
+        const auto isBefore = [](const JsonValue& l, const JsonValue& r) {
+            return keyLess(l.key(), r.key());
+        };
+        if (!std::is_sorted(members, open.end(), isBefore))
+            std::stable_sort(members, open.end(), isBefore);
         out += '{';
-        bool first = true;
-        for (size_t i = 0; i < members.size(); ++i) {
-            if (i + 1 < members.size() && members[i].key() == members[i + 1].key())
+        for (size_t i = first; i < end; ++i) {
+            if (i + 1 < end && open[i].key() == open[i + 1].key())
                 continue;
-            if (!std::exchange(first, false))
+            if (out.back() != '{')
                 out += ',';
-            appendJsonString(out, members[i].key());
+            const JsonValue member = open[i]; // its own members may move this room
+            appendJsonString(out, member.key());
             out += ':';
-            members[i].appendTo(out);
+            member.appendTo(out, open);
         }
+        open.resize(first);
         out += '}';
         return;
     }
@@ -336,7 +343,8 @@ void JsonValue::appendTo(QByteArray& out) const
 QByteArray JsonValue::canonical() const
 {
     QByteArray out;
-    appendTo(out);
+    std::vector<JsonValue> open;
+    appendTo(out, open);
     return out;
 }
 

@@ -53,7 +53,7 @@ private:
         : m_tree(tree)
         , m_index(index)
     {}
-    void appendTo(QByteArray& out) const;
+    void appendTo(QByteArray& out, std::vector<JsonValue>& open) const;
 
     const JsonTree* m_tree = nullptr;
     qint32 m_index = 0;
