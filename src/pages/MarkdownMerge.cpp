@@ -298,7 +298,7 @@ std::optional<QString> MarkdownMerge::place(const std::vector<QString>& markdown
     if (endsAsBefore)
         text += m_original.mid(partition.back().end);
     if (!m_original.isEmpty() && !m_original.endsWith(u'\n') && text.endsWith(u'\n'))
-        text.chop(text.endsWith(u"\r\n") ? 2 : 1);
+        text.chop(text.endsWith(m_newline) ? m_newline.size() : 1);
     if (strict && !reads(text, 0, renders.size()))
         return std::nullopt;
     return text;
