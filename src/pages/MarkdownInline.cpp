@@ -22,24 +22,6 @@ bool isBlank(QChar c)
     return c == u' ' || c == u'\t';
 }
 
-// Whether the character can be anything but itself.
-bool isSpecial(QChar c)
-{
-    switch (c.unicode()) {
-    case u'\\':
-    case u'\n':
-    case u'`':
-    case u'<':
-    case u'[':
-    case u'*':
-    case u'_':
-    case u'~':
-        return true;
-    default:
-        return false;
-    }
-}
-
 char32_t codePointBefore(QStringView text, qsizetype at)
 {
     if (at >= 2 && text[at - 1].isLowSurrogate() && text[at - 2].isHighSurrogate())
@@ -57,6 +39,24 @@ char32_t codePointAt(QStringView text, qsizetype at)
 bool isPunctuation(char32_t c)
 {
     return QChar::isPunct(c) || QChar::isSymbol(c);
+}
+
+// Whether the character can be anything but itself.
+bool isSpecial(QChar c)
+{
+    switch (c.unicode()) {
+    case u'\\':
+    case u'\n':
+    case u'`':
+    case u'<':
+    case u'[':
+    case u'*':
+    case u'_':
+    case u'~':
+        return true;
+    default:
+        return false;
+    }
 }
 
 // Of which a "\" makes the next character literal.
@@ -340,7 +340,9 @@ private:
             PageNode mention = PageNode::of(Type::Mention);
             mention.name =
                 address.mid(5, address.indexOf(u'?') < 0 ? -1 : address.indexOf(u'?') - 5);
-            mention.text = withoutEscapes(label.startsWith(u'@') ? label.mid(1) : label);
+            mention.text = withoutEscapes(label);
+            if (mention.text.startsWith(u'@'))
+                mention.text.remove(0, 1);
             if (mention.text.isEmpty())
                 mention.text = u"item"_s; // as a page names one that has no label
             working.add(std::move(mention));
