@@ -1,8 +1,8 @@
 // What reading and writing pages costs, in milliseconds of the processor, as one line of JSON.
-//   bench_pages markdown|html|libxml FILE [TIMES]   a large text, read as by a program that has
-//   just
-//                                                   started, TIMES behind each other
-//   bench_pages hostile|heavy                       texts of its own
+//   bench_pages markdown|html|libxml FILE [TIMES]
+//       a large text, TIMES in a row, read as by a program that has just started
+//   bench_pages hostile|heavy
+//       texts of its own
 #include "pages/PageDocument.h"
 #include "pages/PageHtml.h"
 #include "pages/PageMarkdown.h"
