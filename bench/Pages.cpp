@@ -1,11 +1,12 @@
-// What reading and writing pages costs, in milliseconds, as one line of JSON. The first argument is
-// a large Markdown file; the second, when given, the same as HTML.
-#include "pages/MarkdownMerge.h"
+// What reading and writing pages costs, in milliseconds of the processor, as one line of JSON.
+//   bench_pages markdown|html|libxml FILE [TIMES]
+//       a large text, TIMES in a row, read as by a program that has just started
+//   bench_pages hostile|heavy
+//       texts of its own
 #include "pages/PageDocument.h"
 #include "pages/PageHtml.h"
 #include "pages/PageMarkdown.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -15,6 +16,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <functional>
 #include <string>
 
@@ -23,14 +26,29 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr qsizetype hostileUnits = 1'000'000;
+
+class Told
+{
+public:
+    void add(const std::string& name, double value)
+    {
+        m_json += (m_json.empty() ? "{\"" : ", \"") + name + "\": " + std::to_string(value);
+    }
+    void print() const { std::printf("%s}\n", m_json.c_str()); }
+
+private:
+    std::string m_json;
+};
+
+// Of the process, so that what else runs on the machine counts less.
 double best(int tries, const std::function<void()>& work)
 {
     double least = 1e12;
     for (int i = 0; i < tries; ++i) {
-        QElapsedTimer timer;
-        timer.start();
+        const std::clock_t start = std::clock();
         work();
-        least = std::min(least, static_cast<double>(timer.nsecsElapsed()) / 1e6);
+        least = std::min(least, static_cast<double>(std::clock() - start) * 1e3 / CLOCKS_PER_SEC);
     }
     return least;
 }
@@ -41,19 +59,137 @@ QByteArray contents(const char* path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QString filled(const QString& unit, qsizetype bytes = 1'000'000)
+// ---- large texts ----
+
+void markdown(Told& told, const QByteArray& bytes)
 {
-    return unit.repeated(bytes / unit.size() + 1);
+    PageNodes nodes;
+    told.add(
+        "read", best(1, [&] { nodes = PageMarkdown::docFromMarkdown(QString::fromUtf8(bytes)); }));
+    told.add("write", best(1, [&] { (void)PageMarkdown::markdownFromNodes(nodes); }));
 }
 
-// The same stretch again, each time a level deeper.
-QString nested(const QString& marker, int levels)
+void html(Told& told, const QByteArray& bytes)
+{
+    PageNodes nodes;
+    told.add("read", best(1, [&] { nodes = PageHTML::nodes(QString::fromUtf8(bytes)); }));
+    told.add("write", best(1, [&] { (void)PageHTML::html(nodes); }));
+}
+
+// The events that libxml2 gives of a text, and how long it takes over them.
+struct PeerPass
+{
+    qint64 elements = 0, characters = 0;
+
+    void run(const QByteArray& html)
+    {
+        htmlSAXHandler handler = {};
+        handler.startElement = [](void* pass, const xmlChar*, const xmlChar**) {
+            ++static_cast<PeerPass*>(pass)->elements;
+        };
+        handler.endElement = [](void*, const xmlChar*) {};
+        handler.characters = [](void* pass, const xmlChar*, int length) {
+            static_cast<PeerPass*>(pass)->characters += length;
+        };
+        handler.ignorableWhitespace = handler.characters;
+        handler.cdataBlock = handler.characters;
+        handler.comment = [](void*, const xmlChar*) {};
+        htmlParserCtxtPtr context = htmlCreatePushParserCtxt(
+            &handler, this, html.constData(), 4, nullptr, XML_CHAR_ENCODING_UTF8);
+        htmlCtxtUseOptions(context,
+            HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET);
+        constexpr qsizetype chunk = 1 << 16;
+        for (qsizetype at = 4; at < html.size(); at += chunk)
+            htmlParseChunk(context, html.constData() + at,
+                static_cast<int>(std::min(chunk, html.size() - at)), 0);
+        htmlParseChunk(context, nullptr, 0, 1);
+        htmlFreeParserCtxt(context);
+    }
+};
+
+void libxml(Told& told, const QByteArray& bytes)
+{
+    PeerPass pass;
+    told.add("read", best(1, [&] { pass.run(bytes); }));
+    told.add("elements", static_cast<double>(pass.elements));
+    told.add("characters", static_cast<double>(pass.characters));
+}
+
+// ---- hostile texts ----
+
+QString filled(const QString& unit)
+{
+    return unit.repeated(hostileUnits / unit.size() + 1);
+}
+
+// Each line a level deeper.
+QString nested(const QString& marker)
 {
     QString text;
-    for (int i = 0; i < levels; ++i)
-        text += QString(i, u' ') + marker + u" x\n";
+    for (int level = 0; text.size() < hostileUnits; ++level)
+        text += QString(level, u' ') + marker + u" x\n"_s;
     return text;
 }
+
+// The slowest of the texts; those beyond the limit are named.
+template<class Read>
+void hostile(Told& told, const std::string& name, const QString& prose, const QStringList& texts,
+    const Read& read)
+{
+    constexpr double limit = 20;
+    const double usual = best(5, [&] { read(prose); });
+    double worst = 0;
+    for (const QString& text : texts) {
+        const double time = best(2, [&] { read(text); });
+        worst = std::max(worst, time);
+        if (time > limit * usual)
+            std::fprintf(stderr, "  %.0f times prose: %s\n", time / usual,
+                qPrintable(text.left(24).simplified()));
+    }
+    told.add(name + "Prose", usual);
+    told.add(name + "Hostile", worst);
+}
+
+void hostileMarkdown(Told& told)
+{
+    QStringList texts = {nested(u"-"_s), nested(u">"_s),
+        QString(500'000, u'[') + QString(500'000, u']'),
+        QString(100'000, u'>') + filled(u" x\n>"_s), filled(u"- "_s) + u"x"_s,
+        filled(u"a | b\n"_s) + u"--|--"_s,
+        u"|a\n|--\n"_s + QString(500'000, u'|') + filled(u"\n|"_s)};
+    for (const char16_t* unit : {u"[", u"*_", u"`", u">", u"> ", u"<", u"<!--", u"[a](<",
+             u"[a](b \"", u"`a``b", u"*a_ ", u"a**b", u"- ", u"[a](b(", u"|a\n|--\n", u">\n",
+             u"- a\n\n\n", u"![[", u"_a__ ", u"**a *b ", u"~~a ", u"<u>", u"</u>", u"a\\\n", u"[](",
+             u"[a](b)", u"![a](b) ", u"1. a\n", u"- [ ] a\n", u"```\n", u"    a\n\n", u"#\n",
+             u"a\n=\n", u"\t- a\n", u"*", u"&#32;", u"\\", u"  \n", u"- a\n  > b\n"})
+        texts.append(filled(QString::fromUtf16(unit)));
+    const QString prose =
+        u"The quick brown fox jumps over the *lazy* dog, again and\nagain. It says so in [a "
+        u"book](https://example.org/fox), as "
+        u"one may\nread on any rainy afternoon; nobody knows who wrote it, or for whom.\n\n"_s;
+    hostile(told, "markdown", filled(prose), texts,
+        [](const QString& text) { (void)PageMarkdown::parse(text); });
+}
+
+void hostileHtml(Told& told)
+{
+    QStringList texts;
+    for (const char16_t* unit :
+        {u"<", u"<!--", u"<!", u"<?", u"<a", u"<div>", u"</div>", u"<b>", u"<i></b>", u"<ul><li>",
+            u"<li>", u"<table><tr><td>", u"<table>", u"<td>", u"<p a=", u"<p style=", u"&", u"&#",
+            u"&#x1;", u"<script>", u"<b></i>", u"<pre>", u"<a href=x>", u"<p a='", u"<svg>",
+            u"<blockquote>", u"<h1>", u"<br>", u"<img src=x>", u"<input type=checkbox>",
+            u"<p style='mso-list:l0 level1'>", u"<ul><input>", u"<li><p>", u"<ol><ul>", u"<head>"})
+        texts.append(filled(QString::fromUtf16(unit)));
+    // What stands open while what doesn't match it goes on.
+    texts.append(u"<b>"_s.repeated(250) + filled(u"</i>"_s));
+    texts.append(u"<p "_s + filled(u"a=b "_s) + u">"_s);
+    texts.append(u"<ul>"_s.repeated(120) + filled(u"<li>a"_s));
+    hostile(told, "html", filled(u"<p>The quick brown fox jumps over the <b>lazy</b> dog.</p>\n"_s),
+        texts, [](const QString& text) { (void)PageHTML::nodes(text); });
+}
+
+// ---- a heavy page ----
 
 // 500 tables, 20 pictures and words between them: about 2 MB.
 QByteArray heavyPage()
@@ -77,92 +213,40 @@ QByteArray heavyPage()
         blocks.append(paragraph(u"Between the tables stand words, %1 times."_s.arg(t)));
         if (t % 25 == 0)
             blocks.append(QJsonObject{{u"type"_s, u"image"_s},
-                {u"attrs"_s, QJsonObject{{u"src"_s, u"data:image/png;base64,"_s + QString(40'000, u'A')}}}});
+                {u"attrs"_s,
+                    QJsonObject{{u"src"_s, u"data:image/png;base64,"_s + QString(40'000, u'A')}}}});
     }
-    return QJsonDocument(QJsonObject{{u"type"_s, u"doc"_s}, {u"content"_s, blocks}}).toJson(QJsonDocument::Compact);
+    return QJsonDocument(QJsonObject{{u"type"_s, u"doc"_s}, {u"content"_s, blocks}})
+        .toJson(QJsonDocument::Compact);
 }
 
-class Told
+void heavy(Told& told)
 {
-public:
-    void add(const char* name, double ms) { m_json += (m_json.empty() ? "{\"" : ", \"") + std::string(name) + "\": " + std::to_string(ms); }
-    void print() const { std::printf("%s}\n", m_json.c_str()); }
-
-private:
-    std::string m_json;
-};
-
-void hostile(Told& told)
-{
-    const double prose = best(3, [text = filled(u"The quick brown fox jumps over the lazy dog, again and again.\n"_s)] {
-        (void)PageMarkdown::parse(text);
-    });
-    told.add("prose", prose);
-    double worst = 0;
-    for (const QString& text : {filled(u"["_s), filled(u"*_"_s), filled(u"`"_s), filled(u">"_s), filled(u"> "_s),
-             filled(u"<"_s), filled(u"<!--"_s), filled(u"[a](<"_s), filled(u"[a](b \""_s), filled(u"`a``b"_s),
-             filled(u"*a_ "_s), filled(u"a**b"_s), filled(u"- "_s), filled(u"[a](b("_s), filled(u"|a\n|--\n"_s),
-             nested(u"-"_s, 1'400), filled(u">\n"_s), filled(u"- a\n\n\n"_s), filled(u"![["_s), filled(u"_a__ "_s),
-             QString(500'000, u'[') + QString(500'000, u']'), QString(100'000, u'>') + u" x"_s})
-        worst = std::max(worst, best(1, [&] { (void)PageMarkdown::parse(text); }));
-    told.add("hostile", worst);
-}
-
-void hostileHtml(Told& told)
-{
-    const double prose = best(3, [text = filled(u"<p>The quick brown fox jumps over the <b>lazy</b> dog.</p>\n"_s)] {
-        (void)PageHTML::nodes(text);
-    });
-    told.add("htmlProse", prose);
-    double worst = 0;
-    for (const QString& text : {filled(u"<"_s), filled(u"<!--"_s), filled(u"<!"_s), filled(u"<?"_s), filled(u"<a"_s),
-             filled(u"<div>"_s), filled(u"</div>"_s), filled(u"<b>"_s), filled(u"<ul><li>"_s), filled(u"<table><tr><td>"_s),
-             filled(u"<p a="_s), filled(u"&"_s), filled(u"<script>"_s), filled(u"<b></i>"_s)})
-        worst = std::max(worst, best(1, [&] { (void)PageHTML::nodes(text); }));
-    told.add("htmlHostile", worst);
-}
-
-} // namespace
-
-int main(int argc, char** argv)
-{
-    if (argc < 2)
-        return 2;
-    Told told;
-    const QByteArray bytes = contents(argv[1]);
-    const QString markdown = QString::fromUtf8(bytes);
-    PageNodes nodes;
-    told.add("read", best(3, [&] {
-        nodes.clear();
-        nodes = PageMarkdown::docFromMarkdown(QString::fromUtf8(bytes));
-    }));
-    told.add("write", best(3, [&] { (void)PageMarkdown::markdownFromNodes(nodes); }));
-    told.add("text", best(1, [&] { (void)textFromNodes(nodes); }));
-    nodes.clear();
-    if (argc > 2) {
-        const QByteArray html = contents(argv[2]);
-        told.add("html", best(3, [&] { (void)PageHTML::nodes(QString::fromUtf8(html)); }));
-        htmlSAXHandler handler = {};
-        told.add("libxml", best(3, [&] {
-            htmlParserCtxtPtr context = htmlCreatePushParserCtxt(&handler, nullptr, html.constData(), 0, nullptr, XML_CHAR_ENCODING_UTF8);
-            constexpr int chunk = 1 << 16;
-            for (qsizetype at = 0; at < html.size(); at += chunk)
-                htmlParseChunk(context, html.constData() + at, static_cast<int>(std::min<qsizetype>(chunk, html.size() - at)), 0);
-            htmlParseChunk(context, nullptr, 0, 1);
-            htmlFreeParserCtxt(context);
-        }));
-        const QByteArray tenTimes = html.repeated(10);
-        told.add("htmlTen", best(1, [&] { (void)PageHTML::nodes(QString::fromUtf8(tenTimes)); }));
-    }
-    const QByteArray tenTimes = bytes.repeated(10);
-    told.add("readTen", best(1, [&] { (void)PageMarkdown::docFromMarkdown(QString::fromUtf8(tenTimes)); }));
-    hostile(told);
-    hostileHtml(told);
     const QByteArray page = heavyPage();
     told.add("pageBytes", static_cast<double>(page.size()));
     told.add("open", best(7, [&] { (void)textFromJSON(page); }));
     told.add("qtParse", best(7, [&] { (void)QJsonDocument::fromJson(page); }));
     const FlatText text = textFromJSON(page);
     told.add("save", best(7, [&] { (void)docFromText(text); }));
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const std::string what = argc > 1 ? argv[1] : "";
+    Told told;
+    if (what == "hostile") {
+        hostileMarkdown(told);
+        hostileHtml(told);
+    } else if (what == "heavy") {
+        heavy(told);
+    } else if (argc > 2 && (what == "markdown" || what == "html" || what == "libxml")) {
+        const QByteArray bytes =
+            contents(argv[2]).repeated(argc > 3 ? std::max(1, std::atoi(argv[3])) : 1);
+        (what == "markdown" ? markdown : what == "html" ? html : libxml)(told, bytes);
+    } else {
+        return 2;
+    }
     told.print();
 }

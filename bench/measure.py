@@ -3,9 +3,9 @@
 
     measure.py BUILD [NAME...]
 
-Names are groups of rows: scan, first, opening, memory, canvas, edits, parts; all of them when none is given. Ours and the peer are
-measured in turn, so that both see the same machine. Every figure is the median of the runs. A missed target is said, and is
-no failure of the script.
+Names are groups of rows: scan, first, opening, memory, canvas, edits, pages, parts; all of them when none is given. Ours and
+the peer are measured in turn, so that both see the same machine. Every figure is the median of the runs. A missed target is
+said, and is no failure of the script.
 """
 
 import json
@@ -16,6 +16,7 @@ import sys
 import tempfile
 import time
 
+import documents
 import folders
 from program import Program
 
@@ -208,6 +209,36 @@ class Bench:
         self.table.value("longest silence of either", told["silence"], "ms", 100)
         self.table.ratio("four edits among 100,000 / among 100", told["huge"], told["small"], "ms", 1.2)
 
+    def pages(self):
+        """Pages from Markdown and HTML and back, and a heavy page opened from its stored form."""
+        markdown, html = documents.large_markdown(self.data, say), documents.large_html(self.data, say)
+        runs = []
+        for run in range(RUNS):
+            text, ten, web, web_ten = (self._pages(*each) for each in (
+                ("markdown", markdown), ("markdown", markdown, "10"), ("html", html), ("html", html, "10")))
+            runs.append({
+                "peer": documents.rendering_ms(markdown) - documents.rendering_ms(os.devnull),
+                "read": text["read"], "write": text["write"], "readTen": ten["read"], "html": web["read"],
+                "writeHtml": web["write"], "htmlTen": web_ten["read"], "libxml": self._pages("libxml", html)["read"],
+                **self._pages("hostile"), **self._pages("heavy")})
+        took = {key: middle([each[key] for each in runs]) for key in runs[0]}
+        ratio = self.table.ratio
+        ratio("10 MB of Markdown into blocks / cmark-gfm's parse and render", took["read"], took["peer"], "ms", 2)
+        ratio("the same blocks into Markdown / reading them", took["write"], took["read"], "ms", 1)
+        ratio("100 MB of Markdown / 10 MB", took["readTen"], took["read"], "ms", 11)
+        ratio("its HTML into blocks / libxml2's events alone", took["html"], took["libxml"], "ms", 2)
+        ratio("the same blocks into HTML / reading them", took["writeHtml"], took["html"], "ms", 1)
+        ratio("ten times that HTML / once", took["htmlTen"], took["html"], "ms", 11)
+        ratio("1 MB of hostile Markdown / of prose", took["markdownHostile"], took["markdownProse"], "ms", 20)
+        ratio("1 MB of hostile HTML / of prose", took["htmlHostile"], took["htmlProse"], "ms", 20)
+        ratio(f"page of {took['pageBytes'] / 1e6:.1f} MB into flat text / QJsonDocument's parse", took["open"], took["qtParse"],
+              "ms", 1.5)
+        self.table.value("saving that page again", took["save"], "ms", digits=2)
+
+    def _pages(self, *arguments):
+        return json.loads(subprocess.run([os.path.join(self.programs, "bench_pages"), *arguments], check=True,
+                                         stdout=subprocess.PIPE).stdout)
+
     def parts(self):
         library = self.opened(folders.large(self.data))
         times = self._part_times(folders.database(library))
@@ -248,7 +279,7 @@ class Bench:
 
 
 def main():
-    names = ("scan", "first", "opening", "memory", "canvas", "edits", "parts")
+    names = ("scan", "first", "opening", "memory", "canvas", "edits", "pages", "parts")
     if len(sys.argv) < 2 or any(name not in names for name in sys.argv[2:]):
         print(f"measure.py BUILD [NAME...], where NAME is one of: {' '.join(names)}", file=sys.stderr)
         return 2

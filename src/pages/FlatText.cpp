@@ -10,12 +10,6 @@ namespace {
 constexpr Units leafUnits = 1'024;
 constexpr size_t leafRuns = 128;
 
-struct Run
-{
-    Units length = 0;
-    CharStyleRef style;
-};
-
 template<class T>
 bool sameValue(const std::shared_ptr<const T>& left, const std::shared_ptr<const T>& right)
 {
@@ -63,6 +57,11 @@ struct FlatText::Tree
     // A branch.
     TreeRef left, right;
     // A leaf.
+    struct Run
+    {
+        Units length = 0;
+        CharStyleRef style;
+    };
     QString text;
     std::vector<Run> runs;
     std::vector<BlockStyleRef> closings; // of its newlines, in order
@@ -88,7 +87,7 @@ Units unitsOf(const TreeRef& tree)
     return tree ? tree->units : 0;
 }
 
-void addRun(std::vector<Run>& runs, Units length, const CharStyleRef& style)
+void addRun(std::vector<Tree::Run>& runs, Units length, const CharStyleRef& style)
 {
     if (length == 0)
         return;
@@ -153,7 +152,7 @@ TreeRef leafPart(const Tree& from, Units begin, Units end)
     Tree part;
     part.text = from.text.mid(begin, end - begin);
     Units at = 0;
-    for (const Run& run : from.runs) {
+    for (const Tree::Run& run : from.runs) {
         const Units first = std::max(at, begin), last = std::min(at + run.length, end);
         if (first < last)
             addRun(part.runs, last - first, run.style);
@@ -203,7 +202,7 @@ TreeRef concatenated(const TreeRef& left, const TreeRef& right)
     Tree both;
     both.text = last.text + first.text;
     both.runs = last.runs;
-    for (const Run& run : first.runs)
+    for (const Tree::Run& run : first.runs)
         addRun(both.runs, run.length, run.style);
     both.closings = last.closings;
     both.closings.insert(both.closings.end(), first.closings.begin(), first.closings.end());
@@ -371,7 +370,7 @@ CharStyleRef FlatText::styleAt(Units place) const
         return {};
     const LeafAt at = leafAt(m_root, place);
     Units end = at.start;
-    for (const Run& run : at.leaf->runs)
+    for (const Tree::Run& run : at.leaf->runs)
         if (place < (end += run.length))
             return run.style;
     return {};
@@ -383,7 +382,7 @@ void FlatText::eachRun(Units from, Units to, const RunVisitor& visit) const
         return;
     eachLeaf(*m_root, 0, from, to, [&](Units start, const Tree& leaf) {
         Units at = start;
-        for (const Run& run : leaf.runs) {
+        for (const Tree::Run& run : leaf.runs) {
             const Units first = std::max(at, from), last = std::min(at + run.length, to);
             if (first < last)
                 visit(first, QStringView(leaf.text).mid(first - start, last - first), run.style);
@@ -456,7 +455,7 @@ void FlatText::setStyle(
         Tree made;
         made.text = old.text;
         made.closings = old.closings;
-        for (const Run& run : old.runs)
+        for (const Tree::Run& run : old.runs)
             addRun(made.runs, run.length, change(run.style));
         leaves.push_back(leaf(std::move(made)));
     });

@@ -84,8 +84,7 @@ void HtmlBlocks::lineBreak()
 void HtmlBlocks::mention(PageNode mention)
 {
     setLook({});
-    if (!m_run.isEmpty())
-        m_inlines.push_back(PageNode::ofText(std::exchange(m_run, {})));
+    addRun();
     m_inlines.push_back(std::move(mention));
     m_blankBefore = false;
     m_hasWords = true;
@@ -96,7 +95,8 @@ void HtmlBlocks::close()
     endRun();
     if (m_hasWords) {
         PageNode block = m_kind;
-        block.content = std::move(m_inlines);
+        block.content.assign(
+            std::make_move_iterator(m_inlines.begin()), std::make_move_iterator(m_inlines.end()));
         m_blocks.push_back(std::move(block));
     }
     m_inlines.clear();
@@ -134,9 +134,17 @@ void HtmlBlocks::setLook(const HtmlLook& look)
         look.link == m_look.link || (look.link && m_look.link && *look.link == *m_look.link);
     if (look.marks == m_look.marks && sameLink)
         return;
-    if (!m_run.isEmpty())
-        m_inlines.push_back(PageNode::ofText(std::exchange(m_run, {}), m_look.marks, m_look.link));
+    addRun();
     m_look = look;
+}
+
+// The buffer goes on to gather the next one, and the node has as much room as it needs.
+void HtmlBlocks::addRun()
+{
+    if (m_run.isEmpty())
+        return;
+    m_inlines.push_back(PageNode::ofText(QStringView(m_run).toString(), m_look.marks, m_look.link));
+    m_run.truncate(0);
 }
 
 // Where a line ends, a blank before it is one too many.
@@ -149,8 +157,7 @@ void HtmlBlocks::endRun()
     }
     if (m_run.endsWith(u' '))
         m_run.chop(1);
-    if (!m_run.isEmpty())
-        m_inlines.push_back(PageNode::ofText(std::exchange(m_run, {}), m_look.marks, m_look.link));
+    addRun();
     m_blankBefore = true;
 }
 

@@ -38,6 +38,7 @@ public:
 private:
     void letter(char32_t character);
     void setLook(const HtmlLook& look);
+    void addRun();
     void endRun();
 
     PageNodes m_blocks;

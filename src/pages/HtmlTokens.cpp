@@ -1,6 +1,7 @@
 #include "pages/HtmlTokens.h"
 
 #include <algorithm>
+#include <string_view>
 
 using namespace Qt::StringLiterals;
 
@@ -55,27 +56,37 @@ qsizetype numericEntity(QStringView text, qsizetype at, char32_t* character)
     return end + 1 - at;
 }
 
+// A name of up to eight letters as a number.
+constexpr quint64 entityKey(std::u16string_view name)
+{
+    quint64 key = 0;
+    for (const char16_t letter : name)
+        key = key << 8 | letter;
+    return key;
+}
+
 constexpr struct
 {
-    QStringView name;
+    quint64 key;
     char16_t character;
 } entities[] = {
-    {u"amp;", u'&'},
-    {u"lt;", u'<'},
-    {u"gt;", u'>'},
-    {u"quot;", u'"'},
-    {u"apos;", u'\''},
-    {u"nbsp;", 0xA0},
-    {u"mdash;", 0x2014},
-    {u"ndash;", 0x2013},
-    {u"hellip;", 0x2026},
-    {u"rsquo;", 0x2019},
-    {u"lsquo;", 0x2018},
-    {u"rdquo;", 0x201D},
-    {u"ldquo;", 0x201C},
-    {u"bull;", 0x2022},
-    {u"middot;", 0xB7},
+    {entityKey(u"amp"), u'&'},
+    {entityKey(u"lt"), u'<'},
+    {entityKey(u"gt"), u'>'},
+    {entityKey(u"quot"), u'"'},
+    {entityKey(u"apos"), u'\''},
+    {entityKey(u"nbsp"), 0xA0},
+    {entityKey(u"mdash"), 0x2014},
+    {entityKey(u"ndash"), 0x2013},
+    {entityKey(u"hellip"), 0x2026},
+    {entityKey(u"rsquo"), 0x2019},
+    {entityKey(u"lsquo"), 0x2018},
+    {entityKey(u"rdquo"), 0x201D},
+    {entityKey(u"ldquo"), 0x201C},
+    {entityKey(u"bull"), 0x2022},
+    {entityKey(u"middot"), 0xB7},
 };
+constexpr qsizetype longestEntity = 6;
 
 } // namespace
 
@@ -132,11 +143,12 @@ bool HtmlTokens::isMarkup(qsizetype at)
 
 qsizetype HtmlTokens::tagEnd(qsizetype from)
 {
-    if (m_noTagEnd)
-        return -1;
-    const qsizetype end = m_html.indexOf(u'>', from);
-    m_noTagEnd = end < 0;
-    return end;
+    // It is asked of places that follow each other, and mostly twice of the same tag.
+    if (m_tagEnd < from) {
+        const qsizetype end = m_html.indexOf(u'>', from);
+        m_tagEnd = end < 0 ? m_html.size() : end;
+    }
+    return m_tagEnd < m_html.size() ? m_tagEnd : -1;
 }
 
 HtmlToken HtmlTokens::text()
@@ -185,10 +197,16 @@ qsizetype htmlEntity(QStringView text, qsizetype at, char32_t* character)
     const QStringView rest = text.sliced(at + 1);
     if (rest.startsWith(u'#'))
         return numericEntity(text, at, character);
+    qsizetype length = 0;
+    while (length < rest.size() && length <= longestEntity && isLetter(rest[length]))
+        ++length;
+    if (length == rest.size() || rest[length] != u';')
+        return 0;
+    const quint64 key = entityKey({rest.utf16(), static_cast<size_t>(length)});
     for (const auto& entity : entities)
-        if (rest.startsWith(entity.name)) {
+        if (entity.key == key) {
             *character = entity.character;
-            return entity.name.size() + 1;
+            return length + 2;
         }
     return 0;
 }

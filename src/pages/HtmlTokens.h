@@ -42,7 +42,7 @@ private:
 
     QStringView m_html;
     qsizetype m_at = 0;
-    bool m_noTagEnd = false; // there is no ">" from here on
+    qsizetype m_tagEnd = -1; // the last ">" that was looked for; the text's end when there is none
 };
 
 constexpr bool isHtmlBlank(QChar c)

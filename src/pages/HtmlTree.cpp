@@ -77,6 +77,8 @@ public:
     {
         m_openCounts.resize(knownTags, 0);
         m_ignoredCounts.resize(knownTags, 0);
+        // Room that is never used is never touched.
+        m_tree.m_items.reserve(static_cast<size_t>(html.size() / 16));
     }
 
     void build()

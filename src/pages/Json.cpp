@@ -1,6 +1,14 @@
 #include "pages/Json.h"
 
+// Its stack counts from a null pointer until it has room, which is harmless and which clang's
+// sanitizer ends the program for.
+#ifdef __clang__
+#pragma clang attribute push(__attribute__((no_sanitize("pointer-overflow"))), apply_to = function)
+#endif
 #include <rapidjson/reader.h>
+#ifdef __clang__
+#pragma clang attribute pop
+#endif
 
 #include <algorithm>
 #include <charconv>
@@ -24,8 +32,20 @@ struct JsonReader
         qint32 lastChild = -1;
     };
     std::vector<Open> open;
+    bool mayHoldSurrogates = false; // written as escapes, the halves apart
     const char* key = nullptr;
     quint32 keyLength = 0;
+
+    // A half of a pair without the other is no character, so none of what is saved could be read
+    // again.
+    void replaceLoneSurrogates(char* text, quint32 length) const
+    {
+        if (!mayHoldSurrogates)
+            return;
+        for (char* at = text; at + 2 < text + length; ++at)
+            if (at[0] == '\xED' && static_cast<unsigned char>(at[1]) >= 0xA0)
+                std::copy_n("\xEF\xBF\xBD", 3, at);
+    }
 
     bool add(JsonValue::Kind kind, const char* text = nullptr, quint32 length = 0)
     {
@@ -66,11 +86,13 @@ struct JsonReader
     }
     bool String(const char* text, rapidjson::SizeType length, bool)
     {
+        replaceLoneSurrogates(const_cast<char*>(text), length); // it stands in the tree's own bytes
         return add(JsonValue::Kind::String, text, length);
     }
     bool StartObject() { return begin(JsonValue::Kind::Object); }
     bool Key(const char* text, rapidjson::SizeType length, bool)
     {
+        replaceLoneSurrogates(const_cast<char*>(text), length);
         key = text;
         keyLength = length;
         return true;
@@ -93,17 +115,20 @@ std::optional<JsonTree> JsonTree::parse(QByteArray text)
     // A NUL ends the reader's input, so one inside would hide what follows it.
     if (text.contains('\0') || text.size() > std::numeric_limits<qint32>::max())
         return std::nullopt;
+    // The reader's own check goes beyond the end of a text that ends inside of a character.
+    if (!text.isValidUtf8())
+        return std::nullopt;
     if (text.startsWith("\xEF\xBB\xBF"))
         text.remove(0, 3);
     JsonTree tree;
     tree.m_text = std::move(text);
     tree.m_items.reserve(static_cast<size_t>(tree.m_text.size() / 48));
     rapidjson::InsituStringStream stream(tree.m_text.data());
-    JsonReader handler{tree.m_items, {}, nullptr, 0};
+    JsonReader handler{tree.m_items, {}};
+    handler.mayHoldSurrogates = tree.m_text.contains("\\ud") || tree.m_text.contains("\\uD");
     rapidjson::Reader reader;
     constexpr unsigned flags = rapidjson::kParseInsituFlag | rapidjson::kParseIterativeFlag |
-                               rapidjson::kParseNumbersAsStringsFlag |
-                               rapidjson::kParseValidateEncodingFlag;
+                               rapidjson::kParseNumbersAsStringsFlag;
     if (reader.Parse<flags>(stream, handler).IsError())
         return std::nullopt;
     return tree;
@@ -122,6 +147,17 @@ QByteArrayView JsonValue::utf8() const
         return {};
     const auto& item = m_tree->m_items[static_cast<size_t>(m_index)];
     return {item.text, static_cast<qsizetype>(item.length)};
+}
+
+QString JsonValue::string() const
+{
+    if (!isString())
+        return {};
+    const QByteArrayView bytes = utf8();
+    QString text = QString::fromUtf8(bytes);
+    if (bytes.startsWith("\xEF\xBB\xBF")) // there it is a character, and no mark of a file
+        text.prepend(QChar::ByteOrderMark);
+    return text;
 }
 
 QByteArrayView JsonValue::key() const
@@ -244,7 +280,8 @@ void appendJsonString(QByteArray& out, QStringView text)
     appendJsonString(out, text.toUtf8());
 }
 
-void JsonValue::appendTo(QByteArray& out) const
+// The members of the objects around it stand in `open`, whose room all objects share.
+void JsonValue::appendTo(QByteArray& out, std::vector<JsonValue>& open) const
 {
     switch (kind()) {
     case Kind::None:
@@ -269,28 +306,34 @@ void JsonValue::appendTo(QByteArray& out) const
         for (JsonValue each = firstChild(); each.exists(); each = each.next()) {
             if (!std::exchange(first, false))
                 out += ',';
-            each.appendTo(out);
+            each.appendTo(out, open);
         }
         out += ']';
         return;
     }
     case Kind::Object: {
-        std::vector<JsonValue> members;
+        const size_t first = open.size();
         for (JsonValue each = firstChild(); each.exists(); each = each.next())
-            members.push_back(each);
-        std::stable_sort(members.begin(), members.end(),
-            [](const JsonValue& l, const JsonValue& r) { return keyLess(l.key(), r.key()); });
+            open.push_back(each);
+        const size_t end = open.size();
+        const auto members = open.begin() + static_cast<ptrdiff_t>(first);
+        const auto isBefore = [](const JsonValue& l, const JsonValue& r) {
+            return keyLess(l.key(), r.key());
+        };
+        if (!std::is_sorted(members, open.end(), isBefore))
+            std::stable_sort(members, open.end(), isBefore);
         out += '{';
-        bool first = true;
-        for (size_t i = 0; i < members.size(); ++i) {
-            if (i + 1 < members.size() && members[i].key() == members[i + 1].key())
+        for (size_t i = first; i < end; ++i) {
+            if (i + 1 < end && open[i].key() == open[i + 1].key())
                 continue;
-            if (!std::exchange(first, false))
+            if (out.back() != '{')
                 out += ',';
-            appendJsonString(out, members[i].key());
+            const JsonValue member = open[i]; // its own members may move this room
+            appendJsonString(out, member.key());
             out += ':';
-            members[i].appendTo(out);
+            member.appendTo(out, open);
         }
+        open.resize(first);
         out += '}';
         return;
     }
@@ -300,7 +343,8 @@ void JsonValue::appendTo(QByteArray& out) const
 QByteArray JsonValue::canonical() const
 {
     QByteArray out;
-    appendTo(out);
+    std::vector<JsonValue> open;
+    appendTo(out, open);
     return out;
 }
 

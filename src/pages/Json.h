@@ -31,7 +31,7 @@ public:
 
     // Of a string its characters, of a number its spelling; empty of anything else. UTF-8.
     QByteArrayView utf8() const;
-    QString string() const { return isString() ? QString::fromUtf8(utf8()) : QString(); }
+    QString string() const;
     // A number without its fraction, held to the bounds; `otherwise` for anything else.
     int integer(int otherwise, int least, int most) const;
 
@@ -53,7 +53,7 @@ private:
         : m_tree(tree)
         , m_index(index)
     {}
-    void appendTo(QByteArray& out) const;
+    void appendTo(QByteArray& out, std::vector<JsonValue>& open) const;
 
     const JsonTree* m_tree = nullptr;
     qint32 m_index = 0;

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
+#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -14,8 +16,7 @@ namespace {
 
 using Type = PageNode::Type;
 
-constexpr int deepestLinks = 32;       // a link's words may hold links
-constexpr int deepestParentheses = 32; // of an address
+constexpr int deepestLinks = 32; // a link's words may hold links
 constexpr QChar underlineTag = u'u';
 
 char32_t codePointBefore(QStringView text, qsizetype at)
@@ -37,6 +38,24 @@ bool isPunctuation(char32_t c)
     return QChar::isPunct(c) || QChar::isSymbol(c);
 }
 
+// Whether the character can be anything but itself.
+bool isSpecial(QChar c)
+{
+    switch (c.unicode()) {
+    case u'\\':
+    case u'\n':
+    case u'`':
+    case u'<':
+    case u'[':
+    case u'*':
+    case u'_':
+    case u'~':
+        return true;
+    default:
+        return false;
+    }
+}
+
 // Of which a "\" makes the next character literal.
 QString withoutEscapes(QStringView text)
 {
@@ -50,11 +69,12 @@ QString withoutEscapes(QStringView text)
     return result;
 }
 
-// One item of the working list: finished nodes, or a run of delimiters.
+// A run of delimiters in the working list of nodes. There stands a text in its place, which takes
+// the delimiters that are left over.
 struct Piece
 {
-    PageNodes nodes;
-    QChar delimiter; // "*", "_", "~", or "u" for a tag; null for nodes
+    size_t node = 0;
+    QChar delimiter; // "*", "_", "~", or "u" for a tag
     int count = 0;   // delimiters left
     int length = 0;  // at the start
     bool open = false, close = false;
@@ -180,27 +200,45 @@ private:
 
     // ---- reading ----
 
+    // Nodes and delimiters as they are found.
+    struct Working
+    {
+        PageNodes nodes;
+        std::vector<Piece> pieces;
+        QString literal; // that stands before what comes next
+
+        void addLiteral(QStringView text)
+        {
+            if (literal.isEmpty())
+                literal = text.toString();
+            else
+                literal += text;
+        }
+        void flush()
+        {
+            if (!literal.isEmpty())
+                nodes.push_back(PageNode::ofText(std::exchange(literal, {})));
+        }
+        void add(PageNode node)
+        {
+            flush();
+            nodes.push_back(std::move(node));
+        }
+        void add(Piece piece)
+        {
+            flush();
+            piece.node = nodes.size();
+            pieces.push_back(piece);
+            nodes.push_back(PageNode::of(Type::Text));
+        }
+    };
+
     PageNodes range(qsizetype from, qsizetype end, int depth)
     {
-        std::vector<Piece> pieces;
-        QString literal;
-        const auto flush = [&] {
-            if (literal.isEmpty())
-                return;
-            Piece piece;
-            piece.nodes.push_back(PageNode::ofText(std::exchange(literal, {})));
-            pieces.push_back(std::move(piece));
-        };
-        const auto add = [&](PageNodes nodes) {
-            flush();
-            Piece piece;
-            piece.nodes = std::move(nodes);
-            pieces.push_back(std::move(piece));
-        };
+        Working working;
         for (qsizetype at = from; at < end;) {
-            const qsizetype plain = plainEnd(at, end);
-            if (plain > at) {
-                literal += m_text.mid(at, plain - at);
+            if (const qsizetype plain = plainEnd(at, end); plain > at) {
+                working.addLiteral(m_text.mid(at, plain - at));
                 at = plain;
                 continue;
             }
@@ -208,56 +246,41 @@ private:
             if (c == u'\\') {
                 const bool escapes = at + 1 < end && isEscapable(m_text[at + 1]);
                 if (at + 1 >= end || m_text[at + 1] != u'\n')
-                    literal += escapes ? m_text[at + 1] : c;
+                    working.literal += escapes ? m_text[at + 1] : c;
                 at += escapes ? 2 : 1;
             } else if (c == u'\n') {
-                add({PageNode::of(Type::HardBreak)});
+                working.add(PageNode::of(Type::HardBreak));
                 ++at;
             } else if (c == u'`') {
-                code(at, end, literal, add);
+                code(at, end, working);
             } else if (c == u'<') {
-                flush();
-                if (!tag(at, end, pieces))
-                    literal += m_text[at++];
+                if (!tag(at, end, working))
+                    working.literal += m_text[at++];
             } else if (c == u'[') {
-                if (!link(at, end, depth, add))
-                    literal += m_text[at++];
+                if (!link(at, end, depth, working))
+                    working.literal += m_text[at++];
             } else {
-                flush();
-                delimiters(at, from, end, pieces);
+                delimiters(at, from, end, working);
             }
         }
-        flush();
-        pair(pieces);
-        return marked(std::move(pieces));
+        working.flush();
+        pair(working.pieces);
+        return marked(working);
     }
 
     qsizetype plainEnd(qsizetype at, qsizetype end) const
     {
-        for (; at < end; ++at)
-            switch (m_text[at].unicode()) {
-            case u'\\':
-            case u'\n':
-            case u'`':
-            case u'<':
-            case u'[':
-            case u'*':
-            case u'_':
-            case u'~':
-                return at;
-            default:
-                break;
-            }
-        return end;
+        while (at < end && !isSpecial(m_text[at]))
+            ++at;
+        return at;
     }
 
-    template<class Add>
-    void code(qsizetype& at, qsizetype end, QString& literal, const Add& add)
+    void code(qsizetype& at, qsizetype end, Working& working) const
     {
         const qsizetype length = std::min(runLength(at), end - at);
         const qsizetype close = codeEnd(length, at + length);
         if (close < 0 || close + length > end) {
-            literal += m_text.mid(at, length);
+            working.addLiteral(m_text.mid(at, length));
             at += length;
             return;
         }
@@ -266,40 +289,38 @@ private:
         if (losesEdgeBlanks(inside))
             inside = inside.mid(1, inside.size() - 2);
         if (!inside.isEmpty())
-            add({PageNode::ofText(inside, Mark::Code)});
+            working.add(PageNode::ofText(inside, Mark::Code));
         at = close + length;
     }
 
-    bool tag(qsizetype& at, qsizetype end, std::vector<Piece>& pieces)
+    bool tag(qsizetype& at, qsizetype end, Working& working) const
     {
         const auto is = [&](QStringView tag) {
             return end - at >= tag.size() &&
                    m_text.mid(at, tag.size()).compare(tag, Qt::CaseInsensitive) == 0;
         };
-        Piece piece;
         for (const QStringView name :
             {QStringView(u"<br>"), QStringView(u"<br/>"), QStringView(u"<br />")})
             if (is(name)) {
-                piece.nodes.push_back(PageNode::of(Type::HardBreak));
-                pieces.push_back(std::move(piece));
+                working.add(PageNode::of(Type::HardBreak));
                 at += name.size();
                 return true;
             }
+        Piece piece;
         piece.open = is(u"<u>");
         piece.close = is(u"</u>");
         if (!piece.open && !piece.close)
             return false;
         piece.delimiter = underlineTag;
         piece.count = piece.length = 1;
-        at += piece.open ? 3 : 4;
-        piece.nodes.push_back(
-            PageNode::ofText(m_text.mid(at - (piece.open ? 3 : 4), piece.open ? 3 : 4).toString()));
-        pieces.push_back(std::move(piece));
+        working.add(piece);
+        const qsizetype length = piece.open ? 3 : 4;
+        working.nodes.back().text = m_text.mid(at, length).toString();
+        at += length;
         return true;
     }
 
-    template<class Add>
-    bool link(qsizetype& at, qsizetype end, int depth, const Add& add)
+    bool link(qsizetype& at, qsizetype end, int depth, Working& working)
     {
         if (depth >= deepestLinks)
             return false;
@@ -318,7 +339,9 @@ private:
             mention.text = withoutEscapes(label);
             if (mention.text.startsWith(u'@'))
                 mention.text.remove(0, 1);
-            add({std::move(mention)});
+            if (mention.text.isEmpty())
+                mention.text = u"item"_s; // as a page names one that has no label
+            working.add(std::move(mention));
             at = after;
             return true;
         }
@@ -335,7 +358,8 @@ private:
             nodes.insert(nodes.begin(), PageNode::ofText(u"["_s));
             nodes.push_back(PageNode::ofText(m_text.mid(close, after - close).toString()));
         }
-        add(std::move(nodes));
+        for (PageNode& node : nodes)
+            working.add(std::move(node));
         at = after;
         return true;
     }
@@ -398,7 +422,7 @@ private:
         return -1;
     }
 
-    void delimiters(qsizetype& at, qsizetype from, qsizetype end, std::vector<Piece>& pieces) const
+    void delimiters(qsizetype& at, qsizetype from, qsizetype end, Working& working) const
     {
         const qsizetype length = std::min(runLength(at), end - at);
         const char32_t before = at > from ? codePointBefore(m_text, at) : U' ';
@@ -414,7 +438,7 @@ private:
         }
         piece.delimiter = m_text[at];
         piece.count = piece.length = static_cast<int>(length);
-        pieces.push_back(std::move(piece));
+        working.add(piece);
         at += length;
     }
 
@@ -428,8 +452,6 @@ private:
         std::array<size_t, 4 * 2 * 3> floors = {};
         for (size_t i = 0; i < pieces.size(); ++i) {
             Piece& closer = pieces[i];
-            if (closer.delimiter.isNull())
-                continue;
             while (closer.close && closer.count > 0) {
                 size_t& floor = floors[floorOf(closer)];
                 size_t found = openers.size();
@@ -481,42 +503,58 @@ private:
                (opener.length % 3 == 0 && closer.length % 3 == 0);
     }
 
-    static PageNodes marked(std::vector<Piece> pieces)
+    // The nodes with their marks, equal neighbours joined; as many as there is room for.
+    static PageNodes marked(Working& working)
     {
-        PageNodes nodes;
-        std::array<int, 5> open = {};
-        const auto current = [&] {
-            Marks marks;
-            for (size_t i = 0; i < open.size(); ++i)
-                if (open[i] > 0)
-                    marks |= allMarks[i];
-            return marks;
-        };
-        for (Piece& piece : pieces) {
-            for (size_t i = 0; i < open.size(); ++i)
-                open[i] -= piece.ends[i];
-            if (!piece.delimiter.isNull() && piece.delimiter != underlineTag)
-                piece.nodes.push_back(PageNode::ofText(QString(piece.count, piece.delimiter)));
-            else if (piece.delimiter == underlineTag && piece.count == 0)
-                piece.nodes.clear();
-            const Marks marks = current();
-            for (PageNode& node : piece.nodes) {
-                if (node.type == Type::Text) {
-                    if (node.text.isEmpty())
-                        continue;
-                    node.marks |= marks;
-                    if (!nodes.empty() && joins(nodes.back(), node)) {
-                        nodes.back().text += node.text;
-                        continue;
-                    }
+        PageNodes& nodes = working.nodes;
+        size_t kept = 0;
+        const auto keep = [&](PageNode& node, Marks marks) {
+            if (node.type == Type::Text) {
+                if (node.text.isEmpty())
+                    return;
+                node.marks |= marks;
+                if (kept > 0 && joins(nodes[kept - 1], node)) {
+                    nodes[kept - 1].text += node.text;
+                    return;
                 }
-                nodes.push_back(std::move(node));
             }
-            for (size_t i = 0; i < open.size(); ++i)
-                open[i] += piece.begins[i];
+            if (&nodes[kept] != &node)
+                nodes[kept] = std::move(node);
+            ++kept;
+        };
+        OpenMarks open;
+        size_t at = 0;
+        for (const Piece& piece : working.pieces) {
+            for (; at < piece.node; ++at)
+                keep(nodes[at], open.marks);
+            open.add(piece.ends, -1);
+            if (piece.delimiter != underlineTag)
+                nodes[at].text = QString(piece.count, piece.delimiter);
+            else if (piece.count == 0)
+                nodes[at].text.clear();
+            keep(nodes[at++], open.marks);
+            open.add(piece.begins, 1);
         }
-        return nodes;
+        for (; at < nodes.size(); ++at)
+            keep(nodes[at], open.marks);
+        const auto end = nodes.begin() + static_cast<ptrdiff_t>(kept);
+        return {std::make_move_iterator(nodes.begin()), std::make_move_iterator(end)};
     }
+
+    // How often each mark has begun and not ended.
+    struct OpenMarks
+    {
+        std::array<int, allMarks.size()> depths = {};
+        Marks marks;
+
+        void add(const std::array<short, allMarks.size()>& pairs, int sign)
+        {
+            for (size_t i = 0; i < depths.size(); ++i) {
+                depths[i] += sign * pairs[i];
+                marks.setFlag(allMarks[i], depths[i] > 0);
+            }
+        }
+    };
 
     static bool joins(const PageNode& left, const PageNode& right)
     {
@@ -548,9 +586,13 @@ bool losesEdgeBlanks(QStringView code)
 
 PageNodes inlinesFromMarkdown(QStringView text)
 {
+    PageNodes nodes;
     if (text.isEmpty())
-        return {};
-    return InlineReader(text).read();
+        return nodes;
+    if (std::any_of(text.begin(), text.end(), isSpecial))
+        return InlineReader(text).read();
+    nodes.push_back(PageNode::ofText(text.toString()));
+    return nodes;
 }
 
 } // namespace corvelle

@@ -7,6 +7,8 @@
 
 namespace corvelle {
 
+constexpr int deepestParentheses = 32; // of an address
+
 // The text of one block; its lines apart by newlines where they break, else by blanks.
 PageNodes inlinesFromMarkdown(QStringView text);
 

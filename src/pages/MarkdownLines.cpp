@@ -7,6 +7,7 @@ namespace corvelle {
 namespace {
 
 constexpr int tabColumns = 4;
+constexpr size_t mostCells = 1'000; // of a row; the last takes what is left of the line
 
 QStringView trimmedOf(QStringView text)
 {
@@ -61,10 +62,12 @@ MarkdownLine MarkdownLine::without(int columns) const
     return line;
 }
 
-QString MarkdownLine::unindented(int columns) const
+void MarkdownLine::appendTo(QString& out, int columns) const
 {
     const MarkdownLine rest = without(columns);
-    return QString(rest.pad, u' ') + rest.text.toString();
+    for (int i = 0; i < rest.pad; ++i)
+        out += u' ';
+    out += rest.text;
 }
 
 namespace markdown {
@@ -210,7 +213,7 @@ std::vector<QString> tableCells(QStringView row)
         if (row[i] == u'\\' && i + 1 < row.size() && row[i + 1] == u'|') {
             cell += u'|';
             ++i;
-        } else if (row[i] == u'|') {
+        } else if (row[i] == u'|' && cells.size() + 1 < mostCells) {
             cells.push_back(trimmedOf(cell).toString());
             cell.clear();
         } else {

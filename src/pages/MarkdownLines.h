@@ -28,8 +28,8 @@ struct MarkdownLine
     bool isBlank() const { return trimmed.isEmpty(); }
     // Without up to so many columns of its indent.
     MarkdownLine without(int columns) const;
-    // The line with its indent, less so many columns.
-    QString unindented(int columns) const;
+    // Appends the line with its indent, less so many columns.
+    void appendTo(QString& out, int columns = 0) const;
 };
 
 namespace markdown {
@@ -57,8 +57,11 @@ struct ListMarker
 };
 std::optional<ListMarker> listMarker(QStringView trimmed);
 
+// Empty cells that fill up the short rows of a table, at most: one long row among many short ones
+// must not cost their product.
+constexpr size_t mostPadding = 100'000;
 bool isTableSeparator(QStringView trimmed);
-// The cells of a row, each trimmed, "\|" as "|".
+// The cells of a row, each trimmed, "\|" as "|"; at most 1,000.
 std::vector<QString> tableCells(QStringView trimmed);
 bool holdsUnescapedBar(QStringView trimmed);
 

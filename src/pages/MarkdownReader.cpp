@@ -132,7 +132,7 @@ private:
                 break;
             if (!std::exchange(first, false))
                 node.text += u'\n';
-            node.text += m_lines[at++].unindented(4);
+            m_lines[at++].appendTo(node.text, 4);
         }
         return node;
     }
@@ -141,16 +141,18 @@ private:
     {
         PageNode node = PageNode::of(Type::CodeBlock);
         node.name = fence.info.toString();
-        bool first = true;
-        for (++at; at < m_lines.size(); ++at) {
-            if (markdown::closes(fence, m_lines[at].trimmed)) {
-                ++at;
-                break;
-            }
-            if (!std::exchange(first, false))
+        const size_t first = ++at;
+        qsizetype length = 0;
+        for (; at < m_lines.size() && !markdown::closes(fence, m_lines[at].trimmed); ++at)
+            length += m_lines[at].pad + m_lines[at].text.size() + 1;
+        node.text.reserve(length);
+        for (size_t line = first; line < at; ++line) {
+            if (line > first)
                 node.text += u'\n';
-            node.text += m_lines[at].unindented(0);
+            m_lines[line].appendTo(node.text);
         }
+        if (at < m_lines.size())
+            ++at; // the closing line
         return node;
     }
 
@@ -175,50 +177,63 @@ private:
                                     markdown::tableCells(m_lines[at + 1].trimmed).size());
     }
 
+    // What a separator says of the cells of each column; null for nothing.
+    using ColumnCells = std::vector<std::shared_ptr<const Cell>>;
+    static ColumnCells columnCells(QStringView separator)
+    {
+        ColumnCells columns;
+        for (const QString& cell : markdown::tableCells(separator)) {
+            const bool left = cell.startsWith(u':'), right = cell.endsWith(u':');
+            const QString align = left && right ? u"center"_s
+                                  : left        ? u"left"_s
+                                  : right       ? u"right"_s
+                                                : QString();
+            columns.push_back(
+                align.isEmpty() ? nullptr : std::make_shared<const Cell>(Cell{1, 1, {}, align}));
+        }
+        return columns;
+    }
+
+    static void addCell(PageNode& row, Type type, const ColumnCells& columns, QStringView text)
+    {
+        PageNode cell = PageNode::of(type);
+        if (const size_t column = row.content.size(); column < columns.size())
+            cell.cell = columns[column];
+        cell.content.push_back(PageNode::of(Type::Paragraph));
+        cell.content.front().content = inlinesFromMarkdown(text);
+        row.content.push_back(std::move(cell));
+    }
+
     PageNode table(size_t& at)
     {
         const bool barred = m_lines[at].trimmed.startsWith(u'|');
-        std::vector<std::vector<QString>> rows{markdown::tableCells(m_lines[at].trimmed)};
-        std::vector<QString> aligns;
-        for (const QString& cell : markdown::tableCells(m_lines[at + 1].trimmed)) {
-            const bool left = cell.startsWith(u':'), right = cell.endsWith(u':');
-            aligns.push_back(left && right ? u"center"_s
-                             : left        ? u"left"_s
-                             : right       ? u"right"_s
-                                           : QString());
-        }
+        const ColumnCells columns = columnCells(m_lines[at + 1].trimmed);
+        PageNode node = PageNode::of(Type::Table);
+        size_t widest = 0;
+        const auto addRow = [&](QStringView line, Type type) {
+            const std::vector<QString> cells = markdown::tableCells(line);
+            PageNode row = PageNode::of(Type::TableRow);
+            row.content.reserve(cells.size());
+            for (const QString& cell : cells)
+                addCell(row, type, columns, cell);
+            widest = std::max(widest, cells.size());
+            node.content.push_back(std::move(row));
+        };
+        addRow(m_lines[at].trimmed, Type::TableHeader);
         for (at += 2; at < m_lines.size() && !m_lines[at].isBlank(); ++at) {
             const bool barredRow = m_lines[at].trimmed.startsWith(u'|');
             if (!barred && !barredRow && !mayBeRow(at))
                 break;
-            rows.push_back(markdown::tableCells(m_lines[at].trimmed));
+            addRow(m_lines[at].trimmed, Type::TableCell);
         }
-        size_t columns = 0;
-        for (const auto& row : rows)
-            columns = std::max(columns, row.size());
-        // One long row among many short ones must not cost their product.
-        constexpr size_t mostPadding = 4;
-        const size_t cells = [&] {
-            size_t sum = 0;
-            for (const auto& row : rows)
-                sum += row.size();
-            return sum;
-        }();
-        columns = std::min(
-            columns, std::max<size_t>(rows.front().size(), mostPadding * cells / rows.size() + 1));
-        PageNode node = PageNode::of(Type::Table);
-        for (size_t r = 0; r < rows.size(); ++r) {
-            rows[r].resize(std::max(columns, rows[r].size()));
-            PageNode row = PageNode::of(Type::TableRow);
-            for (size_t c = 0; c < rows[r].size(); ++c) {
-                PageNode cell = PageNode::of(r == 0 ? Type::TableHeader : Type::TableCell);
-                if (c < aligns.size() && !aligns[c].isEmpty())
-                    cell.cell = std::make_shared<const Cell>(Cell{1, 1, {}, aligns[c]});
-                cell.content.push_back(PageNode::of(Type::Paragraph));
-                cell.content.front().content = inlinesFromMarkdown(rows[r][c]);
-                row.content.push_back(std::move(cell));
-            }
-            node.content.push_back(std::move(row));
+        size_t padding = markdown::mostPadding;
+        for (PageNode& row : node.content) {
+            const size_t lacking = widest - row.content.size();
+            if (lacking > padding)
+                continue;
+            padding -= lacking;
+            for (size_t i = 0; i < lacking; ++i)
+                addCell(row, row.content.front().type, columns, {});
         }
         return node;
     }
@@ -395,7 +410,7 @@ private:
 std::vector<Line> linesOf(QStringView text)
 {
     std::vector<Line> lines;
-    lines.reserve(static_cast<size_t>(text.size() / 40) + 1);
+    lines.reserve(static_cast<size_t>(text.size() / 16) + 1); // what isn't used isn't touched
     while (true) {
         const qsizetype end = text.indexOf(u'\n');
         QStringView line = end < 0 ? text : text.left(end);
@@ -438,12 +453,11 @@ size_t frontMatterEnd(const std::vector<Line>& lines)
     return 0;
 }
 
-} // namespace
-
-std::vector<PageMarkdown::Block> PageMarkdown::parse(QStringView markdown)
+// Calls with each block of a whole text and its lines.
+template<class Found>
+void readMarkdown(QStringView markdown, const Found& found)
 {
     std::vector<Line> lines = linesOf(markdown);
-    std::vector<Block> blocks;
     const size_t begin = frontMatterEnd(lines);
     if (begin > 0) {
         PageNode node = PageNode::of(Type::CodeBlock);
@@ -453,9 +467,17 @@ std::vector<PageMarkdown::Block> PageMarkdown::parse(QStringView markdown)
                 node.text += u'\n';
             node.text += lines[i].text;
         }
-        blocks.push_back({std::move(node), 0, static_cast<qsizetype>(begin)});
+        found(std::move(node), 0, begin);
     }
-    BlockReader(std::move(lines), 0).read(begin, [&](PageNode node, size_t start, size_t end) {
+    BlockReader(std::move(lines), 0).read(begin, found);
+}
+
+} // namespace
+
+std::vector<PageMarkdown::Block> PageMarkdown::parse(QStringView markdown)
+{
+    std::vector<Block> blocks;
+    readMarkdown(markdown, [&](PageNode node, size_t start, size_t end) {
         blocks.push_back(
             {std::move(node), static_cast<qsizetype>(start), static_cast<qsizetype>(end)});
     });
@@ -465,8 +487,8 @@ std::vector<PageMarkdown::Block> PageMarkdown::parse(QStringView markdown)
 PageNodes PageMarkdown::docFromMarkdown(QStringView markdown)
 {
     PageNodes nodes;
-    for (Block& block : parse(markdown))
-        nodes.push_back(std::move(block.node));
+    readMarkdown(
+        markdown, [&](PageNode node, size_t, size_t) { nodes.push_back(std::move(node)); });
     if (nodes.empty())
         nodes.push_back(PageNode::of(Type::Paragraph));
     return nodes;

@@ -15,12 +15,9 @@ namespace {
 using Type = PageNode::Type;
 using Place = MarkdownWords::Place;
 
-constexpr int deepestParentheses = 32;
+// What stands before a text and behind it. A null character can stand in it.
+constexpr QChar outsideOfText = u'\n';
 
-bool isSpace(QChar c)
-{
-    return c.isNull() || c.isSpace();
-}
 bool isPunctuation(QChar c)
 {
     return c.isPunct() || c.isSymbol();
@@ -102,7 +99,7 @@ void giveUpEdges(std::vector<Run>& runs, Mark mark, const Gives& gives)
         size_t end = i;
         while (end < runs.size() && hasMark(runs[end], mark))
             ++end;
-        QChar outside = i > 0 ? edge(i - 1, false) : QChar();
+        QChar outside = i > 0 ? edge(i - 1, false) : outsideOfText;
         while (i < end && gives(runs[i].text.front(), outside) &&
                !runs[i].style.marks.testFlag(Mark::Code)) {
             outside = runs[i].text.front();
@@ -112,7 +109,7 @@ void giveUpEdges(std::vector<Run>& runs, Mark mark, const Gives& gives)
             }
             runs[i++].style.marks &= ~Marks(mark);
         }
-        outside = end < runs.size() ? edge(end, true) : QChar();
+        outside = end < runs.size() ? edge(end, true) : outsideOfText;
         while (end > i && gives(runs[end - 1].text.back(), outside) &&
                !runs[end - 1].style.marks.testFlag(Mark::Code)) {
             outside = runs[end - 1].text.back();
@@ -189,7 +186,7 @@ private:
     static QChar firstCharacter(const std::vector<Run>& runs, size_t at)
     {
         if (at >= runs.size())
-            return {};
+            return outsideOfText;
         const Run& run = runs[at];
         if (run.type == Type::HardBreak)
             return u'\\';
@@ -257,20 +254,20 @@ private:
         const QChar star = isSecond && m_secondMark == SecondMark::Underscore ? u'_' : u'*';
         open.closing =
             open.mark == Mark::Strike ? u"~~"_s : QString(open.mark == Mark::Bold ? 2 : 1, star);
-        const QChar before = m_out.isEmpty() ? QChar() : m_out.back();
+        const QChar before = m_out.isEmpty() ? outsideOfText : m_out.back();
         m_failed |=
-            isSpace(next) || (isPunctuation(next) && !isSpace(before) && !isPunctuation(before));
-        m_doubtful |= !isSpace(before);
+            next.isSpace() || (isPunctuation(next) && !before.isSpace() && !isPunctuation(before));
+        m_doubtful |= !before.isSpace();
         m_out += open.closing;
     }
 
     void close(const Open& open, QChar next)
     {
         if (!open.link && open.mark != Mark::Underline) {
-            const QChar before = m_out.isEmpty() ? QChar() : m_out.back();
-            m_failed |= isSpace(before) ||
-                        (isPunctuation(before) && !isSpace(next) && !isPunctuation(next));
-            m_doubtful |= !isSpace(next);
+            const QChar before = m_out.isEmpty() ? outsideOfText : m_out.back();
+            m_failed |= before.isSpace() ||
+                        (isPunctuation(before) && !next.isSpace() && !isPunctuation(next));
+            m_doubtful |= !next.isSpace();
         }
         m_out += open.closing;
     }
@@ -337,36 +334,39 @@ private:
     {
         const bool inLink = isInLink();
         const bool atLineStart = m_place == Place::Lines && m_out.size() == m_lineStart;
-        qsizetype begin = m_out.size();
+        const qsizetype begin = m_out.size();
+        qsizetype start = 0; // of what can be copied as it stands
         for (qsizetype i = 0; i < text.size(); ++i) {
-            const QChar c = text[i];
             const QChar after = i + 1 < text.size() ? text[i + 1] : QChar();
-            switch (c.unicode()) {
+            bool escapes = false;
+            switch (text[i].unicode()) {
             case u'\\':
-                if (after.isNull() || isEscapable(after))
-                    m_out += u'\\';
+                escapes = after.isNull() || isEscapable(after);
                 break;
             case u'`':
             case u'*':
             case u'_':
             case u'~':
             case u'[':
-                m_out += u'\\';
+                escapes = true;
                 break;
             case u']':
-                if (inLink || after == u'(' ||
-                    (after.isNull() && next && startsWithParenthesis(*next)))
-                    m_out += u'\\';
+                escapes = inLink || after == u'(' ||
+                          (after.isNull() && next && startsWithParenthesis(*next));
                 break;
             case u'<':
-                if ((after.isNull() && next) || looksLikeTag(QStringView(text).mid(i + 1)))
-                    m_out += u'\\';
+                escapes = (after.isNull() && next) || looksLikeTag(QStringView(text).mid(i + 1));
                 break;
             default:
                 break;
             }
-            m_out += c;
+            if (!escapes)
+                continue;
+            m_out += QStringView(text).mid(start, i - start);
+            m_out += u'\\';
+            start = i;
         }
+        m_out += QStringView(text).mid(start);
         if (atLineStart)
             escapeLineStart(begin, next == nullptr || next->type == Type::HardBreak);
     }
@@ -436,6 +436,11 @@ private:
     bool m_failed = false, m_doubtful = false;
 };
 
+bool endsTextLine(QChar c)
+{
+    return c == u'\n' || c == u'\r' || c == QChar(0x2028) || c == QChar(0x2029);
+}
+
 std::vector<Run> runsOf(const PageNodes& nodes)
 {
     std::vector<Run> runs;
@@ -446,9 +451,8 @@ std::vector<Run> runsOf(const PageNodes& nodes)
             run.text = node.text;
             run.style = {node.marks, node.link};
             // A line end in a text is a break.
-            for (QChar& c : run.text)
-                if (c == u'\n' || c == u'\r' || c == QChar(0x2028) || c == QChar(0x2029))
-                    c = u' ';
+            if (std::any_of(node.text.begin(), node.text.end(), endsTextLine))
+                std::replace_if(run.text.begin(), run.text.end(), endsTextLine, QChar(u' '));
         }
         runs.push_back(std::move(run));
     }
@@ -549,7 +553,7 @@ QString MarkdownWords::of(const PageNodes& nodes) const
     for (const Mark mark : marks)
         giveUpEdges(runs, mark, [](QChar c, QChar outside) {
             return c.isSpace() ||
-                   (isPunctuation(c) && !isSpace(outside) && !isPunctuation(outside));
+                   (isPunctuation(c) && !outside.isSpace() && !isPunctuation(outside));
         });
     words = write(isSure);
     for (const Mark mark : {Mark::Strike, Mark::Italic, Mark::Bold}) {

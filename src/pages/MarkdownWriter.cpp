@@ -237,11 +237,15 @@ private:
         if (columns == 0)
             return {};
         QString text;
+        auto padding = static_cast<qsizetype>(markdown::mostPadding);
         for (size_t r = 0; r < grid.size(); ++r) {
             if (r > 0)
                 text += u'\n';
             text += u'|';
-            for (qsizetype c = 0; c < columns; ++c)
+            const qsizetype lacking = columns - grid[r].size();
+            const bool pads = r == 0 || lacking <= padding;
+            padding -= pads ? lacking : 0;
+            for (qsizetype c = 0; c < (pads ? columns : grid[r].size()); ++c)
                 text += u' ' + grid[r].value(c) + u" |"_s;
             if (r == 0)
                 text += separator(aligns, columns);

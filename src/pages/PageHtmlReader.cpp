@@ -86,22 +86,25 @@ private:
 
     // As many tags as the writer needs for what is built. Where they would get too many to be read
     // again, what is in a block stands in its place.
+    bool hasRoom(int tags) const
+    {
+        constexpr int forWords = 8; // a paragraph, a link and five marks, or a mention
+        return m_tags + tags + forWords <= HtmlTree::deepest;
+    }
     class Room
     {
     public:
         Room(int& used, int tags)
             : m_used(used)
-            , m_tags(used + tags + forWords <= HtmlTree::deepest ? tags : 0)
+            , m_tags(tags)
         {
             m_used += m_tags;
         }
         Room(const Room&) = delete;
         Room& operator=(const Room&) = delete;
         ~Room() { m_used -= m_tags; }
-        explicit operator bool() const { return m_tags > 0; }
 
     private:
-        static constexpr int forWords = 8; // a paragraph, a link and five marks, or a mention
         int& m_used;
         const int m_tags;
     };
@@ -121,7 +124,7 @@ private:
         for (qint32 child = m_tree[parent].firstChild; child >= 0; child = m_tree[child].next) {
             if (m_tree[child].tag == HtmlTag::Text)
                 out.text(m_tree[child].text, look);
-            else if (m_tree[child].tag == HtmlTag::Li)
+            else if (m_tree[child].tag == HtmlTag::Li && hasRoom(tagsOfList))
                 child = looseItems(child, look, out);
             else
                 element(child, look, out);
@@ -177,7 +180,10 @@ private:
             break;
         case HtmlTag::Ul:
         case HtmlTag::Ol:
-            out.blocks(list(index, look));
+            if (hasRoom(tagsOfList))
+                out.blocks(list(index, look));
+            else
+                inItsPlace(index, look, out);
             break;
         case HtmlTag::Li:
             out.close();
@@ -225,13 +231,22 @@ private:
         words(index, look, std::move(kind), out);
     }
 
+    // Where there is no room for a block around what is in it. Straight into what is being built:
+    // on the way up through many such levels it would be moved at each.
+    void inItsPlace(qint32 index, const HtmlLook& look, HtmlBlocks& out)
+    {
+        words(index, look, PageNode::of(Type::Paragraph), out);
+    }
+
     void quote(qint32 index, const HtmlLook& look, HtmlBlocks& out)
     {
+        if (!hasRoom(tagsOfQuote)) {
+            inItsPlace(index, look, out);
+            return;
+        }
         const Room room(m_tags, tagsOfQuote);
         PageNodes content = blocksIn(index, look);
-        if (!room) {
-            out.blocks(std::move(content));
-        } else if (!content.empty()) {
+        if (!content.empty()) {
             PageNode quote = PageNode::of(Type::Blockquote);
             quote.content = std::move(content);
             out.block(std::move(quote));
@@ -410,16 +425,9 @@ private:
         if (item.tag == HtmlTag::Text) {
             if (text.isEmpty())
                 return;
-            const QString decoded = htmlDecoded(text);
             if (std::exchange(m_lineEnds, false) && !code.isEmpty())
                 code += u'\n';
-            for (qsizetype at = 0; at < decoded.size(); ++at) {
-                const QChar c = decoded[at];
-                if (c != u'\r')
-                    code += c;
-                else if (at + 1 == decoded.size() || decoded[at + 1] != u'\n')
-                    code += u'\n';
-            }
+            code += htmlDecoded(text).replace("\r\n"_L1, "\n"_L1).replace(u'\r', u'\n');
             return;
         }
         if (item.tag == HtmlTag::Br) {
@@ -499,7 +507,7 @@ private:
                           : item.tag == HtmlTag::Ol ? Type::OrderedList
                                                     : Type::BulletList;
         const Room room(m_tags, tagsOfList);
-        ListSoFar soFar{PageNode::of(type), {}, static_cast<bool>(room)};
+        ListSoFar soFar{PageNode::of(type), {}};
         if (type == Type::OrderedList)
             soFar.list.start = htmlNumber(item.text, "start"_L1, 1, 0, 999'999'999);
         listChildren(index, look, soFar);
@@ -516,12 +524,14 @@ private:
                 break;
             case HtmlTag::Li:
                 soFar.addStray();
-                soFar.add(blocksIn(child, look()), isChecked(child));
+                soFar.add(
+                    blocksIn(child, look()), soFar.list.type == Type::TaskList && isChecked(child));
                 break;
             case HtmlTag::Ul:
             case HtmlTag::Ol: {
                 soFar.addStray();
-                PageNodes nested = list(child, look());
+                PageNodes nested =
+                    hasRoom(tagsOfList) ? list(child, look()) : blocksIn(child, look());
                 if (soFar.list.content.empty() && !nested.empty())
                     soFar.add({});
                 for (PageNode& node : nested)
@@ -544,7 +554,7 @@ private:
     qint32 looseItems(qint32 first, const HtmlLook& outer, HtmlBlocks& out)
     {
         const Room room(m_tags, tagsOfList);
-        ListSoFar soFar{PageNode::of(Type::BulletList), {}, static_cast<bool>(room)};
+        ListSoFar soFar{PageNode::of(Type::BulletList), {}};
         qint32 last = first;
         for (qint32 child = first; child >= 0; child = m_tree[child].next) {
             const Item& item = m_tree[child];
@@ -641,9 +651,10 @@ private:
     PageNodes nested(std::vector<WordItem>& items, size_t& at)
     {
         const WordItem& first = items[at];
-        const Room room(m_tags, tagsOfList);
-        ListSoFar soFar{PageNode::of(first.ordered ? Type::OrderedList : Type::BulletList), {},
-            static_cast<bool>(room)};
+        const bool fits = hasRoom(tagsOfList);
+        const Room room(m_tags, fits ? tagsOfList : 0);
+        ListSoFar soFar{
+            PageNode::of(first.ordered ? Type::OrderedList : Type::BulletList), {}, fits};
         soFar.list.start = first.start;
         const int level = first.level;
         const bool ordered = first.ordered;
@@ -706,13 +717,11 @@ private:
 
     void table(qint32 index, const HtmlLook& look, HtmlBlocks& out)
     {
-        const Room room(m_tags, tagsOfTable);
-        if (!room) {
-            out.close();
-            children(index, look, out);
-            out.close();
+        if (!hasRoom(tagsOfTable)) {
+            inItsPlace(index, look, out);
             return;
         }
+        const Room room(m_tags, tagsOfTable);
         TableSoFar soFar;
         tableChildren(index, look, soFar);
         soFar.endRow();

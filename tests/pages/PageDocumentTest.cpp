@@ -59,8 +59,12 @@ TEST(Json, isReadOnceAndWrittenInOneForm)
         "{\"a\":[true,null,\"é/\\n\\u0001\"],\"b\":-0e1}");
     // By UTF-16 units a surrogate pair comes before U+FF61.
     EXPECT_EQ(canonical(R"({"｡":1,"🍳":2})"), R"({"🍳":2,"｡":1})");
-    for (const char* bad : {"", "{", "[1,]", "[1] 2", "{\"a\":1,}", "\"\xff\"", "nul", "[01]"})
+    for (const char* bad :
+        {"", "{", "[1,]", "[1] 2", "{\"a\":1,}", "\"\xff\"", "nul", "[01]", "{\"n\xf4"})
         EXPECT_EQ(canonical(bad), "unreadable") << bad;
+    EXPECT_EQ(JsonTree::parse("[\"\\ufeffa\"]")->root().firstChild().string(), u"\ufeffa");
+    // Half of a surrogate pair couldn't be read again.
+    EXPECT_EQ(canonical(R"({"\uDC00":"a\udfff \ud83c\udf73"})"), R"({"�":"a� 🍳"})");
     EXPECT_EQ(canonical(QByteArray(1'001, '[') + QByteArray(1'001, ']')), "unreadable");
     EXPECT_EQ(canonical(QByteArray(1'000, '[') + QByteArray(1'000, ']')).size(), 2'000);
     EXPECT_EQ(canonical(QByteArray("[1\0]", 4)), "unreadable");
@@ -199,4 +203,25 @@ TEST(PageDocument, wordsAreCutBetweenCharacters)
         words += 'a';
     EXPECT_EQ(pageWords(page(paragraph(words + "👩‍👩‍👧bc"))).right(9),
         QString("a👩‍👩‍👧"));
+}
+
+TEST(PageDocument, pagesTooDeepToBeReadOpenAsEmptyOnes)
+{
+    const auto nested = [](const QByteArray& open, const QByteArray& close, int levels) {
+        return R"({"type":"doc","content":[)" + open.repeated(levels) +
+               R"({"type":"paragraph","content":[{"type":"text","text":"x"}]})" +
+               close.repeated(levels) + "]}";
+    };
+    constexpr int levels = 100'000, deepest = 490; // two levels of JSON each
+    for (const QByteArray type : {"blockquote", "bulletList", "listItem", "table", "callout"}) {
+        SCOPED_TRACE(type.toStdString());
+        const QByteArray open = "{\"type\":\"" + type + "\",\"content\":[";
+        EXPECT_EQ(pageWords(docFromText(textFromJSON(nested(open, "]}", levels)))), "");
+        EXPECT_FALSE(pageTree(nested(open, "]}", levels)));
+        const QByteArray page = docFromText(textFromJSON(nested(open, "]}", deepest)));
+        EXPECT_EQ(docFromText(textFromJSON(page)), page);
+    }
+    EXPECT_TRUE(pageWords(nested("{\"type\":\"blockquote\",\"content\":[", "]}", deepest)) == "x");
+    EXPECT_FALSE(pageTree(QByteArray(levels, '[')));
+    EXPECT_FALSE(pageTree(QByteArray("{\"a\":").repeated(levels)));
 }

@@ -238,6 +238,8 @@ TEST(PageHtmlReading, lists)
         {"tasks by their boxes",
             "<ul><li><input type=checkbox checked> a<li><p><input type=CHECKBOX>b</ul>",
             "tasks(taskx(p(a)) task(p(b)))"},
+        {"a checked word is nothing outside of tasks", "<ul><li data-checked=true>a</ul>",
+            "ul(li(p(a)))"},
         {"one without a box", "<ul><li><input type=checkbox>a<li>b</ul>", "ul(li(p(a)) li(p(b)))"},
         {"tasks by their word", "<ul data-type=taskList><li data-checked=true>a<li>b</ul>",
             "tasks(taskx(p(a)) task(p(b)))"},
@@ -687,8 +689,9 @@ QString fileText(const QString& path)
 
 QStringList wordsOf(const QString& text)
 {
-    static const QRegularExpression blanks("\\s+");
-    return text.split(blanks, Qt::SkipEmptyParts);
+    // Letters and digits: what a published text leaves out can stand amid punctuation.
+    static const QRegularExpression others("[^\\p{L}\\p{N}]+");
+    return text.split(others, Qt::SkipEmptyParts);
 }
 
 // The words of a page, blocks apart and marks not.
@@ -718,7 +721,8 @@ QStringList wordsOfMarkup(QString html)
         "</?(a|abbr|b|cite|code|em|font|i|q|small|span|strong|sub|sup|time|u|var|wbr)( [^>]*)?/?>"),
         otherTags("<[^>]*>");
     html.remove(inlineTags).replace(otherTags, " ");
-    html.replace("&nbsp;", " ").replace("&lt;", "<").replace("&gt;", ">").replace("&amp;", "&");
+    html.replace("&nbsp;", " ").replace("&#160;", " ");
+    html.replace("&lt;", "<").replace("&gt;", ">").replace("&amp;", "&");
     return wordsOf(html);
 }
 

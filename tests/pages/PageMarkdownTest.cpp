@@ -3,6 +3,8 @@
 #include "pages/RandomPages.h"
 #include "support/Printing.h"
 
+#include <QStringList>
+
 #include <gtest/gtest.h>
 
 using namespace corvelle;
@@ -156,4 +158,57 @@ TEST(PageMarkdown, theExportIsForOthers)
                     .contains("![x\\*](data:image/png;base64,AA)"));
     EXPECT_TRUE(PageMarkdown::holdsPicturesOrEmbeds(nodes[1]) &&
                 !PageMarkdown::holdsPicturesOrEmbeds(paragraph));
+}
+
+// However deep the markers go, the tree stays shallow enough to be stored, and keeps its words.
+TEST(PageMarkdown, deepNestingEndsAndKeepsItsWords)
+{
+    constexpr int levels = 100'000;
+    QString staircase;
+    for (int level = 0; level < 2'000; ++level)
+        staircase += QString(2 * level, u' ') + "- Z\n";
+    const QString markers[] = {">", "> ", "- ", "* ", "1. ", "- [ ] ", "> - ", "- > ", "1. > - ",
+        "[", "*", "**a ", "_a* ", "<u>", "`", "![", "[a](", "| "};
+    QStringList texts = {staircase, staircase + "\n" + QString(4'000, u' ') + "Z",
+        QString("[").repeated(levels) + "Z" + QString("](y)").repeated(levels),
+        QString("<u>*").repeated(levels) + "Z" + QString("*</u>").repeated(levels),
+        QString("> - Z\n\n").repeated(levels / 10), QString("- Z\n   > y\n").repeated(levels / 10)};
+    for (const QString& marker : markers)
+        texts.append(marker.repeated(levels) + "Z");
+    for (const QString& text : texts) {
+        SCOPED_TRACE(text.left(24).toStdString());
+        const PageNodes nodes = PageMarkdown::docFromMarkdown(text);
+        const QByteArray json = pageJson(nodes);
+        EXPECT_TRUE(json.contains('Z'));
+        EXPECT_TRUE(pageTree(json).has_value());
+        const QByteArray page = docFromText(textFromJSON(json));
+        EXPECT_TRUE(page.contains('Z'));
+        EXPECT_EQ(docFromText(textFromJSON(page)), page);
+        const QString again = PageMarkdown::markdownFromNodes(nodes);
+        EXPECT_TRUE(pageJson(PageMarkdown::docFromMarkdown(again)).contains('Z'));
+    }
+}
+
+// One long row among many short ones costs neither to read nor to write what they would fill.
+TEST(PageMarkdown, tablesAreBounded)
+{
+    const QString many = QString("a|").repeated(3'000);
+    const QString text = "|" + many + "\n|" + QString("--|").repeated(3'000) + "\n" +
+                         QString("|b|\n").repeated(50'000) + "|" + many;
+    const PageNodes nodes = PageMarkdown::docFromMarkdown(text);
+    const PageNodes& rows = nodes.front().content;
+    ASSERT_EQ(rows.size(), 50'002u);
+    EXPECT_EQ(rows.front().content.size(), 1'000u);
+    EXPECT_TRUE(pageWords({rows.back()}).endsWith(many.last(4'001).chopped(1)))
+        << "what is left of the line stands in its last cell";
+    size_t cells = 0;
+    for (const PageNode& row : rows)
+        cells += row.content.size();
+    EXPECT_LT(cells, 200'000u);
+    EXPECT_LT(PageMarkdown::markdownFromNodes(nodes).size(), 2'000'000);
+
+    const PageNodes small = PageMarkdown::docFromMarkdown(u"|a|b|\n|--|--|\n|c|\n|d|e|f|");
+    ASSERT_EQ(small.front().type, PageNode::Type::Table);
+    for (const PageNode& row : small.front().content)
+        EXPECT_EQ(row.content.size(), 3u) << "else all rows are as long as the longest";
 }
