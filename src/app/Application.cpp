@@ -133,6 +133,7 @@ void Application::start()
     connect(m_bus.get(), &MessageBus::received, this, &Application::received);
     connect(&m_diskSync, &DiskSync::removedOnDisk, this, &Application::noteRemovals);
     connect(&m_addFiles, &AddFiles::lookWanted, &m_diskSync, &DiskSync::start);
+    connect(&m_diskSync, &DiskSync::deletedElsewhere, m_window.get(), &MainWindow::tellDeletedElsewhere);
 
     if (!m_options.driverFile.isEmpty())
         m_driver = std::make_unique<TestDriver>(*this, m_options.driverFile);
@@ -196,7 +197,7 @@ void Application::startServices()
         if (auto connection = SQLite::open(databasePath(root)))
             runDataSteps(*connection);
     });
-    m_diskSync.start();
+    m_diskSync.watch();
 }
 
 // ---- problems at the opening ----

@@ -67,6 +67,7 @@ public:
     void quit();
 
     Library& library() { return m_library; }
+    DiskSync& diskSync() { return m_diskSync; }
     PageSaves& pageSaves() { return m_pageSaves; }
     Edits& edits() { return m_edits; }
     Duplicates& duplicates() { return m_duplicates; }

@@ -240,6 +240,7 @@ TestDriver::Answer TestDriver::settle(const QJsonObject& arguments)
     m_settling.emplace(
         Settling{arguments, {}, arguments[u"timeout"].toDouble(defaultSettleSeconds)});
     m_settling->since.start();
+    m_application.diskSync().catchUp();
     return {{}, {}, true};
 }
 

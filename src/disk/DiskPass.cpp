@@ -153,6 +153,17 @@ bool isLeftBehind(SQLite& connection, const QString& spaceID, quint64 identity, 
     return false;
 }
 
+// Whether nothing may be concluded from what a space's folder holds now.
+bool mayNotBeJudged(SQLite& connection, const QString& root, const QString& spaceID, const QString& folder)
+{
+    const auto facts = fileFacts(QFile::encodeName(root + u'/' + folder));
+    if (!facts || facts->kind != FileFacts::Kind::Folder)
+        return true;
+    const auto scan = DiskPlan::scanFolders(root, std::span(&folder, 1));
+    const auto top = scan.find(folder);
+    return top == scan.end() || isLeftBehind(connection, spaceID, facts->identity, top->second.empty());
+}
+
 // The top folders that a pass may judge, scanned.
 Result<DiskPlan::Scans> scanSpaces(SQLite& connection, const QString& root,
     QHash<QString, QString>& folders, NameCase nameCase, std::stop_token stop)
@@ -245,13 +256,14 @@ void takeFoldersFirst(
     for (const DiskPlan::Action& action : outcome.actions)
         if (const auto* added = std::get_if<DiskPlan::Added>(&action))
             taken.insert(added->entry.path);
+    const auto isLeftOut = [&](const DiskPlan::Entry& entry) {
+        return !entry.folder || identities.contains(entry.inode);
+    };
     for (DiskPlan::Action& action : outcome.actions) {
         const auto* added = std::get_if<DiskPlan::Added>(&action);
         const auto* removed = std::get_if<DiskPlan::Removed>(&action);
-        if (added && added->entry.folder)
-            addWithContents(scans, added->entry, pass.arriving, [&](const DiskPlan::Entry& entry) {
-                return !entry.folder || identities.contains(entry.inode);
-            });
+        if (added && !isLeftOut(added->entry))
+            addWithContents(scans, added->entry, pass.arriving, isLeftOut);
         else if (!added && (!removed || taken.contains(paths.value(removed->id))))
             pass.actions.push_back(std::move(action));
     }
@@ -280,7 +292,145 @@ void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scan
         addWithContents(scans, entry, pass.arriving, [](const auto&) { return false; });
 }
 
+// What lies in the Trash, by identity; what lies in a folder there as well.
+Result<QHash<quint64, QString>> readTrashed(SQLite& connection)
+{
+    QHash<quint64, QString> trashed;
+    const auto read = connection.each("WITH RECURSIVE trashed(id, space) AS (SELECT id, space_id FROM nodes "
+                                      "WHERE deleted_at IS NOT NULL UNION SELECT n.id, n.space_id FROM trashed t "
+                                      "JOIN nodes n ON n.space_id = t.space AND n.parent_id = t.id)\n"
+                                      "SELECT n.id, n.file_id FROM nodes n JOIN trashed t ON t.id = n.id "
+                                      "WHERE n.file_id IS NOT NULL AND n.path NOT LIKE '/%'",
+        {}, [&](const SQLRow& row) {
+            trashed.insert(static_cast<quint64>(row.integer(1)), row.text(0));
+        });
+    if (!read)
+        return read.failure();
+    return trashed;
+}
+
+// All that lay below a folder.
+Result<void> addKnownBelow(SQLite& connection, const QString& folder, std::vector<DiskPlan::Known>& known)
+{
+    QSet<QString> ids;
+    for (const DiskPlan::Known& each : known)
+        ids.insert(each.id);
+    return connection.each("SELECT id, kind, path, file_id, byte_size, file_modified FROM nodes WHERE "
+                           "path >= ?1 || '/' AND path < ?1 || '0' AND deleted_at IS NULL AND kind IN ('folder', 'file')",
+        {folder}, [&](const SQLRow& row) {
+            DiskPlan::Known each;
+            each.id = row.text(0);
+            if (ids.contains(each.id))
+                return;
+            each.folder = row.utf8(1) == "folder";
+            each.path = row.text(2);
+            if (const auto id = row.optionalInteger(3))
+                each.inode = static_cast<quint64>(*id);
+            each.size = row.optionalInteger(4);
+            each.modified = row.date(5);
+            known.push_back(std::move(each));
+        });
+}
+
+// Folders that came or have another place.
+QSet<QString> freshFoldersOf(const DiskPlan::Outcome& outcome)
+{
+    QSet<QString> fresh;
+    const auto take = [&](const DiskPlan::Entry& entry) {
+        if (entry.folder)
+            fresh.insert(entry.path);
+    };
+    for (const DiskPlan::Action& action : outcome.actions) {
+        if (const auto* added = std::get_if<DiskPlan::Added>(&action))
+            take(added->entry);
+        else if (const auto* moved = std::get_if<DiskPlan::Moved>(&action))
+            take(moved->to);
+        else if (const auto* restored = std::get_if<DiskPlan::Restored>(&action))
+            take(restored->to);
+    }
+    return fresh;
+}
+
+std::vector<QString> listOf(const QSet<QString>& set)
+{
+    std::vector<QString> list(set.begin(), set.end());
+    std::sort(list.begin(), list.end());
+    return list;
+}
+
+Result<void> judgeStructure(DiskPass& pass, SQLite& connection, const QString& root, DiskPlan::Outcome outcome,
+    DiskPlan::Scans& scans, KnownRows& rows, Round round, std::stop_token stop)
+{
+    QHash<QString, QString> paths;
+    for (const DiskPlan::Known& known : rows.live)
+        if (known.folder)
+            paths.insert(known.id, known.path);
+    // What lay in a folder that is gone or moved may have gone elsewhere before.
+    for (const DiskPlan::Action& action : outcome.actions) {
+        const auto* removed = std::get_if<DiskPlan::Removed>(&action);
+        const auto* moved = std::get_if<DiskPlan::Moved>(&action);
+        const auto left = paths.constFind(removed ? removed->id : moved ? moved->id : QString());
+        if (left == paths.cend())
+            continue;
+        if (auto read = addKnownBelow(connection, *left, rows.live); !read)
+            return read;
+    }
+    DiskPlan::followOutOfRemovedFolders(outcome, rows.live, pass.nameCase);
+    pass.freshFolders = freshFoldersOf(outcome);
+    scans.merge(DiskPlan::scanTree(root, listOf(pass.freshFolders), stop));
+    takeOutcome(pass, std::move(outcome), scans, rows, round);
+    return {};
+}
+
 } // namespace
+
+void DiskRequest::unite(const DiskRequest& other)
+{
+    everything |= other.everything;
+    structural |= other.structural;
+    folders.unite(other.folders);
+    trees.unite(other.trees);
+}
+
+Result<DiskPass> lookAtFolders(const QString& root, DiskRequest request, DiskMemory memory, Round round,
+    std::stop_token stop)
+{
+    auto connection = SQLite::open(databasePath(root));
+    if (!connection)
+        return connection.failure();
+    const auto spaces = readSpaces(*connection);
+    if (!spaces)
+        return spaces.failure();
+    for (const auto& [id, folder] : *spaces)
+        if (request.folders.contains(folder) && mayNotBeJudged(*connection, root, id, folder))
+            request.folders.remove(folder);
+    DiskPass pass;
+    pass.nameCase = memory.nameCase;
+    pass.folders = std::move(memory.folders);
+    auto scans = DiskPlan::scanFolders(root, listOf(request.folders), stop);
+    scans.merge(DiskPlan::scanTree(root, listOf(request.trees), stop));
+
+    KnownRows rows{std::move(memory.known), {}};
+    if (request.structural) {
+        auto trashed = readTrashed(*connection);
+        if (!trashed)
+            return trashed.failure();
+        rows.trashed = std::move(*trashed);
+    }
+    if (stop.stop_requested())
+        return Failure(u"stopped"_s);
+    auto outcome = DiskPlan::compare(scans, rows.live, rows.trashed,
+        QSet<QString>(pass.folders.keyBegin(), pass.folders.keyEnd()),
+        request.structural ? DiskPlan::Pass::Structural : DiskPlan::Pass::Incremental, pass.nameCase);
+    pass.again = std::move(outcome.again);
+    if (!request.structural)
+        pass.actions = std::move(outcome.actions);
+    else if (auto judged = judgeStructure(pass, *connection, root, std::move(outcome), scans, rows, round, stop);
+             !judged)
+        return judged.failure();
+    measurePictures(pass, root);
+    return pass;
+}
 
 Result<DiskPass> lookAtDisk(const QString& root, Round round, std::stop_token stop)
 {

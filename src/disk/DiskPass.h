@@ -13,6 +13,25 @@
 
 namespace corvelle {
 
+// What to look at: everything, or single folders.
+struct DiskRequest
+{
+    bool everything = false;
+    bool structural = false; // else only files that changed where they are
+    QSet<QString> folders;   // paths relative to the root; each is looked at by itself
+    QSet<QString> trees;     // these with all below them
+
+    void unite(const DiskRequest& other);
+};
+
+// What the memory knows of the folders that are asked for.
+struct DiskMemory
+{
+    std::vector<DiskPlan::Known> known; // what lies in the folders, and all below the trees
+    QHash<QString, QString> folders;    // of all folders: path key to id
+    NameCase nameCase = NameCase::Kept;
+};
+
 struct DiskPass
 {
     // What to carry out, but for the additions, in order.
@@ -27,11 +46,20 @@ struct DiskPass
     // Something may have moved into a folder that had no node yet, or below one that moved: look
     // again once this is done.
     bool lookAgain = false;
+    // Folders that came or moved: the next look goes through all that lies in them.
+    QSet<QString> freshFolders;
+    // Folders about which only a structural pass can tell more.
+    QSet<QString> again;
 };
 
 // Whether another look can follow. What only that one could tell is otherwise taken as it is now.
 enum class Round { Another, Last };
 
+// At everything.
 Result<DiskPass> lookAtDisk(const QString& root, Round round, std::stop_token stop);
+
+// At single folders. Costs what lies in them, and for a structural look what is in the Trash.
+Result<DiskPass> lookAtFolders(const QString& root, DiskRequest request, DiskMemory memory,
+    Round round, std::stop_token stop);
 
 } // namespace corvelle

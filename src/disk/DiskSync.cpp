@@ -18,7 +18,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr int mostRounds = 6; // without a folder that moved
+constexpr int deletedQuietMs = 2'000;
 constexpr qint64 sliceMs = 8; // half a frame: the other half is the window's
 
 template<class... Visitors>
@@ -78,6 +78,7 @@ struct DiskSync::Apply
     QHash<QString, NextFreePlace> places; // by folder, of the cards that moved there in this pass
     std::vector<std::pair<QString, DiskPlan::Entry>> identities;
     std::map<QString, double> removed;
+    QSet<QString> written; // files with other contents
     bool overtaken = false; // something was no longer where the pass had seen it
 };
 
@@ -92,6 +93,18 @@ DiskSync::DiskSync(Library& library, QObject* parent)
     m_slice.setInterval(0);
     connect(&m_slice, &QTimer::timeout, this, &DiskSync::applySlice);
     connect(&m_arrivals, &Arrivals::finished, this, &DiskSync::endApply);
+    for (const auto& [timer, act] : {std::pair(&m_soon, &DiskSync::flush), std::pair(&m_settleSoon, &DiskSync::settleDeferred)}) {
+        timer->setSingleShot(true);
+        connect(timer, &QTimer::timeout, this, act);
+    }
+    m_deletedQuiet.setSingleShot(true);
+    m_deletedQuiet.setInterval(deletedQuietMs);
+    connect(&m_deletedQuiet, &QTimer::timeout, this,
+        [this] { emit deletedElsewhere(std::exchange(m_deletedElsewhere, 0)); });
+    connect(&library, &Library::treeChanged, this, [this](const TreeChange& change) {
+        if (m_isIndexed)
+            m_index.update(m_library, change);
+    });
 }
 
 DiskSync::~DiskSync()
@@ -99,29 +112,11 @@ DiskSync::~DiskSync()
     m_stop.request_stop();
 }
 
-void DiskSync::start()
-{
-    Q_ASSERT(onMainThread());
-    m_rounds = 0;
-    if (!m_running && m_library.isOpen())
-        runPass();
-}
-
-void DiskSync::runPass()
-{
-    m_running = true;
-    const Round round = m_rounds + 1 < mostRounds ? Round::Another : Round::Last;
-    m_queue.run([root = m_library.root(), round,
-                    stop = m_stop.get_token()] { return lookAtDisk(root, round, stop); },
-        this, [this](Result<DiskPass> pass) { took(std::move(pass)); });
-}
-
 void DiskSync::took(Result<DiskPass> pass)
 {
     if (!pass) {
         logLine(u"disk pass: "_s + pass.failure().sentence());
-        m_running = false;
-        emit finished();
+        endPass();
         return;
     }
     m_apply = std::make_unique<Apply>();
@@ -151,8 +146,13 @@ void DiskSync::applySlice()
         }
     }
     writeIdentities();
-    if (!m_apply->removed.empty())
+    if (!m_apply->removed.empty()) {
         emit removedOnDisk(m_apply->removed);
+        m_deletedElsewhere += static_cast<int>(m_apply->removed.size());
+        m_deletedQuiet.start();
+    }
+    if (!m_apply->written.isEmpty())
+        emit filesChanged(m_apply->written);
     if (m_apply->pass.arriving.empty())
         endApply();
     else
@@ -166,14 +166,21 @@ void DiskSync::endApply()
         return;
     const bool overtaken = m_arrivals.takeOvertaken() || m_apply->overtaken;
     const bool again = (m_apply->pass.lookAgain || overtaken) && ++m_rounds < mostRounds;
+    m_request.trees.unite(m_apply->pass.freshFolders);
+    if (m_request.everything && !m_isIndexed) {
+        m_nameCase = m_apply->pass.nameCase;
+        m_index.build(m_library, m_nameCase);
+        m_isIndexed = true;
+    }
+    const QSet<QString> deferred = std::move(m_apply->pass.again);
     m_apply.reset();
     if (again) {
         runPass();
         return;
     }
-    m_running = false;
-    m_queue.async(giveBackFreedMemory);
-    emit finished();
+    if (!deferred.isEmpty())
+        defer(deferred);
+    endPass();
 }
 
 // ---- the actions ----
@@ -201,6 +208,7 @@ void DiskSync::changed(const QString& id, const DiskPlan::Entry& entry)
         return;
     }
     m_library.took({{std::move(node), SeenFile{entry.inode, entry.modified}}});
+    m_apply->written.insert(id);
 }
 
 void DiskSync::identified(const QString& id, const DiskPlan::Entry& entry)

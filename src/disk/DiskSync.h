@@ -10,9 +10,12 @@
 
 #include "base/SerialQueue.h"
 #include "disk/DiskPass.h"
+#include "disk/FolderIndex.h"
 #include "library/Arrivals.h"
 #include "library/Library.h"
+#include "platform/FolderWatcher.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -27,16 +30,37 @@ class DiskSync : public QObject
     Q_OBJECT
 
 public:
+    // In milliseconds: from the first event to the look at its folders, from the last of what only a
+    // structural pass can judge to that pass, and from the first.
+    struct Delays
+    {
+        int flush = 200;
+        int settle = 1'200, longestSettle = 3'000;
+    };
+
     explicit DiskSync(Library& library, QObject* parent = nullptr);
     ~DiskSync() override;
 
-    // Runs a whole structural pass: it catches all that happened while the program was not running.
-    // Once the library is open.
+    // Runs a whole structural pass: it catches all that happened while nobody watched. Once the
+    // library is open.
     void start();
 
-    bool isIdle() const { return !m_running && m_arrivals.isIdle() && m_seenQueue.isIdle(); }
+    // Watches the folder from now on, and then runs such a pass: what changes on disk shows up two
+    // seconds after the last change of a quiet folder.
+    void watch();
+
+    // Looks at once at what the kernel has told so far, for scripts that can't wait.
+    void catchUp();
+
+    bool isIdle() const;
+
+    void setDelays(const Delays& delays) { m_delays = delays; }
 
 signals:
+    // The contents of these files are others.
+    void filesChanged(const QSet<QString>& ids);
+    // So many files went to the Trash because they were deleted elsewhere; once it is quiet.
+    void deletedElsewhere(int count);
     // Nothing is under way any more.
     void finished();
     // These were gone from the disk and are in the Trash since those times.
@@ -45,7 +69,18 @@ signals:
 private:
     struct Apply; // a pass that is being carried out
 
+    // ---- when to look: DiskPasses.cpp ----
+    void takeBatch(FolderWatcher::Batch batch);
+    void scheduleFlush();
+    void flush();
+    void requestPass(const DiskRequest& request);
     void runPass();
+    void defer(const QSet<QString>& folders);
+    void settleDeferred();
+    DiskMemory memoryOf(const DiskRequest& request);
+    bool isInSpace(const QString& folder) const;
+    void endPass();
+
     void took(Result<DiskPass> pass);
     void applySlice();
     void endApply();
@@ -61,13 +96,34 @@ private:
 
     Library& m_library;
     Arrivals m_arrivals;
+    FolderIndex m_index;
+    NameCase m_nameCase = NameCase::Kept;
+    bool m_isIndexed = false; // from the first whole pass on
+
+    Delays m_delays;
+
+    // What the watcher told and nobody has looked at yet.
+    QSet<QString> m_paths;
+    bool m_everything = false;
+    QTimer m_soon;
+    QSet<QString> m_settle; // folders that wait for a structural pass
+    QElapsedTimer m_settleSince;
+    QTimer m_settleSoon;
+    int m_catchingUp = 0;
+
     bool m_running = false;
+    DiskRequest m_request; // the pass that runs
+    std::optional<DiskRequest> m_next;
+    static constexpr int mostRounds = 6; // without a folder that moved
     int m_rounds = 0; // looks in a row that asked for another and moved no folder
     std::unique_ptr<Apply> m_apply;
     QTimer m_slice;
+    int m_deletedElsewhere = 0;
+    QTimer m_deletedQuiet;
     std::stop_source m_stop;
     SerialQueue m_seenQueue;
     SerialQueue m_queue;
+    std::unique_ptr<FolderWatcher> m_watcher; // last: it ends first
 };
 
 } // namespace corvelle

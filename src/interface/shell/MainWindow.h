@@ -72,6 +72,9 @@ public:
     // What is open, as a script sees it; null for nothing.
     QJsonValue openedJson() const;
 
+    // Files that something else has deleted are in the Trash.
+    void tellDeletedElsewhere(int count);
+
     // What a script sees of the toasts and of the alert.
     QJsonArray toastsJson() const;
     std::optional<QJsonObject> alertJson() const;
@@ -152,6 +155,7 @@ private:
     ToastStack* m_toasts = nullptr;
     QPointer<AlertPanel> m_alertPanel;
     std::optional<Alert> m_alert; // while its panel shows
+    int m_deletedElsewhere = 0;   // that the toast tells, while it stands
 };
 
 } // namespace corvelle

@@ -350,6 +350,19 @@ void MainWindow::tellWithUndo(const QString& text, const QString& undoName)
     });
 }
 
+void MainWindow::tellDeletedElsewhere(int count)
+{
+    constexpr int mostUntold = 50;
+    const QString key = u"deleted-in-finder"_s;
+    const auto& toasts = m_toasts->model().toasts();
+    const bool stands = std::any_of(
+        toasts.begin(), toasts.end(), [&](const auto& standing) { return standing.toast.key == key; });
+    m_deletedElsewhere = (stands ? m_deletedElsewhere : 0) + count;
+    if (m_deletedElsewhere > mostUntold)
+        m_toasts->show({key, Icon::Trash,
+            shown(u"%1 items deleted in Finder are in the Trash"_s.arg(m_deletedElsewhere)), {}, {}});
+}
+
 // Called from within long work: nothing but painting may happen here.
 void MainWindow::showWorking()
 {

@@ -1,0 +1,220 @@
+// When the disk is looked at, and at how much of it.
+#include "disk/DiskSync.h"
+
+#include "base/MainThread.h"
+#include "disk/DiskScan.h"
+#include "library/NodePaths.h"
+#include "platform/LargeBlock.h"
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+FolderWatcher::Wishes wishesOf(std::function<void(FolderWatcher::Batch)> handler)
+{
+    return {std::move(handler), [](const QString& name) { return isSkippedName(name); },
+        [](const QString& name, const QString& path) { return DiskPlan::isGeneratedFolder(name, path); }};
+}
+
+bool liesAtOrBelow(const QString& path, const QString& folder)
+{
+    return path.startsWith(folder) && (path.size() == folder.size() || path[folder.size()] == u'/');
+}
+
+} // namespace
+
+bool DiskSync::isIdle() const
+{
+    return !m_running && !m_next && m_catchingUp == 0 && !m_soon.isActive() && !m_settleSoon.isActive() &&
+           m_arrivals.isIdle() && m_seenQueue.isIdle();
+}
+
+void DiskSync::start()
+{
+    Q_ASSERT(onMainThread());
+    if (m_library.isOpen())
+        requestPass({true, true, {}, {}});
+}
+
+// ---- watching ----
+
+void DiskSync::watch()
+{
+    Q_ASSERT(onMainThread());
+    if (m_watcher || !m_library.isOpen())
+        return;
+    // No pass before the watcher stands: what happens in between would be missed by both.
+    m_running = true;
+    m_queue.run(
+        [this, root = m_library.root(), guard = QPointer<QObject>(this)] {
+            return std::make_unique<FolderWatcher>(root, wishesOf([this, guard](FolderWatcher::Batch batch) {
+                SerialQueue::onMain(
+                    guard, [this, batch = std::move(batch)]() mutable { takeBatch(std::move(batch)); });
+            }));
+        },
+        this, [this](std::unique_ptr<FolderWatcher> watcher) {
+            m_watcher = std::move(watcher);
+            m_running = false;
+            start();
+        });
+}
+
+void DiskSync::takeBatch(FolderWatcher::Batch batch)
+{
+    m_everything |= batch.everything;
+    m_paths.unite(batch.paths);
+    if (m_everything || !m_paths.isEmpty())
+        scheduleFlush();
+}
+
+void DiskSync::scheduleFlush()
+{
+    // Later events don't put it off.
+    if (!m_soon.isActive())
+        m_soon.start(m_delays.flush);
+}
+
+void DiskSync::catchUp()
+{
+    if (!m_watcher)
+        return;
+    ++m_catchingUp;
+    m_watcher->flush([this, guard = QPointer<QObject>(this)] {
+        SerialQueue::onMain(guard, [this] { --m_catchingUp; });
+    });
+}
+
+void DiskSync::flush()
+{
+    m_soon.stop();
+    const QSet<QString> paths = std::exchange(m_paths, {});
+    if (std::exchange(m_everything, false)) {
+        requestPass({true, true, {}, {}});
+        return;
+    }
+    DiskRequest request;
+    for (const QString& path : paths) {
+        request.folders.insert(path); // it may be a folder
+        request.folders.insert(parentPath(path));
+    }
+    requestPass(request);
+}
+
+// ---- deferring ----
+
+// A move comes as two events that may lie apart: what only one of them shows is judged once the
+// folders are quiet, but not put off for ever.
+void DiskSync::defer(const QSet<QString>& folders)
+{
+    m_settle.unite(folders);
+    if (!m_settleSince.isValid())
+        m_settleSince.start();
+    const qint64 left = m_delays.longestSettle - m_settleSince.elapsed();
+    if (!m_settleSoon.isActive() || left > 0)
+        m_settleSoon.start(static_cast<int>(std::clamp<qint64>(left, 0, m_delays.settle)));
+}
+
+void DiskSync::settleDeferred()
+{
+    m_settleSince.invalidate();
+    requestPass({false, true, std::exchange(m_settle, {}), {}});
+}
+
+// ---- passes ----
+
+bool DiskSync::isInSpace(const QString& folder) const
+{
+    const auto& spaces = m_library.tree().spaces();
+    return std::any_of(spaces.begin(), spaces.end(),
+        [&](const Space& space) { return liesAtOrBelow(folder, space.folder); });
+}
+
+void DiskSync::requestPass(const DiskRequest& request)
+{
+    if (m_running) {
+        if (m_next)
+            m_next->unite(request);
+        else
+            m_next = request;
+        return;
+    }
+    m_request = request;
+    if (!m_isIndexed && !m_request.everything)
+        m_request.everything = m_request.structural = true; // nothing is known to compare with yet
+    m_request.folders.removeIf([this](const QString& folder) { return !isInSpace(folder); });
+    m_rounds = 0;
+    if (m_library.isOpen() && (m_request.everything || !m_request.folders.isEmpty()))
+        runPass();
+}
+
+void DiskSync::runPass()
+{
+    m_running = true;
+    const Round round = m_rounds + 1 < mostRounds ? Round::Another : Round::Last;
+    if (m_request.everything) {
+        m_queue.run([root = m_library.root(), round, stop = m_stop.get_token()] { return lookAtDisk(root, round, stop); },
+            this, [this](Result<DiskPass> pass) { took(std::move(pass)); });
+        return;
+    }
+    m_queue.run(
+        [root = m_library.root(), round, request = m_request, memory = memoryOf(m_request),
+            stop = m_stop.get_token()]() mutable {
+            return lookAtFolders(root, std::move(request), std::move(memory), round, stop);
+        },
+        this, [this](Result<DiskPass> pass) { took(std::move(pass)); });
+}
+
+DiskMemory DiskSync::memoryOf(const DiskRequest& request)
+{
+    DiskMemory memory{{}, m_index.ids(), m_nameCase};
+    QSet<QString> taken;
+    const auto take = [&](const QString& child, const QString& folder) {
+        const Node* node = m_library.node(child);
+        const bool counts = node && (node->kind == NodeKind::Folder || node->kind == NodeKind::File) &&
+                            !node->path.isEmpty() && parentPath(node->path) == folder && !m_library.isInTrash(child);
+        if (!counts || taken.contains(child))
+            return false;
+        taken.insert(child);
+        const SeenFile seen = m_library.tree().seen(child);
+        memory.known.push_back({child, node->path, node->kind == NodeKind::Folder, seen.fileID, node->byteSize, seen.modified});
+        return node->kind == NodeKind::Folder;
+    };
+    const auto idOf = [&](const QString& folder) {
+        const auto id = m_index.ids().constFind(pathKey(folder, m_nameCase));
+        return id == m_index.ids().cend() ? std::nullopt : std::optional(*id);
+    };
+    for (const QString& folder : request.folders)
+        if (const auto id = idOf(folder))
+            for (const QString& child : m_library.children(*id))
+                take(child, folder);
+    QStringList waiting(request.trees.begin(), request.trees.end());
+    while (!waiting.isEmpty()) {
+        const QString folder = waiting.takeLast();
+        const auto id = idOf(folder);
+        if (!id)
+            continue;
+        for (const QString& child : m_library.children(*id)) {
+            const Node* node = m_library.node(child);
+            if (take(child, folder) || (node && node->kind == NodeKind::Folder && parentPath(node->path) == folder))
+                waiting.append(node->path);
+        }
+    }
+    return memory;
+}
+
+void DiskSync::endPass()
+{
+    m_running = false;
+    if (m_next) {
+        requestPass(*std::exchange(m_next, std::nullopt));
+        if (m_running)
+            return;
+    }
+    if (m_request.everything)
+        m_queue.async(giveBackFreedMemory);
+    emit finished();
+}
+
+} // namespace corvelle
