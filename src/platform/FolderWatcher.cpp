@@ -45,6 +45,7 @@ struct Watched
     int descriptor = -1;
     Watched* parent = nullptr;
     QString name; // of the root empty
+    bool isComplete = false; // all folders in it are watched; false when it moved meanwhile
     std::map<QString, std::unique_ptr<Watched>> children;
 
     QString path() const
@@ -220,8 +221,10 @@ private:
         const QByteArray path = QFile::encodeName(absolute(folder.path()));
         folder.descriptor = ::inotify_add_watch(m_notify, path.constData(), watchedEvents);
         if (folder.descriptor < 0) {
-            if (errno == ENOSPC || errno == ENOMEM)
+            const int error = errno;
+            if (error == ENOSPC || error == ENOMEM)
                 fallShort();
+            errno = error;
             return false;
         }
         // The same folder under another name: it moved between its event and now.
@@ -248,6 +251,7 @@ private:
             waiting.pop_back();
             const QString path = folder->path();
             auto listing = Directory::open(QFile::encodeName(absolute(path)));
+            folder->isComplete = static_cast<bool>(listing);
             if (!listing)
                 continue;
             while (const auto raw = listing->nextName()) {
@@ -270,8 +274,11 @@ private:
         folder->parent = &parent;
         folder->name = name;
         // First the watch, which fails for all but folders and costs nothing for files.
-        if (!watch(*folder))
+        if (!watch(*folder)) {
+            if (errno == ENOENT)
+                parent.isComplete = false;
             return nullptr;
+        }
         if (m_wishes.isExcludedFolder(name, absolute(folder->path()))) {
             drop(*folder);
             return nullptr;
@@ -388,26 +395,50 @@ private:
                 }
                 return;
             }
-            if ((event.mask & IN_MOVED_TO) && move != m_moves.end())
-                attach(parent, name, std::move(m_moves.extract(move).mapped().folder));
-            else if (!parent.children.contains(name))
+            const bool keepsWatches = (event.mask & IN_MOVED_TO) && move != m_moves.end() &&
+                                      attach(parent, name, std::move(m_moves.extract(move).mapped().folder));
+            if (!keepsWatches && !parent.children.contains(name))
                 if (Watched* child = addChild(parent, name))
                     enter(*child, true);
         }
     }
 
-    // A folder that moved keeps its watches.
-    void attach(Watched& parent, const QString& name, std::unique_ptr<Watched> folder)
+    // A folder that moved keeps its watches. But a walk may have met it in its new place before its
+    // event was read, or something else in its old one: then it isn't what the event means.
+    bool attach(Watched& parent, const QString& name, std::unique_ptr<Watched> folder)
     {
+        const QString above = parent.path();
+        const QString path = absolute(above.isEmpty() ? name : above + u'/' + name);
+        const bool isIt = folder->descriptor >= 0 &&
+                          ::inotify_add_watch(m_notify, QFile::encodeName(path).constData(), watchedEvents) ==
+                              folder->descriptor;
+        if (!isIt || m_wishes.isExcludedFolder(name, path)) {
+            drop(*folder);
+            return false;
+        }
         std::unique_ptr<Watched>& place = parent.children[name];
         if (place)
             drop(*place);
         folder->parent = &parent;
         folder->name = name;
         place = std::move(folder);
-        if (m_wishes.isExcludedFolder(name, absolute(place->path()))) {
-            drop(*place);
-            parent.children.erase(name);
+        complete(*place);
+        return true;
+    }
+
+    // What couldn't be entered under a path that was already out of date.
+    void complete(Watched& top)
+    {
+        std::vector<Watched*> waiting = {&top};
+        while (!waiting.empty()) {
+            Watched* folder = waiting.back();
+            waiting.pop_back();
+            if (!folder->isComplete) {
+                enter(*folder, true);
+                continue;
+            }
+            for (const auto& [name, child] : folder->children)
+                waiting.push_back(child.get());
         }
     }
 

@@ -316,3 +316,69 @@ TEST_F(LiveSync, outOfTheLibraryAndBackIsTheSameCard)
     EXPECT_FALSE(lib->library.isInTrash(id));
     EXPECT_EQ(lib->node(id).path, "My Space/c.txt");
 }
+
+// What programs do to save a file: one card, no entry in the Trash, one change.
+TEST_F(LiveSync, savingIsAChangeHoweverItIsDone)
+{
+    folder.makeFile("My Space/a.txt", "first");
+    open();
+    const QString id = lib->find("a.txt");
+    int changes = 0;
+    QObject::connect(&lib->diskSync, &DiskSync::filesChanged, &lib->library,
+        [&](const QSet<QString>& ids) { changes += ids == QSet<QString>{id} ? 1 : 100; });
+    const auto file = [](const QString& name) { return "My Space/" + name; };
+    const auto remove = [&](const QString& name) { ASSERT_TRUE(QFile::remove(folder.path(file(name)))); };
+    const std::vector<std::pair<const char*, std::function<void()>>> programs{
+        {"in place", [&] { folder.makeFile(file("a.txt"), "in place"); }},
+        {"vim", [&] {
+             folder.makeFile(file(".a.txt.swp"));
+             folder.makeFile(file("4913"));
+             remove("4913");
+             rename(file("a.txt"), file("a.txt~"));
+             folder.makeFile(file("a.txt"), "by vim!");
+             remove("a.txt~");
+             remove(".a.txt.swp");
+         }},
+        {"emacs", [&] {
+             folder.makeFile(file("#a.txt#"), "by emacs");
+             ASSERT_TRUE(QFile::link("nobody@nowhere", folder.path(file(".#a.txt"))));
+             rename(file("a.txt"), file("a.txt~"));
+             folder.makeFile(file("a.txt"), "by emacs");
+             remove("#a.txt#");
+             remove(".#a.txt");
+         }},
+        {"an office", [&] {
+             folder.makeFile(file(".~lock.a.txt#"));
+             folder.makeFile(file("lu1234.tmp~"), "by an office");
+             rename(file("lu1234.tmp~"), file("a.txt"));
+             remove(".~lock.a.txt#");
+         }},
+        {"a desktop's editor", [&] {
+             folder.makeFile(file(".goutputstream-X7Y8Z9"), "by a desktop's editor");
+             rename(file(".goutputstream-X7Y8Z9"), file("a.txt"));
+         }},
+        {"rsync", [&] {
+             folder.makeFile(file(".a.txt.Gq3kLm"), "synced from elsewhere");
+             rename(file(".a.txt.Gq3kLm"), file("a.txt"));
+         }},
+        {"a browser", [&] {
+             folder.makeFile(file("a.txt.crdownload"), "downloaded again, and longer");
+             rename(file("a.txt.crdownload"), file("a.txt"));
+         }},
+    };
+    for (const auto& [name, save] : programs) {
+        SCOPED_TRACE(name);
+        changes = 0;
+        save();
+        settle();
+        EXPECT_EQ(lib->library.children({}).size(), 1u);
+        EXPECT_EQ(lib->find("a.txt"), id);
+        EXPECT_EQ(lib->library.tree().size(), 1) << "nothing is in the Trash";
+        EXPECT_EQ(changes, 1);
+        EXPECT_EQ(lib->node(id).byteSize, folder.content(file("a.txt")).size());
+        folder.makeFile(file("keep"), "");
+        remove("keep"); // came and went before anybody looked
+        settle();
+        EXPECT_EQ(lib->library.tree().size(), 1);
+    }
+}
