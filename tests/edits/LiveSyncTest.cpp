@@ -358,7 +358,7 @@ TEST_F(LiveSync, savingIsAChangeHoweverItIsDone)
              rename(file(".goutputstream-X7Y8Z9"), file("a.txt"));
          }},
         {"rsync", [&] {
-             folder.makeFile(file(".a.txt.Gq3kLm"), "synced from elsewhere");
+             folder.makeFile(file(".a.txt.Gq3kLm"), "synced from another machine");
              rename(file(".a.txt.Gq3kLm"), file("a.txt"));
          }},
         {"a browser", [&] {
