@@ -16,6 +16,7 @@ namespace corvelle {
 namespace {
 
 constexpr double pictureRadius = 8, noteHeight = 64, cardHeight = 52;
+constexpr qsizetype longestNote = 400;
 
 void drawNote(QPainter& painter, const QRectF& box, Icon sign, const QString& words, const Palette& colors)
 {
@@ -25,7 +26,7 @@ void drawNote(QPainter& painter, const QRectF& box, Icon sign, const QString& wo
     painter.setPen(colors.ink2);
     const double room = box.right() - square.right() - 28;
     lettering.draw(painter, QRectF(square.right() + 12, box.top(), room, box.height()), Qt::AlignLeft,
-        lettering.elided(words, room, Qt::ElideMiddle));
+        lettering.elided(words.left(longestNote), room, Qt::ElideMiddle));
 }
 
 // Selected: under a veil, since it stands for itself.

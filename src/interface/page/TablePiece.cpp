@@ -20,7 +20,8 @@ namespace {
 
 constexpr double cellSide = 12, cellEnd = 7, cellLine = 20, cellRule = 1, tableRadius = 8;
 constexpr double leastColumn = 48;
-constexpr size_t sampledCells = 400; // whose words tell how wide columns want to be
+constexpr size_t sampledCells = 400; // whose words tell how wide columns want to be,
+constexpr Units sampledUnits = 2'000; // and how many of each
 
 Qt::Alignment alignmentOf(const TablePlan::Slot& slot)
 {
@@ -163,7 +164,8 @@ private:
             const TablePlan::Slot& slot = plan.cells[i];
             if (slot.colSpan == 1) {
                 double& column = wanted[static_cast<size_t>(slot.column)];
-                column = std::max(column, naturalWidth(cells.texts[i].text(), slot.isHeader));
+                const FlatText& text = cells.texts[i];
+                column = std::max(column, naturalWidth(text.text(0, std::min(text.length(), sampledUnits)), slot.isHeader));
             }
         }
         for (size_t i = 0; i < wanted.size(); ++i)
@@ -182,8 +184,10 @@ private:
                 continue;
             const FlatText& text = cells.texts[i];
             const double width = columnEdge(slot.column + slot.colSpan) - columnEdge(slot.column);
-            ShownText shown =
-                shownText(text, 0, text.length(), Block::Paragraph, *m_facts.style, *m_facts.items);
+            const Units end = std::min(text.length(), cells.mostOfCell());
+            ShownText shown = shownText(text, 0, end, Block::Paragraph, *m_facts.style, *m_facts.items);
+            if (end < text.length())
+                shown.words += u'…';
             const bool reversed = readsRightToLeft(shown.words);
             Box box;
             box.cell = static_cast<int>(i);

@@ -1,6 +1,5 @@
 // A page cut into pieces: heights, places, and what stays still.
 #include "interface/page/PageLayout.h"
-#include "interface/page/PageView.h"
 #include "pages/PageDocument.h"
 #include "support/Printing.h"
 
@@ -129,6 +128,83 @@ TEST(PageLayout, aLongTableIsCutBetweenRowsThatNoCellJoins)
     }
     EXPECT_EQ(next, 300);
     EXPECT_GT(pieces, 5);
+}
+
+TEST(PageLayout, aCutAtALineBreakAddsNoLine)
+{
+    const ItemLooks items;
+    PagePictures pictures;
+    PageLayout layout(items, pictures);
+    FlatTextBuilder builder;
+    for (int line = 0; line < 300; ++line)
+        builder.add((line ? QString(lineBreak) : QString()) + (line % 9 ? "a line of code" : ""));
+    BlockStyle style;
+    style.kind = Block::Code;
+    builder.closeBlock(std::make_shared<BlockStyle>(style));
+    layout.setPage(builder.take(), PageStyle());
+    ASSERT_GT(layout.count(), 2);
+    double lines = 0;
+    for (int piece = 0; piece < layout.count(); ++piece)
+        lines += layout.laid(piece).height() / PageStyle().lineHeight(Block::Code);
+    EXPECT_NEAR(lines, 300, 3) << "with the room round the block";
+}
+
+TEST(PageLayout, hostileTablesAreLaidOutInParts)
+{
+    const auto row = [](int cells, const QByteArray& attributes, const QByteArray& words) {
+        const QByteArray cell = R"({"type":"tableCell","attrs":{)" + attributes +
+                                R"(},"content":[{"type":"paragraph","content":[{"type":"text","text":")" + words + R"("}]}]})";
+        return R"({"type":"tableRow","content":[)" + (cell + ',').repeated(cells - 1) + cell + "]}";
+    };
+    const QByteArray plain = row(2, "", "x"), wide = row(1'000, "", "ab cd ef");
+    struct Case
+    {
+        const char* what;
+        QByteArray rows;
+        int mostRows;
+    };
+    const Case cases[] = {
+        {"one cell joins all rows", row(1, R"("rowspan":1000000,"colspan":-5)", "x") + (',' + plain).repeated(3'000), 200},
+        {"as many columns as there may be", wide + (',' + wide).repeated(20), 1},
+        {"a cell of a million words", row(1, "", QByteArray("word ").repeated(1'000'000)) + ',' + plain, 2},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const ItemLooks items;
+        PagePictures pictures;
+        PageLayout layout(items, pictures);
+        layout.setPage(textFromJSON(R"({"type":"doc","content":[{"type":"table","content":[)" + c.rows + "]}]}"), PageStyle());
+        for (int piece = 0; piece < layout.count(); ++piece)
+            EXPECT_LE(layout.extent(piece).rowCount, c.mostRows);
+        EXPECT_LT(layout.laid(0).height(), 40'000);
+    }
+}
+
+TEST(TextBox, aUnitIsWholeWhereverTheDirectionChanges)
+{
+    const ItemLooks items = [](const QString&) { return ItemLook{}; };
+    const QByteArray latin = "latin", hebrew = "\u05EA\u05D5\u05D5 \u05D9\u05EA", arabic = "\u0627\u0644\u0639\u0631";
+    for (const QByteArray& around : {latin, hebrew, arabic})
+        for (const QByteArray& label : {latin, hebrew, arabic, QByteArray(latin + ' ' + arabic), QByteArray(arabic + ' ' + latin)}) {
+            SCOPED_TRACE((around + " round " + label).constData());
+            const FlatText text = textFromJSON(R"({"type":"doc","content":[{"type":"paragraph","content":[
+                {"type":"text","text":")" + around + R"( "},{"type":"mention","attrs":{"id":"a","label":")" + label +
+                R"("}},{"type":"text","text":" )" + around + R"("}]}]})");
+            const Units end = text.block(0).length();
+            const bool reversed = readsRightToLeft(text.text());
+            const TextBox box(shownText(text, 0, end, Block::Paragraph, PageStyle(), items),
+                {PageStyle().font(Block::Paragraph), 25, 600, Qt::AlignLeading, reversed, false});
+            const Units mention = around == hebrew ? 7 : end / 2;
+            const auto rects = box.rects(mention, mention + 1);
+            ASSERT_EQ(rects.size(), 1u);
+            double others = 0;
+            for (const auto& [from, to] : {std::pair<Units, Units>(0, mention), {mention + 1, end}})
+                for (const QRectF& rect : box.rects(from, to))
+                    others += rect.width();
+            EXPECT_NEAR(rects.front().width() + others, box.lineRect(0).width(), 1.5)
+                << "nothing of the line is left out or counted twice";
+            EXPECT_GT(rects.front().width(), chipHead + chipTail + 20);
+        }
 }
 
 // Estimates turn out wrong all the time; what is read must not move by that.
