@@ -1,8 +1,12 @@
 // A page cut into pieces: heights, places, and what stays still.
+#include "interface/page/FindBar.h"
 #include "interface/page/PageLayout.h"
+#include "interface/page/PageSheet.h"
 #include "pages/PageDocument.h"
 #include "support/Printing.h"
 
+#include <QAbstractButton>
+#include <QSignalSpy>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -282,4 +286,108 @@ TEST(PageView, selectsByCharacterWordAndBlock)
     EXPECT_EQ(view.selection().second, view.page().text.length());
     QTest::keyClick(&view, Qt::Key_Escape);
     EXPECT_FALSE(view.hasSelection());
+}
+
+TEST(PageView, aDragEndsWithItsButtonOrItsPage)
+{
+    PageView view({}, {}, nullptr);
+    view.resize(900, 600);
+    view.show();
+    view.open({paragraphs(100), {}, "Title", {}});
+    const QPoint low(400, 500), lower(400, 560);
+    QTest::mousePress(&view, Qt::LeftButton, {}, low);
+    QMouseEvent move(QEvent::MouseMove, lower, view.mapToGlobal(lower), Qt::NoButton, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&view, &move);
+    ASSERT_TRUE(view.hasSelection());
+    view.refresh({paragraphs(1, 1), {}, "Title", {}});
+    QCoreApplication::sendEvent(&view, &move);
+    EXPECT_LE(view.selection().second, view.page().text.length()) << "what was dragged over is gone";
+    view.hide();
+    view.show();
+    view.select(0, 0);
+    QCoreApplication::sendEvent(&view, &move);
+    EXPECT_FALSE(view.hasSelection()) << "no release came before it was hidden";
+    QTest::mousePress(&view, Qt::LeftButton, {}, QPoint(300, 120));
+    QTest::mouseMove(&view, lower); // without a button
+    EXPECT_FALSE(view.hasSelection()) << "the release went elsewhere";
+}
+
+TEST(PageView, aRefreshStaysWhereItIs)
+{
+    PageView view({}, {}, nullptr);
+    view.resize(900, 600);
+    view.show();
+    view.open({paragraphs(100), {}, "Title", {}});
+    view.find("no such words");
+    for (const double place : {0.0, 20.0, 700.0}) {
+        view.scrollTo(place);
+        const double before = view.scrollPlace();
+        view.refresh({paragraphs(101), {}, "Title", {}});
+        EXPECT_NEAR(view.scrollPlace(), before, 1) << place;
+    }
+    view.find("later");
+    FlatTextBuilder builder;
+    builder.add(u"what comes later");
+    builder.closeBlock({});
+    view.refresh({builder.take(), {}, "Title", {}});
+    EXPECT_EQ(view.currentFound(), 0) << "one of one, not none of one";
+}
+
+TEST(PageView, findingBeginsInSightEvenInALongBlock)
+{
+    PageView view({}, {}, nullptr);
+    view.resize(900, 600);
+    view.show();
+    const QString words = QString("needle ") + QString("hay ").repeated(10'000);
+    FlatTextBuilder builder;
+    builder.add(words + words + words);
+    builder.closeBlock({});
+    view.open({builder.take(), {}, {}, {}});
+    view.scrollTo(view.scrollRange() / 2);
+    view.find("needle");
+    EXPECT_EQ(view.currentFound(), 2);
+    EXPECT_EQ(view.foundCount(), 3);
+}
+
+TEST(PageView, aQuickPressElsewhereIsNoThirdOne)
+{
+    PageView view({}, {}, nullptr);
+    view.resize(900, 600);
+    view.show();
+    view.open({paragraphs(100), {}, {}, {}});
+    QTest::mouseDClick(&view, Qt::LeftButton, {}, view.rectOf(3).center().toPoint());
+    ASSERT_TRUE(view.hasSelection());
+    QTest::mouseClick(&view, Qt::LeftButton, {}, view.rectOf(60).center().toPoint());
+    EXPECT_FALSE(view.hasSelection());
+    // Two quick presses beside the thumb scroll twice.
+    const QPoint track(view.width() - 5, 550);
+    QTest::mouseDClick(&view, Qt::LeftButton, {}, track);
+    EXPECT_FALSE(view.hasSelection());
+    EXPECT_GT(view.scrollPlace(), 0);
+}
+
+TEST(PageSheet, theFieldForFindingComesBackAndEscapeClosesIt)
+{
+    QWidget window;
+    window.resize(1'000, 700);
+    PageSheet sheet({}, {}, &window);
+    sheet.setGeometry(window.rect());
+    window.show();
+    sheet.view().open({paragraphs(10), {}, "Title", {}});
+    sheet.openFind();
+    QTest::qWait(300);
+    sheet.closeFind();
+    sheet.openFind(); // while it fades out
+    QTest::qWait(400);
+    EXPECT_TRUE(sheet.findBar().isVisible());
+    QSignalSpy closed(&sheet, &PageSheet::closeWanted);
+    QWidget* const places[] = {&sheet.view(), sheet.findBar().findChild<QAbstractButton*>()};
+    for (QWidget* where : places) {
+        sheet.openFind();
+        QTest::keyClick(where, Qt::Key_Escape);
+        EXPECT_FALSE(sheet.isFinding());
+        EXPECT_EQ(closed.count(), 0);
+    }
+    QTest::keyClick(&sheet.view(), Qt::Key_Escape);
+    EXPECT_EQ(closed.count(), 1);
 }
