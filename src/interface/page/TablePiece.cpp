@@ -67,14 +67,17 @@ std::vector<double> fitted(std::vector<double> wanted, double width)
         }
         for (double& column : given)
             if (column < 0)
-                column = std::max(1.0, left / open);
+                column = left / open;
         wanted = given;
         sum = std::accumulate(wanted.begin(), wanted.end(), 0.0);
     }
-    for (double& column : wanted)
-        column = std::max(1.0, std::round(column * width / std::max(1.0, sum)));
-    if (!wanted.empty())
-        wanted.back() = std::max(1.0, wanted.back() + width - std::accumulate(wanted.begin(), wanted.end(), 0.0));
+    // Edges stand on whole pixels.
+    double edge = 0, ideal = 0;
+    for (double& column : wanted) {
+        ideal += column * width / std::max(1.0, sum);
+        column = std::round(ideal) - edge;
+        edge += column;
+    }
     return wanted;
 }
 

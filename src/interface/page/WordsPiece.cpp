@@ -168,10 +168,12 @@ private:
     void drawLanguage(QPainter& painter, QPointF at) const
     {
         const Lettering lettering(TypeStyle::Key);
+        const QString name = lettering.elided(m_style.language.left(60), m_room.width / 2, Qt::ElideRight);
+        const QRectF place(at.x() + m_room.left, at.y() + m_facts.gap + 10, m_room.width - 12, 16);
+        if (at.x() + m_origin.x() + m_box->lineRect(0).right() + 8 > place.right() - lettering.width(name))
+            return; // the first line has the room
         painter.setPen(m_facts.style->colors().ink3);
-        lettering.draw(painter,
-            QRectF(at.x() + m_room.left, at.y() + m_facts.gap + 10, m_room.width - 12, 16), Qt::AlignRight,
-            lettering.elided(m_style.language.left(60), m_room.width / 2, Qt::ElideRight));
+        lettering.draw(painter, place, Qt::AlignRight, name);
     }
 
     const PieceFacts m_facts;

@@ -130,6 +130,9 @@ void MainWindow::showDocument(bool again)
     ShownPage shown{contents.text, contents.settings, page ? node->title : QString(),
         page ? node->icon : QString()};
     namePage();
+    if (!contents.readable)
+        m_toasts->show({u"page"_s, Icon::Alert, u"“%1” couldn’t be read"_s.arg(node->title),
+            u"What is stored of it stays as it is."_s, {}});
     if (again && showsPage()) {
         m_page->view().refresh(std::move(shown));
         return;

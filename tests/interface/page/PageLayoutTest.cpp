@@ -181,6 +181,8 @@ TEST(PageLayout, hostileTablesAreLaidOutInParts)
         for (int piece = 0; piece < layout.count(); ++piece)
             EXPECT_LE(layout.extent(piece).rowCount, c.mostRows);
         EXPECT_LT(layout.laid(0).height(), 40'000);
+        for (const int cell : {0, 1, 999})
+            EXPECT_LE(layout.laid(0).rectOf({cell, {}}).right(), layout.width());
     }
 }
 
