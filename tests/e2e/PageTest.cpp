@@ -115,6 +115,34 @@ TEST_F(Pages, mentionsAndLinksAreFollowed)
     EXPECT_EQ(program->folder(), folder);
 }
 
+TEST_F(Pages, aMentionOfWhatCameBackIsFollowed)
+{
+    program->tell("trash", {{"ids", QJsonArray{folder}}});
+    program->settle();
+    open(page);
+    ::usleep(400'000); // it has come up
+    program->tell("restore", {{"ids", QJsonArray{folder}}});
+    program->settle();
+    press(opened()["targets"].toArray()[0].toObject());
+    EXPECT_EQ(program->folder(), folder);
+}
+
+TEST_F(Pages, aMenuGoesWithItsPage)
+{
+    open(page);
+    ::usleep(400'000);
+    const QJsonArray place = opened()["targets"].toArray()[0].toObject()["place"].toArray();
+    const QPointF at(place[0].toDouble() + 200, place[1].toDouble() + 100);
+    program->tell("mouse", {{"type", "press"}, {"x", at.x()}, {"y", at.y()}, {"button", "right"}});
+    program->tell("mouse", {{"type", "release"}, {"x", at.x()}, {"y", at.y()}, {"button", "right"}});
+    ASSERT_TRUE(waitUntil([&] { return !program->state()["menu"].toArray().isEmpty(); }));
+    program->tell("trash", {{"ids", QJsonArray{page}}});
+    program->settle();
+    EXPECT_TRUE(program->state()["menu"].toArray().isEmpty());
+    program->key("Ctrl+A");
+    EXPECT_EQ(program->state()["selection"].toArray().size(), 3) << "the canvas has the keyboard";
+}
+
 TEST_F(Pages, wordsAreFoundFromOneToTheNext)
 {
     QJsonArray blocks;

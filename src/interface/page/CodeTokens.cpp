@@ -135,10 +135,12 @@ private:
         const QChar quote = m_code[m_at];
         if (!m_family.quotes.contains(quote))
             return false;
+        constexpr qsizetype longest = 2'000;
+        const qsizetype last = std::min(m_code.size(), m_at + longest);
         qsizetype end = m_at + 1;
-        while (end < m_code.size() && m_code[end] != quote && (!isLineEnd(m_code[end]) || quote == u'`'))
-            end += m_code[end] == u'\\' && end + 1 < m_code.size() ? 2 : 1;
-        if (end >= m_code.size() || m_code[end] != quote) {
+        while (end < last && m_code[end] != quote && (!isLineEnd(m_code[end]) || quote == u'`'))
+            end += m_code[end] == u'\\' && end + 1 < last ? 2 : 1;
+        if (end >= last || m_code[end] != quote) {
             ++m_at; // an apostrophe, not a text
             return true;
         }

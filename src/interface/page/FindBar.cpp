@@ -62,7 +62,7 @@ void FindBar::open()
     QPalette colors = m_field->palette();
     colors.setColor(QPalette::Base, corvelle::palette(schemeOf(*this)).field);
     m_field->setPalette(colors);
-    if (!isVisible())
+    if (!isVisible() || isLeaving())
         appear();
     m_field->setFocus();
     m_field->selectAll();

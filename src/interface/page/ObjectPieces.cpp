@@ -16,6 +16,7 @@ namespace corvelle {
 namespace {
 
 constexpr double pictureRadius = 8, noteHeight = 64, cardHeight = 52;
+constexpr qsizetype longestNote = 400;
 
 void drawNote(QPainter& painter, const QRectF& box, Icon sign, const QString& words, const Palette& colors)
 {
@@ -25,7 +26,7 @@ void drawNote(QPainter& painter, const QRectF& box, Icon sign, const QString& wo
     painter.setPen(colors.ink2);
     const double room = box.right() - square.right() - 28;
     lettering.draw(painter, QRectF(square.right() + 12, box.top(), room, box.height()), Qt::AlignLeft,
-        lettering.elided(words, room, Qt::ElideMiddle));
+        lettering.elided(words.left(longestNote), room, Qt::ElideMiddle));
 }
 
 // Selected: under a veil, since it stands for itself.
@@ -63,16 +64,11 @@ protected:
 class PicturePiece : public ObjectPiece
 {
 public:
-    PicturePiece(const PieceFacts& facts, const PagePicture& picture, const PictureData& data)
-        : ObjectPiece(facts, sizeOf(facts, data))
-        , m_picture(picture)
-        , m_data(data)
-    {
-        if (!m_data.isShown())
-            m_picture.src = picture.src.startsWith(u"data:", Qt::CaseInsensitive) ? QString() : picture.src;
-        else
-            m_picture.src.clear(); // long, and not needed any more
-    }
+    PicturePiece(const PieceFacts& facts, const PagePictures::Found& found)
+        : ObjectPiece(facts, sizeOf(facts, found.data))
+        , m_picture(found.told)
+        , m_data(found.data)
+    {}
 
     void draw(QPainter& painter, QPointF at, const Paint& paint) const override
     {
@@ -129,7 +125,7 @@ private:
         return m_picture.src.isEmpty() ? u"This picture can’t be shown"_s : m_picture.src;
     }
 
-    PagePicture m_picture;
+    const PagePicture m_picture;
     const PictureData m_data;
 };
 
@@ -178,8 +174,7 @@ private:
 
 std::unique_ptr<LaidPiece> layOutPicture(const PieceFacts& facts, const BlockAttachment& picture)
 {
-    const PagePicture told = pictureOf(nodeFromJson(picture.node));
-    return std::make_unique<PicturePiece>(facts, told, PagePictures::find(told.src));
+    return std::make_unique<PicturePiece>(facts, facts.pictures->find(picture));
 }
 
 std::unique_ptr<LaidPiece> layOutEmbed(const PieceFacts& facts, const BlockAttachment& embed)

@@ -5,6 +5,8 @@
 
 #include <QStringMatcher>
 
+#include <algorithm>
+
 namespace corvelle {
 
 namespace {
@@ -54,11 +56,12 @@ private:
             range.from = shown.place(static_cast<int>(at));
             range.to = shown.place(static_cast<int>(at) + m_length);
             // Of a label any part stands for the whole mention.
-            for (const ShownText::Jump& jump : shown.jumps)
-                if (jump.shown < at + m_length && at < jump.shown + jump.length) {
-                    range.from = std::min(range.from, jump.place);
-                    range.to = std::max(range.to, jump.place + 1);
-                }
+            auto jump = std::partition_point(shown.jumps.begin(), shown.jumps.end(),
+                [at](const ShownText::Jump& before) { return before.shown + before.length <= at; });
+            for (; jump != shown.jumps.end() && jump->shown < at + m_length; ++jump) {
+                range.from = std::min(range.from, jump->place);
+                range.to = std::max(range.to, jump->place + 1);
+            }
             range.to = std::max(range.to, range.from + 1);
             m_found.push_back(range);
         }

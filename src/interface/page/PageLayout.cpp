@@ -11,7 +11,8 @@ namespace corvelle {
 namespace {
 
 constexpr qsizetype longTableBytes = 64 << 10; // of its JSON; a longer one is cut between its rows
-constexpr int rowsOfAPiece = 24;
+constexpr int rowsOfAPiece = 24, mostJoinedRows = 200;
+constexpr Units unitsOfACell = 50; // what laying out an empty one costs
 constexpr double unitWidth = 7.4; // a letter of body text, about
 
 const BlockAttachment* attachmentOf(const FlatText& text, const FlatText::BlockAt& block, CharStyleRef& holder)
@@ -90,31 +91,11 @@ void PageLayout::cutBlock(const FlatText::BlockAt& block, float gap, int number)
 {
     CharStyleRef holder;
     if (const BlockAttachment* attachment = attachmentOf(m_text, block, holder)) {
-        const bool table = attachment->kind == PageNode::Type::Table;
-        const double estimate = table ? 40 + static_cast<double>(attachment->node.size()) / 8
-                                      : attachment->kind == PageNode::Type::Image ? 300 : 52;
-        if (!table || attachment->node.size() < longTableBytes) {
-            addPiece({block.index, 0, 1, 0, 0}, gap, number, estimate);
-            return;
-        }
-        // A cut goes between rows that no merged cell joins.
-        const auto cells = tableCells(*attachment);
-        int start = 0, joined = 0;
-        std::vector<int> reach(static_cast<size_t>(cells->plan.rowCount) + 1);
-        for (const TablePlan::Slot& slot : cells->plan.cells)
-            reach[static_cast<size_t>(slot.row)] =
-                std::max(reach[static_cast<size_t>(slot.row)], slot.row + slot.rowSpan);
-        for (int row = 0; row < cells->plan.rowCount; ++row) {
-            joined = std::max(joined, reach[static_cast<size_t>(row)]);
-            const bool last = row + 1 == cells->plan.rowCount;
-            if (!last && (row + 1 - start < rowsOfAPiece || joined > row + 1))
-                continue;
-            addPiece({block.index, 0, 1, start, row + 1 - start}, start == 0 ? gap : 0, number,
-                34.0 * (row + 1 - start));
-            start = row + 1;
-        }
-        if (cells->plan.rowCount == 0)
-            addPiece({block.index, 0, 1, 0, 0}, gap, number, estimate);
+        if (attachment->kind == PageNode::Type::Table)
+            cutTable(block.index, *attachment, gap, number);
+        else
+            addPiece({block.index, 0, 1, 0, 0}, gap, number,
+                attachment->kind == PageNode::Type::Image ? 300 : 52);
         return;
     }
     const double line = m_style.lineHeight(block.what().kind);
@@ -126,6 +107,39 @@ void PageLayout::cutBlock(const FlatText::BlockAt& block, float gap, int number)
             number, line * std::max(1.0, std::ceil(static_cast<double>(to - from) / perLine)));
         from = to;
     } while (from < block.end);
+}
+
+// A long table is cut between rows that no merged cell joins, unless one joins too many.
+void PageLayout::cutTable(qsizetype block, const BlockAttachment& table, float gap, int number)
+{
+    const auto cells = table.node.size() < longTableBytes ? nullptr : tableCells(table);
+    if (!cells || cells->plan.rowCount == 0) {
+        addPiece({block, 0, 1, 0, 0}, gap, number, 40 + static_cast<double>(table.node.size()) / 8);
+        return;
+    }
+    const TablePlan& plan = cells->plan;
+    std::vector<int> reach(static_cast<size_t>(plan.rowCount));
+    std::vector<Units> units(reach.size());
+    for (size_t i = 0; i < plan.cells.size(); ++i) {
+        const TablePlan::Slot& slot = plan.cells[i];
+        const auto row = static_cast<size_t>(slot.row);
+        reach[row] = std::max(reach[row], slot.row + slot.rowSpan);
+        units[row] += unitsOfACell + std::min(cells->texts[i].length(), cells->mostOfCell());
+    }
+    int start = 0, joined = 0;
+    Units held = 0;
+    for (int row = 0; row < plan.rowCount; ++row) {
+        joined = std::max(joined, reach[static_cast<size_t>(row)]);
+        held += units[static_cast<size_t>(row)];
+        const int rows = row + 1 - start;
+        const bool full = rows >= rowsOfAPiece || held >= TableCells::mostOfRow;
+        const bool brimming = rows >= mostJoinedRows || held >= 4 * TableCells::mostOfRow;
+        if (row + 1 < plan.rowCount && !brimming && (!full || joined > row + 1))
+            continue;
+        addPiece({block, 0, 1, start, rows}, start == 0 ? gap : 0, number, 34.0 * rows);
+        start = row + 1;
+        held = 0;
+    }
 }
 
 void PageLayout::addPiece(const Extent& extent, float gap, int number, double estimate)

@@ -36,6 +36,8 @@ public:
 
     // Laid out now if it wasn't; the height is the true one from then on.
     const LaidPiece& laid(int piece);
+    // What was laid out is laid out anew when it is next asked for.
+    void forgetLaid() { m_laid.clear(); }
     // Lets go of all that is laid out beyond these.
     void keepOnly(int first, int last);
 
@@ -57,6 +59,7 @@ public:
 private:
     void cut();
     void cutBlock(const FlatText::BlockAt& block, float gap, int number);
+    void cutTable(qsizetype block, const BlockAttachment& table, float gap, int number);
     void addPiece(const Extent& extent, float gap, int number, double estimate);
 
     FlatText m_text;

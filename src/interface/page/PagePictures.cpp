@@ -15,6 +15,8 @@ constexpr int mostPixels = 1600;  // of a picture's width; more shows nothing mo
 constexpr int tallest = 1 << 13;
 constexpr int checkMs = 5'000;
 constexpr qint64 unusedMs = 120'000;
+constexpr size_t mostFound = 32;
+constexpr qsizetype mostFoundBytes = 64 << 20;
 
 // Of a "data:" address in base64.
 QByteArray bytesOf(QStringView src)
@@ -23,6 +25,16 @@ QByteArray bytesOf(QStringView src)
     if (comma < 0 || !src.first(comma).endsWith(u";base64", Qt::CaseInsensitive))
         return {};
     return QByteArray::fromBase64(src.mid(comma + 1).toLatin1());
+}
+
+PictureData dataOf(QStringView src)
+{
+    PictureData data;
+    data.bytes = bytesOf(src);
+    data.key = QString::number(data.bytes.size()) + u'@' + QString::number(qHash(data.bytes));
+    if (!data.bytes.isEmpty())
+        data.size = pictureSize(data.bytes);
+    return data;
 }
 
 } // namespace
@@ -38,16 +50,32 @@ PagePictures::PagePictures(QObject* parent)
 
 PagePictures::~PagePictures() = default;
 
-PictureData PagePictures::find(const QString& src)
+PagePictures::Found PagePictures::find(const BlockAttachment& picture)
 {
-    PictureData found;
-    if (!src.startsWith(u"data:", Qt::CaseInsensitive))
-        return found;
-    found.bytes = bytesOf(src);
-    found.key = QString::number(found.bytes.size()) + u'@' + QString::number(qHash(found.bytes));
-    if (!found.bytes.isEmpty())
-        found.size = pictureSize(found.bytes);
+    for (const auto& [node, found] : m_found)
+        if (node.isSharedWith(picture.node) || node == picture.node)
+            return found;
+    Found found{pictureOf(nodeFromJson(picture.node)), {}};
+    if (found.told.src.startsWith(u"data:", Qt::CaseInsensitive)) {
+        found.data = dataOf(found.told.src);
+        found.told.src.clear();
+    }
+    keep(picture.node, found);
     return found;
+}
+
+void PagePictures::keep(const QByteArray& node, const Found& found)
+{
+    m_found.emplace_front(node, found);
+    qsizetype bytes = 0;
+    size_t kept = 0;
+    for (const auto& [each, read] : m_found) {
+        bytes += each.size() + read.data.bytes.size();
+        if (kept > 0 && bytes > mostFoundBytes)
+            break;
+        ++kept;
+    }
+    m_found.resize(std::min(kept, mostFound));
 }
 
 QImage PagePictures::ready(const PictureData& picture, int width)
@@ -80,6 +108,7 @@ void PagePictures::checkUse()
     if (m_lastUse.elapsed() < unusedMs)
         return;
     m_entries.clear();
+    m_found.clear();
     m_check.stop();
 }
 

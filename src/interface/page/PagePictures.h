@@ -5,7 +5,7 @@
 #pragma once
 
 #include "base/SerialQueue.h"
-#include "pages/PageNode.h"
+#include "pages/FlatText.h"
 
 #include <QCache>
 #include <QElapsedTimer>
@@ -14,6 +14,7 @@
 #include <QSet>
 #include <QTimer>
 
+#include <deque>
 #include <optional>
 
 namespace corvelle {
@@ -36,8 +37,14 @@ public:
     explicit PagePictures(QObject* parent = nullptr);
     ~PagePictures() override;
 
-    // Reads the picture's header alone.
-    static PictureData find(const QString& src);
+    // What a picture of a page is. Of its bytes the header alone is read; the newest few are kept,
+    // since a large one takes long.
+    struct Found
+    {
+        PagePicture told; // its `src` only where that is an address to follow
+        PictureData data;
+    };
+    Found find(const BlockAttachment& picture);
 
     // The picture if it was decoded at four fifths of that width or more; else null, and it is
     // decoded unless that has begun. Pixels.
@@ -50,6 +57,7 @@ signals:
 
 private:
     void checkUse();
+    void keep(const QByteArray& node, const Found& found);
 
     struct Entry
     {
@@ -58,6 +66,7 @@ private:
     };
 
     QCache<QString, Entry> m_entries; // by key; costs in KiB
+    std::deque<std::pair<QByteArray, Found>> m_found; // by its node, the newest first
     QSet<QString> m_decoding;
     QElapsedTimer m_lastUse;
     QTimer m_check;

@@ -37,7 +37,7 @@ PageSheet::PageSheet(ItemLooks items, MentionSource mentions, QWidget* parent)
     setTabOrder(m_more, m_close);
     connect(m_more, &QAbstractButton::clicked, this, &PageSheet::moreWanted);
     connect(m_close, &QAbstractButton::clicked, this, &PageSheet::closeWanted);
-    connect(m_view, &PageView::closeWanted, this, &PageSheet::closeWanted);
+    connect(m_view, &PageView::closeWanted, this, &PageSheet::escape);
     connect(m_view, &PageView::foundChanged, this,
         [this] { m_find->setCount(m_view->currentFound(), m_view->foundCount()); });
     connect(m_find, &FindBar::wordsChanged, m_view, &PageView::find);
@@ -213,9 +213,17 @@ void PageSheet::wheelEvent(QWheelEvent* event)
 void PageSheet::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Escape)
-        emit closeWanted();
+        escape();
     else
         QWidget::keyPressEvent(event);
+}
+
+void PageSheet::escape()
+{
+    if (isFinding())
+        closeFind();
+    else
+        emit closeWanted();
 }
 
 // ---- finding ----

@@ -52,6 +52,7 @@ private:
     void layOut();
     void showParts(bool shows);
     void arrive();
+    void escape();
     bool isComing() const { return !m_picture.isNull(); }
     void paintSheet(QPainter& painter, const QRectF& box) const;
 

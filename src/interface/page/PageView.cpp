@@ -112,21 +112,21 @@ void PageView::take(ShownPage page)
     const Units end = m_page.text.length();
     m_anchor = std::min(m_anchor, end);
     m_head = std::min(m_head, end);
+    m_dragStart = {std::min(m_dragStart.first, end), std::min(m_dragStart.second, end)};
     m_found = findInPage(m_page.text, m_words);
-    m_currentFound = std::min(m_currentFound, static_cast<int>(m_found.size()) - 1);
-    layOut();
-    emit foundChanged();
+    m_currentFound = m_found.empty() ? -1 : std::clamp(m_currentFound, 0, foundCount() - 1);
 }
 
 void PageView::open(ShownPage page)
 {
+    letGo();
     m_anchor = m_head = 0;
     m_words.clear();
-    m_currentFound = -1;
     m_topPiece = 0;
+    m_isAtTop = true;
     take(std::move(page));
-    m_topOffset = -headHeight();
-    settle();
+    layOut();
+    emit foundChanged();
 }
 
 void PageView::refresh(ShownPage page)
@@ -135,6 +135,13 @@ void PageView::refresh(ShownPage page)
     const Units from = m_layout.count() > 0 ? m_layout.extent(m_topPiece).from : 0;
     take(std::move(page));
     m_topPiece = m_layout.pieceOf(block, from);
+    layOut();
+    emit foundChanged();
+}
+
+void PageView::refreshItems()
+{
+    m_layout.forgetLaid();
     settle();
 }
 
@@ -173,10 +180,11 @@ double PageView::headHeight() const
 
 void PageView::layOut()
 {
-    const bool atTop = m_topPiece == 0 && m_topOffset <= 0;
     m_layout.setWidth(column().width());
-    if (atTop)
+    if (m_isAtTop) {
+        m_topPiece = 0;
         m_topOffset = -headHeight();
+    }
     settle();
 }
 
@@ -222,6 +230,7 @@ void PageView::settle()
         settleTop();
     }
     m_layout.keepOnly(m_topPiece - 20, lastInSight() + 20);
+    m_isAtTop = m_topPiece == 0 && m_topOffset <= -headHeight();
     update();
 }
 
@@ -291,7 +300,7 @@ QRectF PageView::thumb() const
     const double range = scrollRange();
     if (range <= 0)
         return {};
-    const double track = height() - 2 * thumbEdge;
+    const double track = std::max(leastThumb, height() - 2 * thumbEdge);
     const double length = std::clamp(track * height() / (range + height()), leastThumb, track);
     const double top = thumbEdge + (track - length) * std::clamp(scrollPlace() / range, 0.0, 1.0);
     return QRectF(width() - thumbEdge - thumbWidth, top, thumbWidth, length);
@@ -307,6 +316,24 @@ void PageView::leaveEvent(QEvent*)
 {
     if (std::exchange(m_isNearThumb, false))
         update();
+}
+
+// A drag that hears nothing of its release ends here.
+void PageView::letGo()
+{
+    m_drag = Drag::None;
+    m_autoScroll.stop();
+}
+
+void PageView::hideEvent(QHideEvent*)
+{
+    letGo();
+}
+
+bool PageView::isOnTrack(QPointF at) const
+{
+    const QRectF bar = thumb();
+    return !bar.isEmpty() && at.x() >= bar.left() - 4;
 }
 
 void PageView::dragThumb(double y)
@@ -482,8 +509,13 @@ void PageView::mousePressEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton)
         return QWidget::mousePressEvent(event);
+    const QStyleHints& hints = *QGuiApplication::styleHints();
+    const double away = QLineF(m_pressedAt, event->position()).length();
+    const bool third = m_lastDouble.isValid() && m_lastDouble.elapsed() < hints.mouseDoubleClickInterval() &&
+                       away <= hints.startDragDistance();
     m_pressedAt = m_dragAt = event->position();
-    if (const QRectF bar = thumb(); !bar.isEmpty() && event->position().x() >= bar.left() - 4) {
+    if (isOnTrack(event->position())) {
+        const QRectF bar = thumb();
         m_drag = Drag::Thumb;
         const bool onThumb = bar.adjusted(-4, 0, 4, 0).contains(event->position());
         m_thumbGrip = onThumb ? event->position().y() - bar.top() : bar.height() / 2;
@@ -491,7 +523,6 @@ void PageView::mousePressEvent(QMouseEvent* event)
         return;
     }
     const Units place = placeAt(event->position());
-    const bool third = m_lastDouble.isValid() && m_lastDouble.elapsed() < QGuiApplication::styleHints()->mouseDoubleClickInterval();
     if (third) {
         const FlatText::BlockAt block = m_page.text.blockAt(place);
         m_drag = Drag::Blocks;
@@ -509,7 +540,10 @@ void PageView::mouseDoubleClickEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton || m_layout.count() == 0)
         return;
+    if (isOnTrack(event->position()))
+        return mousePressEvent(event);
     m_lastDouble.start();
+    m_pressedAt = m_dragAt = event->position();
     m_drag = Drag::Words;
     const Units place = placeAt(event->position());
     const FlatText::BlockAt block = m_page.text.blockAt(place);
@@ -521,6 +555,8 @@ void PageView::mouseDoubleClickEvent(QMouseEvent* event)
 void PageView::mouseMoveEvent(QMouseEvent* event)
 {
     m_dragAt = event->position();
+    if (!(event->buttons() & Qt::LeftButton))
+        letGo();
     if (m_drag == Drag::None) {
         updateCursor(event->position());
         return;
@@ -568,8 +604,7 @@ void PageView::updateCursor(QPointF at)
     const bool near = at.x() >= width() - thumbNear;
     if (std::exchange(m_isNearThumb, near) != near)
         update();
-    const QRectF bar = thumb();
-    if (!bar.isEmpty() && at.x() >= bar.left() - 4)
+    if (isOnTrack(at))
         setCursor(Qt::ArrowCursor);
     else
         setCursor(targetAt(at).isNothing() ? Qt::IBeamCursor : Qt::PointingHandCursor);
@@ -645,9 +680,8 @@ bool PageView::focusNextPrevChild(bool next)
     const int count = static_cast<int>(m_targets.size());
     int wanted = m_focused + (next ? 1 : -1);
     if (m_focused < 0 && m_layout.count() > 0) {
-        const qsizetype first = m_layout.extent(m_topPiece).block;
-        const auto here = std::find_if(m_targets.begin(), m_targets.end(),
-            [first](const TargetInPage& target) { return target.range.block >= first; });
+        const auto here = std::partition_point(m_targets.begin(), m_targets.end(),
+            [this](const TargetInPage& target) { return m_layout.pieceOf(target.range) < m_topPiece; });
         wanted = static_cast<int>(here - m_targets.begin()) - (next ? 0 : 1);
     }
     if (wanted < 0 || wanted >= count) {
@@ -699,9 +733,8 @@ void PageView::find(const QString& words)
     m_found = findInPage(m_page.text, words);
     m_currentFound = -1;
     if (!m_found.empty() && m_layout.count() > 0) {
-        const qsizetype block = m_layout.extent(m_topPiece).block;
-        const auto here = std::find_if(m_found.begin(), m_found.end(),
-            [block](const TextRange& range) { return range.block >= block; });
+        const auto here = std::partition_point(m_found.begin(), m_found.end(),
+            [this](const TextRange& range) { return m_layout.pieceOf(range) < m_topPiece; });
         m_currentFound = here == m_found.end() ? 0 : static_cast<int>(here - m_found.begin());
         showRange(m_found[static_cast<size_t>(m_currentFound)]);
     }

@@ -34,6 +34,8 @@ public:
     // Begins at the top. `refresh` shows another state of the same page and stays where it is.
     void open(ShownPage page);
     void refresh(ShownPage page);
+    // The items that it mentions may look otherwise now.
+    void refreshItems();
     const ShownPage& page() const { return m_page; }
     int turn() const { return m_turn; } // counts the pages and states shown
     PagePictures& pictures() { return m_pictures; }
@@ -89,6 +91,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     bool focusNextPrevChild(bool next) override;
     void leaveEvent(QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     void take(ShownPage page);
@@ -115,6 +118,8 @@ private:
     void extend(QPointF at);
     QRectF thumb() const;
     void dragThumb(double y);
+    bool isOnTrack(QPointF at) const;
+    void letGo();
     bool isThumbShown() const;
     void updateCursor(QPointF at);
 
@@ -127,6 +132,7 @@ private:
 
     int m_topPiece = 0;     // the piece at the upper edge,
     double m_topOffset = 0; // and how far its top is above the edge
+    bool m_isAtTop = true;  // nothing is above the edge
 
     Units m_anchor = 0, m_head = 0; // of the selection
     enum class Drag : unsigned char { None, Characters, Words, Blocks, Thumb } m_drag = Drag::None;

@@ -137,28 +137,26 @@ private:
 
 int ShownText::shown(Units place) const
 {
-    Units shift = 0; // what the jumps before the place add
-    for (const Jump& jump : jumps) {
-        if (jump.place >= place)
-            break;
-        shift = jump.shown + jump.length - (jump.place + 1);
-    }
-    return static_cast<int>(std::clamp<Units>(place + shift, 0, words.size()));
+    const auto beyond = std::partition_point(
+        jumps.begin(), jumps.end(), [place](const Jump& jump) { return jump.place < place; });
+    return static_cast<int>(std::clamp<Units>(place + shiftBefore(beyond), 0, words.size()));
 }
 
 Units ShownText::place(int at) const
 {
-    Units shift = 0;
-    for (const Jump& jump : jumps) {
-        if (jump.shown + jump.length <= at) {
-            shift = jump.shown + jump.length - (jump.place + 1);
-            continue;
-        }
-        if (jump.shown < at)
-            return jump.place + (2 * (at - jump.shown) > jump.length ? 1 : 0);
-        break;
-    }
-    return at - shift;
+    const auto beyond = std::partition_point(jumps.begin(), jumps.end(),
+        [at](const Jump& jump) { return jump.shown + jump.length <= at; });
+    if (beyond != jumps.end() && beyond->shown < at)
+        return beyond->place + (2 * (at - beyond->shown) > beyond->length ? 1 : 0);
+    return at - shiftBefore(beyond);
+}
+
+Units ShownText::shiftBefore(std::vector<Jump>::const_iterator jump) const
+{
+    if (jump == jumps.begin())
+        return 0;
+    --jump;
+    return jump->shown + jump->length - (jump->place + 1);
 }
 
 ShownText shownText(const FlatText& text, Units from, Units to, Block kind, const PageStyle& style,
@@ -174,9 +172,6 @@ ShownText shownText(const FlatText& text, Units from, Units to, Block kind, cons
 void colorCode(ShownText& shown, QStringView block, qsizetype at, const QString& language,
     const PageStyle& style)
 {
-    constexpr qsizetype longest = 100'000; // more is left in one ink
-    if (block.size() > longest)
-        return;
     const Palette& colors = style.colors();
     for (const CodeToken& token : codeTokens(block, language)) {
         const int from = std::max(0, static_cast<int>(token.from - at));

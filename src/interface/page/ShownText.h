@@ -55,7 +55,11 @@ struct ShownText
         Units place = 0;
         int shown = 0, length = 0;
     };
-    std::vector<Jump> jumps;
+    std::vector<Jump> jumps; // in order
+
+private:
+    // What the jumps before one add to places.
+    Units shiftBefore(std::vector<Jump>::const_iterator jump) const;
 };
 
 // Of a stretch of one block, or of several in the cell of a table, where newlines become line

@@ -2,6 +2,7 @@
 
 #include "pages/PageDocument.h"
 
+#include <algorithm>
 #include <deque>
 
 namespace corvelle {
@@ -27,6 +28,11 @@ std::shared_ptr<const TableCells> readTable(const QByteArray& json)
 }
 
 } // namespace
+
+Units TableCells::mostOfCell() const
+{
+    return mostOfRow / std::max(1, plan.columnCount);
+}
 
 std::shared_ptr<const TableCells> tableCells(const BlockAttachment& table)
 {

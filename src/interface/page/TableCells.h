@@ -16,6 +16,10 @@ struct TableCells
     TablePlan plan; // of these rows
     std::vector<FlatText> texts; // of the plan's slots, in their order
 
+    // A row shows no more units of its words than this; its cells have equal parts of it.
+    static constexpr Units mostOfRow = 20'000;
+    Units mostOfCell() const;
+
     TableCells() = default;
     TableCells(const TableCells&) = delete;
     TableCells& operator=(const TableCells&) = delete;

@@ -20,7 +20,8 @@ namespace {
 
 constexpr double cellSide = 12, cellEnd = 7, cellLine = 20, cellRule = 1, tableRadius = 8;
 constexpr double leastColumn = 48;
-constexpr size_t sampledCells = 400; // whose words tell how wide columns want to be
+constexpr size_t sampledCells = 400; // whose words tell how wide columns want to be,
+constexpr Units sampledUnits = 2'000; // and how many of each
 
 Qt::Alignment alignmentOf(const TablePlan::Slot& slot)
 {
@@ -66,14 +67,17 @@ std::vector<double> fitted(std::vector<double> wanted, double width)
         }
         for (double& column : given)
             if (column < 0)
-                column = std::max(1.0, left / open);
+                column = left / open;
         wanted = given;
         sum = std::accumulate(wanted.begin(), wanted.end(), 0.0);
     }
-    for (double& column : wanted)
-        column = std::max(1.0, std::round(column * width / std::max(1.0, sum)));
-    if (!wanted.empty())
-        wanted.back() = std::max(1.0, wanted.back() + width - std::accumulate(wanted.begin(), wanted.end(), 0.0));
+    // Edges stand on whole pixels.
+    double edge = 0, ideal = 0;
+    for (double& column : wanted) {
+        ideal += column * width / std::max(1.0, sum);
+        column = std::round(ideal) - edge;
+        edge += column;
+    }
     return wanted;
 }
 
@@ -163,7 +167,8 @@ private:
             const TablePlan::Slot& slot = plan.cells[i];
             if (slot.colSpan == 1) {
                 double& column = wanted[static_cast<size_t>(slot.column)];
-                column = std::max(column, naturalWidth(cells.texts[i].text(), slot.isHeader));
+                const FlatText& text = cells.texts[i];
+                column = std::max(column, naturalWidth(text.text(0, std::min(text.length(), sampledUnits)), slot.isHeader));
             }
         }
         for (size_t i = 0; i < wanted.size(); ++i)
@@ -182,8 +187,10 @@ private:
                 continue;
             const FlatText& text = cells.texts[i];
             const double width = columnEdge(slot.column + slot.colSpan) - columnEdge(slot.column);
-            ShownText shown =
-                shownText(text, 0, text.length(), Block::Paragraph, *m_facts.style, *m_facts.items);
+            const Units end = std::min(text.length(), cells.mostOfCell());
+            ShownText shown = shownText(text, 0, end, Block::Paragraph, *m_facts.style, *m_facts.items);
+            if (end < text.length())
+                shown.words += u'…';
             const bool reversed = readsRightToLeft(shown.words);
             Box box;
             box.cell = static_cast<int>(i);

@@ -1,5 +1,6 @@
 #include "interface/page/TextBox.h"
 
+#include <QGlyphRun>
 #include <QPainter>
 
 #include <algorithm>
@@ -10,6 +11,7 @@ namespace corvelle {
 namespace {
 
 constexpr int lightFineness = 3;
+constexpr double touching = 0.3; // between the rectangles of two neighbours
 
 QFont enlarged(QFont font, int factor)
 {
@@ -168,9 +170,8 @@ void TextBox::addRects(int index, int from, int to, std::vector<QRectF>& rects) 
     }
     const auto add = [&](double x1, double x2) {
         const double left = std::min(x1, x2) / m_fineness, right = std::max(x1, x2) / m_fineness;
-        if (!rects.empty() && rects.back().top() == whole.top() &&
-            std::abs(rects.back().right() - left) < 0.01)
-            rects.back().setRight(right);
+        if (!rects.empty() && rects.back().top() == whole.top() && left - rects.back().right() < touching)
+            rects.back().setRight(std::max(right, rects.back().right()));
         else if (right > left)
             rects.push_back(QRectF(left, whole.top(), right - left, whole.height()));
     };
@@ -178,19 +179,25 @@ void TextBox::addRects(int index, int from, int to, std::vector<QRectF>& rects) 
         add(line.cursorToX(from), line.cursorToX(to));
         return;
     }
-    // Neighbours in the text may stand apart: character by character.
-    for (int i = from; i < to; ++i) {
-        int position = i;
-        const double leading = line.cursorToX(&position, QTextLine::Leading);
-        position = i;
-        add(leading, line.cursorToX(&position, QTextLine::Trailing));
-    }
+    // Neighbours in the text may stand apart, and a cursor before a change of direction stands on
+    // one of its two sides only: the glyphs tell.
+    std::vector<std::pair<double, double>> runs;
+    for (const QGlyphRun& run : line.glyphRuns(from, to - from))
+        runs.emplace_back(run.boundingRect().left(), run.boundingRect().right());
+    std::sort(runs.begin(), runs.end());
+    for (const auto& [left, right] : runs)
+        add(left, right);
 }
 
 std::vector<QRectF> TextBox::shownRects(int from, int to) const
 {
     std::vector<QRectF> rects;
-    for (int i = 0; i < m_layout->lineCount(); ++i)
+    const int lines = m_layout->lineCount();
+    int first = 0;
+    for (int step = lines; step > 0; step /= 2)
+        while (first + step < lines && m_layout->lineAt(first + step).textStart() <= from)
+            first += step;
+    for (int i = first; i < lines && m_layout->lineAt(i).textStart() < to; ++i)
         addRects(i, from, to, rects);
     return rects;
 }
@@ -222,7 +229,7 @@ void TextBox::drawChips(QPainter& painter, const Ink& ink, QPointF at, bool sign
             }
             // The sign stands where the label begins.
             const bool fromRight = readsRightToLeft(QStringView(m_text.words).mid(chip.from, chip.to - chip.from));
-            const double x = fromRight ? rects.back().right() + at.x() - 4 - chipSign : box.left() + 4;
+            const double x = fromRight ? box.right() - 4 - chipSign : box.left() + 4;
             drawIcon(painter, chip.look.sign,
                 QRectF(std::round(x), std::round(box.center().y() - chipSign / 2), chipSign, chipSign),
                 letters);

@@ -16,6 +16,7 @@ namespace {
 
 constexpr double boxSide = 17, dotSide = 5, barWidth = 3;
 constexpr double codeRadius = 10;
+constexpr Units longestColored = 100'000; // of a block of code; more is left in one ink
 
 void drawTick(QPainter& painter, const QRectF& box, const Palette& colors)
 {
@@ -27,6 +28,14 @@ void drawTick(QPainter& painter, const QRectF& box, const Palette& colors)
     tick.lineTo(box.topLeft() + QPointF(12.4, 5.8));
     painter.strokePath(
         tick, QPen(colors.onAccent, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+}
+
+// The break that a long block was cut behind would be an empty line.
+Units wordsEnd(const PieceFacts& facts)
+{
+    const bool atBreak = !facts.isLast && facts.to > facts.from &&
+                         facts.text->at(facts.block.start + facts.to - 1) == lineBreak;
+    return facts.to - (atBreak ? 1 : 0);
 }
 
 class WordsPiece : public LaidPiece
@@ -41,8 +50,8 @@ public:
         const double inset = style.inset(m_style.kind);
         const bool code = m_style.kind == Block::Code;
         ShownText shown = shownText(*facts.text, facts.block.start + facts.from,
-            facts.block.start + facts.to, m_style.kind, style, *facts.items);
-        if (code && !m_style.language.isEmpty())
+            facts.block.start + wordsEnd(facts), m_style.kind, style, *facts.items);
+        if (code && !m_style.language.isEmpty() && facts.block.length() <= longestColored)
             colorCode(shown, facts.text->text(facts.block.start, facts.block.end), facts.from,
                 m_style.language, style);
         m_box.emplace(std::move(shown),
@@ -159,10 +168,12 @@ private:
     void drawLanguage(QPainter& painter, QPointF at) const
     {
         const Lettering lettering(TypeStyle::Key);
+        const QString name = lettering.elided(m_style.language.left(60), m_room.width / 2, Qt::ElideRight);
+        const QRectF place(at.x() + m_room.left, at.y() + m_facts.gap + 10, m_room.width - 12, 16);
+        if (at.x() + m_origin.x() + m_box->lineRect(0).right() + 8 > place.right() - lettering.width(name))
+            return; // the first line has the room
         painter.setPen(m_facts.style->colors().ink3);
-        lettering.draw(painter,
-            QRectF(at.x() + m_room.left, at.y() + m_facts.gap + 10, m_room.width - 12, 16), Qt::AlignRight,
-            lettering.elided(m_style.language, m_room.width / 2, Qt::ElideRight));
+        lettering.draw(painter, place, Qt::AlignRight, name);
     }
 
     const PieceFacts m_facts;

@@ -76,6 +76,8 @@ void MainWindow::connectPage()
     connect(&m_model.library(), &Library::treeChanged, this, [this](const TreeChange& change) {
         if (change.everything || change.nodes.contains(m_model.openedID()))
             namePage();
+        if (showsPage() && (change.everything || !change.nodes.isEmpty()))
+            m_page->view().refreshItems();
     });
     connect(m_page, &PageSheet::closeWanted, this, [this] { m_model.closeOver(); });
     connect(m_page, &PageSheet::moreWanted, this,
@@ -112,7 +114,10 @@ void MainWindow::showOpened()
     m_page->hide();
     showChrome(true);
     m_crumbs->setOpened({});
-    m_canvas->setFocus();
+    if (m_menu)
+        m_menu->closeMenu(); // it was the page's
+    if (!m_alertPanel)
+        m_canvas->setFocus();
 }
 
 void MainWindow::showDocument(bool again)
@@ -125,6 +130,9 @@ void MainWindow::showDocument(bool again)
     ShownPage shown{contents.text, contents.settings, page ? node->title : QString(),
         page ? node->icon : QString()};
     namePage();
+    if (!contents.readable)
+        m_toasts->show({u"page"_s, Icon::Alert, u"“%1” couldn’t be read"_s.arg(node->title),
+            u"What is stored of it stays as it is."_s, {}});
     if (again && showsPage()) {
         m_page->view().refresh(std::move(shown));
         return;
@@ -137,7 +145,8 @@ void MainWindow::showDocument(bool again)
     m_page->view().open(std::move(shown));
     const PlacedCard* card = m_model.card(node->id);
     m_page->comeFrom(card && !wasOpen ? toScreen(card->rect(), m_model.camera(), m_model.viewport()) : QRectF());
-    m_page->takeFocus();
+    if (!m_alertPanel)
+        m_page->takeFocus();
     layOut();
     if (const QString words = std::exchange(m_wordsToFind, {}); !words.isEmpty())
         findInOpened(words);

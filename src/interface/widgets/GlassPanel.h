@@ -37,6 +37,7 @@ public:
     // Fades the panel out, then hides it and sends left(). Nothing happens to one that is hidden
     // already.
     void leave();
+    bool isLeaving() const { return m_isLeaving; }
 
 signals:
     void left();

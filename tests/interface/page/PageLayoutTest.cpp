@@ -1,9 +1,12 @@
 // A page cut into pieces: heights, places, and what stays still.
+#include "interface/page/FindBar.h"
 #include "interface/page/PageLayout.h"
-#include "interface/page/PageView.h"
+#include "interface/page/PageSheet.h"
 #include "pages/PageDocument.h"
 #include "support/Printing.h"
 
+#include <QAbstractButton>
+#include <QSignalSpy>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -131,6 +134,85 @@ TEST(PageLayout, aLongTableIsCutBetweenRowsThatNoCellJoins)
     EXPECT_GT(pieces, 5);
 }
 
+TEST(PageLayout, aCutAtALineBreakAddsNoLine)
+{
+    const ItemLooks items;
+    PagePictures pictures;
+    PageLayout layout(items, pictures);
+    FlatTextBuilder builder;
+    for (int line = 0; line < 300; ++line)
+        builder.add((line ? QString(lineBreak) : QString()) + (line % 9 ? "a line of code" : ""));
+    BlockStyle style;
+    style.kind = Block::Code;
+    builder.closeBlock(std::make_shared<BlockStyle>(style));
+    layout.setPage(builder.take(), PageStyle());
+    ASSERT_GT(layout.count(), 2);
+    double lines = 0;
+    for (int piece = 0; piece < layout.count(); ++piece)
+        lines += layout.laid(piece).height() / PageStyle().lineHeight(Block::Code);
+    EXPECT_NEAR(lines, 300, 3) << "with the room round the block";
+}
+
+TEST(PageLayout, hostileTablesAreLaidOutInParts)
+{
+    const auto row = [](int cells, const QByteArray& attributes, const QByteArray& words) {
+        const QByteArray cell = R"({"type":"tableCell","attrs":{)" + attributes +
+                                R"(},"content":[{"type":"paragraph","content":[{"type":"text","text":")" + words + R"("}]}]})";
+        return R"({"type":"tableRow","content":[)" + (cell + ',').repeated(cells - 1) + cell + "]}";
+    };
+    const QByteArray plain = row(2, "", "x"), wide = row(1'000, "", "ab cd ef");
+    struct Case
+    {
+        const char* what;
+        QByteArray rows;
+        int mostRows;
+    };
+    const Case cases[] = {
+        {"one cell joins all rows", row(1, R"("rowspan":1000000,"colspan":-5)", "x") + (',' + plain).repeated(3'000), 200},
+        {"as many columns as there may be", wide + (',' + wide).repeated(20), 1},
+        {"a cell of a million words", row(1, "", QByteArray("word ").repeated(1'000'000)) + ',' + plain, 2},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const ItemLooks items;
+        PagePictures pictures;
+        PageLayout layout(items, pictures);
+        layout.setPage(textFromJSON(R"({"type":"doc","content":[{"type":"table","content":[)" + c.rows + "]}]}"), PageStyle());
+        for (int piece = 0; piece < layout.count(); ++piece)
+            EXPECT_LE(layout.extent(piece).rowCount, c.mostRows);
+        EXPECT_LT(layout.laid(0).height(), 40'000);
+        for (const int cell : {0, 1, 999})
+            EXPECT_LE(layout.laid(0).rectOf({cell, {}}).right(), layout.width());
+    }
+}
+
+TEST(TextBox, aUnitIsWholeWhereverTheDirectionChanges)
+{
+    const ItemLooks items = [](const QString&) { return ItemLook{}; };
+    const QByteArray latin = "latin", hebrew = "\u05EA\u05D5\u05D5 \u05D9\u05EA", arabic = "\u0627\u0644\u0639\u0631";
+    for (const QByteArray& around : {latin, hebrew, arabic})
+        for (const QByteArray& label : {latin, hebrew, arabic, QByteArray(latin + ' ' + arabic), QByteArray(arabic + ' ' + latin)}) {
+            SCOPED_TRACE((around + " round " + label).constData());
+            const FlatText text = textFromJSON(R"({"type":"doc","content":[{"type":"paragraph","content":[
+                {"type":"text","text":")" + around + R"( "},{"type":"mention","attrs":{"id":"a","label":")" + label +
+                R"("}},{"type":"text","text":" )" + around + R"("}]}]})");
+            const Units end = text.block(0).length();
+            const bool reversed = readsRightToLeft(text.text());
+            const TextBox box(shownText(text, 0, end, Block::Paragraph, PageStyle(), items),
+                {PageStyle().font(Block::Paragraph), 25, 600, Qt::AlignLeading, reversed, false});
+            const Units mention = around == hebrew ? 7 : end / 2;
+            const auto rects = box.rects(mention, mention + 1);
+            ASSERT_EQ(rects.size(), 1u);
+            double others = 0;
+            for (const auto& [from, to] : {std::pair<Units, Units>(0, mention), {mention + 1, end}})
+                for (const QRectF& rect : box.rects(from, to))
+                    others += rect.width();
+            EXPECT_NEAR(rects.front().width() + others, box.lineRect(0).width(), 1.5)
+                << "nothing of the line is left out or counted twice";
+            EXPECT_GT(rects.front().width(), chipHead + chipTail + 20);
+        }
+}
+
 // Estimates turn out wrong all the time; what is read must not move by that.
 TEST(PageView, whatIsInSightStaysWhereItIs)
 {
@@ -206,4 +288,108 @@ TEST(PageView, selectsByCharacterWordAndBlock)
     EXPECT_EQ(view.selection().second, view.page().text.length());
     QTest::keyClick(&view, Qt::Key_Escape);
     EXPECT_FALSE(view.hasSelection());
+}
+
+TEST(PageView, aDragEndsWithItsButtonOrItsPage)
+{
+    PageView view({}, {}, nullptr);
+    view.resize(900, 600);
+    view.show();
+    view.open({paragraphs(100), {}, "Title", {}});
+    const QPoint low(400, 500), lower(400, 560);
+    QTest::mousePress(&view, Qt::LeftButton, {}, low);
+    QMouseEvent move(QEvent::MouseMove, lower, view.mapToGlobal(lower), Qt::NoButton, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&view, &move);
+    ASSERT_TRUE(view.hasSelection());
+    view.refresh({paragraphs(1, 1), {}, "Title", {}});
+    QCoreApplication::sendEvent(&view, &move);
+    EXPECT_LE(view.selection().second, view.page().text.length()) << "what was dragged over is gone";
+    view.hide();
+    view.show();
+    view.select(0, 0);
+    QCoreApplication::sendEvent(&view, &move);
+    EXPECT_FALSE(view.hasSelection()) << "no release came before it was hidden";
+    QTest::mousePress(&view, Qt::LeftButton, {}, QPoint(300, 120));
+    QTest::mouseMove(&view, lower); // without a button
+    EXPECT_FALSE(view.hasSelection()) << "the release went elsewhere";
+}
+
+TEST(PageView, aRefreshStaysWhereItIs)
+{
+    PageView view({}, {}, nullptr);
+    view.resize(900, 600);
+    view.show();
+    view.open({paragraphs(100), {}, "Title", {}});
+    view.find("no such words");
+    for (const double place : {0.0, 20.0, 700.0}) {
+        view.scrollTo(place);
+        const double before = view.scrollPlace();
+        view.refresh({paragraphs(101), {}, "Title", {}});
+        EXPECT_NEAR(view.scrollPlace(), before, 1) << place;
+    }
+    view.find("later");
+    FlatTextBuilder builder;
+    builder.add(u"what comes later");
+    builder.closeBlock({});
+    view.refresh({builder.take(), {}, "Title", {}});
+    EXPECT_EQ(view.currentFound(), 0) << "one of one, not none of one";
+}
+
+TEST(PageView, findingBeginsInSightEvenInALongBlock)
+{
+    PageView view({}, {}, nullptr);
+    view.resize(900, 600);
+    view.show();
+    const QString words = QString("needle ") + QString("hay ").repeated(10'000);
+    FlatTextBuilder builder;
+    builder.add(words + words + words);
+    builder.closeBlock({});
+    view.open({builder.take(), {}, {}, {}});
+    view.scrollTo(view.scrollRange() / 2);
+    view.find("needle");
+    EXPECT_EQ(view.currentFound(), 2);
+    EXPECT_EQ(view.foundCount(), 3);
+}
+
+TEST(PageView, aQuickPressElsewhereIsNoThirdOne)
+{
+    PageView view({}, {}, nullptr);
+    view.resize(900, 600);
+    view.show();
+    view.open({paragraphs(100), {}, {}, {}});
+    QTest::mouseDClick(&view, Qt::LeftButton, {}, view.rectOf(3).center().toPoint());
+    ASSERT_TRUE(view.hasSelection());
+    QTest::mouseClick(&view, Qt::LeftButton, {}, view.rectOf(60).center().toPoint());
+    EXPECT_FALSE(view.hasSelection());
+    // Two quick presses beside the thumb scroll twice.
+    const QPoint track(view.width() - 5, 550);
+    QTest::mouseDClick(&view, Qt::LeftButton, {}, track);
+    EXPECT_FALSE(view.hasSelection());
+    EXPECT_GT(view.scrollPlace(), 0);
+}
+
+TEST(PageSheet, theFieldForFindingComesBackAndEscapeClosesIt)
+{
+    QWidget window;
+    window.resize(1'000, 700);
+    PageSheet sheet({}, {}, &window);
+    sheet.setGeometry(window.rect());
+    window.show();
+    sheet.view().open({paragraphs(10), {}, "Title", {}});
+    sheet.openFind();
+    QTest::qWait(300);
+    sheet.closeFind();
+    sheet.openFind(); // while it fades out
+    QTest::qWait(400);
+    EXPECT_TRUE(sheet.findBar().isVisible());
+    QSignalSpy closed(&sheet, &PageSheet::closeWanted);
+    QWidget* const places[] = {&sheet.view(), sheet.findBar().findChild<QAbstractButton*>()};
+    for (QWidget* where : places) {
+        sheet.openFind();
+        QTest::keyClick(where, Qt::Key_Escape);
+        EXPECT_FALSE(sheet.isFinding());
+        EXPECT_EQ(closed.count(), 0);
+    }
+    QTest::keyClick(&sheet.view(), Qt::Key_Escape);
+    EXPECT_EQ(closed.count(), 1);
 }

@@ -103,6 +103,7 @@ TEST(CodeTokens, findWhatIsSetOff)
     EXPECT_EQ(tokens("int a; /* b\nc */ \"d\" // e", "c++"),
         (Found{{"int", Kind::Keyword}, {"/* b\nc */", Kind::Comment}, {"\"d\"", Kind::Text}, {"// e", Kind::Comment}}));
     EXPECT_EQ(tokens("don't", "rust"), Found{}) << "an apostrophe opens no text";
+    EXPECT_EQ(tokens(u'\'' + QString(3'000, u'.') + u'\'', "js"), Found{}) << "what doesn't end soon is no text";
     EXPECT_EQ(tokens("Select x", "sql"), (Found{{"Select", Kind::Keyword}}));
     EXPECT_EQ(tokens("int a", "no such language"), Found{});
     EXPECT_EQ(tokens("/* open", "c"), (Found{{"/* open", Kind::Comment}}));
