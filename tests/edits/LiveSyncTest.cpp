@@ -29,7 +29,8 @@ protected:
     void open()
     {
         lib = std::make_unique<EditedLibrary>(folder.path());
-        lib->diskSync.setDelays({1, 2, 6});
+        // Long enough that what a busy machine tells in two batches is judged as one.
+        lib->diskSync.setDelays({1, 20, 60});
         lib->diskSync.watch();
         ASSERT_TRUE(lib->settle());
     }

@@ -120,6 +120,7 @@ void PageView::take(ShownPage page)
 void PageView::open(ShownPage page)
 {
     letGo();
+    m_isUnpainted = true;
     m_anchor = m_head = 0;
     m_words.clear();
     m_topPiece = 0;
@@ -398,6 +399,8 @@ void PageView::paintPiece(QPainter& painter, int piece, double y)
 
 void PageView::paintEvent(QPaintEvent* event)
 {
+    if (std::exchange(m_isUnpainted, false))
+        emit painted();
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const Palette& colors = m_layout.style().colors();

@@ -76,6 +76,8 @@ signals:
     void menuWanted(QPoint at);
     void closeWanted();
     void foundChanged();
+    // What open() gave is painted for the first time.
+    void painted();
 
 protected:
     bool event(QEvent* event) override;
@@ -128,6 +130,7 @@ private:
     PagePictures m_pictures;
     ShownPage m_page;
     int m_turn = 0;
+    bool m_isUnpainted = false; // since open()
     PageLayout m_layout;
 
     int m_topPiece = 0;     // the piece at the upper edge,

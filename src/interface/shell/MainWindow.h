@@ -8,6 +8,7 @@
 #include "interface/widgets/MenuPanel.h"
 #include "interface/widgets/ToastStack.h"
 
+#include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QPointer>
@@ -144,6 +145,8 @@ private:
     TrashView* m_trash;
     OpenDocument* m_document;
     PageSheet* m_page;
+    QElapsedTimer m_opening;    // since something was opened
+    double m_paintedAfterMs = 0; // it was first painted
     QString m_wordsToFind; // once what is being opened is there
     QPointer<MenuPanel> m_menu;
     LineNote* m_working; // while the main thread is kept

@@ -82,6 +82,8 @@ void MainWindow::connectPage()
     connect(m_page, &PageSheet::closeWanted, this, [this] { m_model.closeOver(); });
     connect(m_page, &PageSheet::moreWanted, this,
         [this] { openPageMenu(m_page->moreButton().bottomLeft() + QPoint(0, 6)); });
+    connect(&m_page->view(), &PageView::painted, this,
+        [this] { m_paintedAfterMs = static_cast<double>(m_opening.nsecsElapsed()) / 1e6; });
     connect(&m_page->view(), &PageView::menuWanted, this, &MainWindow::openTextMenu);
     connect(&m_page->view(), &PageView::itemWanted, this, &MainWindow::followItem);
     connect(&m_page->view(), &PageView::addressWanted, this, &MainWindow::followAddress);
@@ -102,6 +104,7 @@ void MainWindow::showOpened()
 {
     const QString& id = m_model.openedID();
     if (!id.isEmpty()) {
+        m_opening.start();
         showTrash(false);
         m_document->open(id);
         return;
@@ -308,7 +311,7 @@ QJsonValue MainWindow::openedJson() const
         return {};
     const PageView& view = m_page->view();
     QJsonObject told{{u"id"_s, node->id}, {u"kind"_s, word(node->kind)}, {u"shown"_s, showsPage()},
-        {u"scroll"_s, view.scrollPlace()}, {u"scrollRange"_s, view.scrollRange()}};
+        {u"paintedAfter"_s, m_paintedAfterMs}, {u"scroll"_s, view.scrollPlace()}, {u"scrollRange"_s, view.scrollRange()}};
     QJsonArray targets;
     for (const auto& [target, place] : m_page->view().targetsInSight()) {
         const QPointF at = m_page->view().mapTo(this, place.topLeft().toPoint());
