@@ -87,3 +87,28 @@ def _made(data, name, make):
             file.write(make())
         os.replace(path + ".part", path)
     return path
+
+
+def long_page(blocks=20_000):
+    """A stored page of many kinds of blocks."""
+    words = "the quick brown fox jumps over a lazy dog while seven wizards make toxic brew".split()
+
+    def text(number, count):
+        return {"type": "text", "text": " ".join(words[(number * 7 + i * i) % len(words)] for i in range(count))}
+
+    content = []
+    for number in range(blocks):
+        paragraph = {"type": "paragraph", "content": [text(number, 5 + number * 13 % 55)]}
+        if number % 10 == 0:
+            content.append({"type": "heading", "attrs": {"level": 2}, "content": [text(number, 4)]})
+        elif number % 10 == 3:
+            code = "\n".join(f"x{line} = {line}  # a line" for line in range(6))
+            content.append({"type": "codeBlock", "attrs": {"language": "python"}, "content": [{"type": "text", "text": code}]})
+        elif number % 10 == 5:
+            content.append({"type": "blockquote", "content": [paragraph]})
+        elif number % 10 == 7:
+            content.append({"type": "bulletList", "content": [{"type": "listItem", "content": [paragraph]}]})
+        else:
+            bold = {"type": "text", "text": " in bold", "marks": [{"type": "bold"}]}
+            content.append({"type": "paragraph", "content": [*paragraph["content"], bold]})
+    return {"type": "doc", "content": content}

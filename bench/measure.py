@@ -3,7 +3,7 @@
 
     measure.py BUILD [NAME...]
 
-Names are groups of rows: scan, first, opening, memory, canvas, edits, pages, parts; all of them when none is given. Ours and
+Names are groups of rows: scan, first, opening, memory, canvas, edits, pages, reading, live, parts; all of them when none is given. Ours and
 the peer are measured in turn, so that both see the same machine. Every figure is the median of the runs. A missed target is
 said, and is no failure of the script.
 """
@@ -239,6 +239,80 @@ class Bench:
         return json.loads(subprocess.run([os.path.join(self.programs, "bench_pages"), *arguments], check=True,
                                          stdout=subprocess.PIPE).stdout)
 
+    def reading(self):
+        """A page of 20,000 blocks, opened and scrolled in the window."""
+        library = self.opened(folders.wide(self.data))
+        painted, p95, longest = [], [], []
+        with self.start(library, arguments=("--size", "1440x900")) as program:
+            page = program.tell("make", kind="page", title="Long", x=0, y=0)["id"]
+            program.tell("write", id=page, doc=documents.long_page())
+            program.settle()
+            for run in range(RUNS):
+                program.tell("open", id=page)
+                program.settle()
+                painted.append(program.tell("state")["open"]["paintedAfter"])
+                time.sleep(0.4)  # until it has come up
+                program.tell("perf", reset=True)
+                for step in range(200):
+                    program.tell("wheel", x=720, y=450, dx=0, dy=-60 if step < 150 else 90, pixel=True)
+                time.sleep(0.05)
+                perf = program.tell("perf")
+                p95.append(perf["p95"])
+                longest.append(perf["max"])
+                program.tell("close")
+                program.settle()
+            program.tell("delete", ids=[page])
+        self.table.value("page of 20,000 blocks: until the first picture", middle(painted), "ms", 150)
+        self.table.value("scrolling it, p95 frame", middle(p95), "ms", 16, 2)
+        self.table.value("scrolling it, longest frame", middle(longest), "ms", 16, 2)
+
+    def live(self):
+        """What watching a library of 105,000 entries costs while nothing, little and much happens."""
+        library = self.opened(folders.large(self.data))
+        with self.start(library, arguments=("--size", "1440x900")) as program:
+            program.settle()
+            time.sleep(2)
+            self.table.value("idle for 20 s: processor time", self._spent_ms(program, lambda: time.sleep(20)), "ms", 20)
+            top = os.path.join(library, folders.TOP)
+            file = next(os.path.join(place, names[0]) for place, _, names in os.walk(top) if names)
+
+            def change():
+                with open(file, "a") as one:
+                    one.write("more\n")
+                program.settle()
+            change()
+            self.table.value("one changed file: processor time", middle([self._spent_ms(program, change) for _ in range(RUNS)]),
+                             "ms", digits=1)
+            frames, longest = self._stream(program, os.path.join(top, "stream"))
+        self.table.value("2,000 events a second, panning: p95 frame", frames, "ms", 16, 2)
+        self.table.value("2,000 events a second: longest block of the main thread", longest, "ms", digits=1)
+
+    def _spent_ms(self, program, act):
+        def spent():
+            with open(f"/proc/{program.process.pid}/stat") as stat:
+                fields = stat.read().rsplit(")", 1)[1].split()
+            return (int(fields[11]) + int(fields[12])) * 1000 / os.sysconf("SC_CLK_TCK")
+        before = spent()
+        act()
+        return spent() - before
+
+    def _stream(self, program, folder, seconds=10, rate=2000):
+        os.makedirs(folder, exist_ok=True)
+        program.tell("perf", reset=True)
+        start, done = time.time(), 0
+        while time.time() - start < seconds:
+            while done < (time.time() - start) * rate:
+                with open(os.path.join(folder, f"{done % 50}.txt"), "w") as one:
+                    one.write(str(done))
+                done += 3  # made or cut, written, closed
+            program.tell("wheel", x=720, y=450, dx=0, dy=30 if done % 2 else -30, pixel=True)
+        perf = program.tell("perf")
+        for name in os.listdir(folder):
+            os.remove(os.path.join(folder, name))
+        os.rmdir(folder)
+        program.settle()
+        return perf["p95"], perf["longestBlock"]
+
     def parts(self):
         library = self.opened(folders.large(self.data))
         times = self._part_times(folders.database(library))
@@ -279,7 +353,7 @@ class Bench:
 
 
 def main():
-    names = ("scan", "first", "opening", "memory", "canvas", "edits", "pages", "parts")
+    names = ("scan", "first", "opening", "memory", "canvas", "edits", "pages", "reading", "live", "parts")
     if len(sys.argv) < 2 or any(name not in names for name in sys.argv[2:]):
         print(f"measure.py BUILD [NAME...], where NAME is one of: {' '.join(names)}", file=sys.stderr)
         return 2
