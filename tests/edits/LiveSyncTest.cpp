@@ -30,7 +30,7 @@ protected:
     {
         lib = std::make_unique<EditedLibrary>(folder.path());
         // Long enough that what a busy machine tells in two batches is judged as one.
-        lib->diskSync.setDelays({1, 20, 60});
+        lib->diskSync.setDelays({1, 40, 120});
         lib->diskSync.watch();
         ASSERT_TRUE(lib->settle());
     }
