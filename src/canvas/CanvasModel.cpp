@@ -274,8 +274,13 @@ void CanvasModel::takeTreeChange(const TreeChange& change)
         enter({});
         return;
     }
-    if (!m_openedID.isEmpty() && (!m_library.node(m_openedID) || m_library.isInTrash(m_openedID)))
-        closeOver();
+    if (!m_openedID.isEmpty()) {
+        const Node* opened = m_library.node(m_openedID);
+        if (!opened || m_library.isInTrash(m_openedID))
+            closeOver();
+        else if (opened->parentID != m_folderID)
+            enter(opened->parentID); // it was moved, and lies over its own folder
+    }
     const bool concernsUs = change.everything || change.parents.contains(m_folderID);
     if (concernsUs) {
         const bool wasEmpty = m_cards.empty();

@@ -101,6 +101,23 @@ TEST_F(CanvasModelTest, leavesAFolderThatIsGone)
     EXPECT_EQ(m_model.folderID(), "");
 }
 
+TEST_F(CanvasModelTest, whatIsOpenLiesOverItsOwnFolder)
+{
+    given({node("a", 0, 0), node("b", 300, 0), node("page", 0, 0, "a", NodeKind::Page), node("other", 0, 300)});
+    m_model.openOver("page");
+    EXPECT_EQ(m_model.folderID(), "a");
+    Node moved = *m_library.node("page");
+    moved.parentID = "b";
+    given({moved});
+    EXPECT_EQ(m_model.openedID(), "page");
+    EXPECT_EQ(m_model.folderID(), "b") << "it was moved";
+    EXPECT_EQ(cards(), QStringList{"page"});
+    m_model.closeOver();
+    EXPECT_EQ(m_model.folderID(), "b");
+    m_model.goBack();
+    EXPECT_EQ(m_model.openedID(), "page");
+}
+
 TEST_F(CanvasModelTest, remembersTheCameraAndTheWayBack)
 {
     given({node("a", 0, 0), node("b", 0, 0, "a")});

@@ -5,6 +5,8 @@
 
 #include <QJsonDocument>
 
+#include <sqlite3.h>
+
 namespace {
 
 QJsonObject textNode(const QString& text, const QJsonArray& marks = {})
@@ -174,6 +176,17 @@ TEST_F(Pages, whatIsOpenFollowsWhatIsWritten)
         blocks.append(paragraph({textNode("more")}));
     program->tell("write", {{"id", page}, {"doc", doc(blocks)}});
     EXPECT_TRUE(waitUntil([&] { return opened()["scrollRange"].toDouble() > before + 1'000; }));
+}
+
+TEST_F(Pages, whatCantBeReadIsNotTakenForEmpty)
+{
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(home.library(".corvelle/library.sqlite").toUtf8().constData(), &database), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, R"(UPDATE pages SET doc = '{"type":"doc", broken')", nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(database);
+    open(page);
+    EXPECT_EQ(program->state()["toasts"][0]["text"].toString(), "“Page” couldn’t be read");
+    EXPECT_EQ(opened()["id"].toString(), page);
 }
 
 TEST_F(Pages, aMarkdownFileOpensAsAPage)

@@ -6,9 +6,37 @@
 #include <QAccessible>
 #include <QAccessibleWidget>
 
+#include <algorithm>
+
 namespace corvelle {
 
 namespace {
+
+// Words alone, to ask for the parts of.
+class PlainText : public QAccessibleTextInterface
+{
+public:
+    explicit PlainText(QString words)
+        : m_words(std::move(words))
+    {}
+
+    int characterCount() const override { return static_cast<int>(m_words.size()); }
+    QString text(int from, int to) const override { return m_words.mid(from, to - from); }
+    void selection(int, int*, int*) const override {}
+    int selectionCount() const override { return 0; }
+    void addSelection(int, int) override {}
+    void removeSelection(int) override {}
+    void setSelection(int, int, int) override {}
+    int cursorPosition() const override { return 0; }
+    void setCursorPosition(int) override {}
+    QRect characterRect(int) const override { return {}; }
+    int offsetAtPoint(const QPoint&) const override { return 0; }
+    void scrollToSubstring(int, int) override {}
+    QString attributes(int, int*, int*) const override { return {}; }
+
+private:
+    const QString m_words;
+};
 
 class PageText : public QAccessibleWidget, public QAccessibleTextInterface
 {
@@ -37,6 +65,18 @@ public:
     int characterCount() const override { return static_cast<int>(spoken().length()); }
     QString text(int from, int to) const override { return spoken().text(from, to); }
     QString text(QAccessible::Text kind) const override { return QAccessibleWidget::text(kind); }
+    QString textBeforeOffset(int offset, QAccessible::TextBoundaryType type, int* from, int* to) const override
+    {
+        return near(&QAccessibleTextInterface::textBeforeOffset, offset, type, from, to);
+    }
+    QString textAfterOffset(int offset, QAccessible::TextBoundaryType type, int* from, int* to) const override
+    {
+        return near(&QAccessibleTextInterface::textAfterOffset, offset, type, from, to);
+    }
+    QString textAtOffset(int offset, QAccessible::TextBoundaryType type, int* from, int* to) const override
+    {
+        return near(&QAccessibleTextInterface::textAtOffset, offset, type, from, to);
+    }
     QString attributes(int offset, int* from, int* to) const override
     {
         *from = *to = offset;
@@ -78,6 +118,25 @@ public:
     void scrollToSubstring(int from, int) override { m_view.showPlace(spoken().placeOf(from)); }
 
 private:
+    // What the interface does by itself for words and sentences, on the words round the offset: it
+    // would ask for the whole page each time.
+    using Answer = QString (QAccessibleTextInterface::*)(int, QAccessible::TextBoundaryType, int*, int*) const;
+    QString near(Answer answer, int offset, QAccessible::TextBoundaryType type, int* from, int* to) const
+    {
+        constexpr int reach = 8'000;
+        const int length = characterCount();
+        if (offset < 0)
+            offset = length;
+        const int first = std::max(0, offset - reach);
+        const PlainText words(text(first, std::min(length, offset + reach)));
+        const QString found = (words.*answer)(offset - first, type, from, to);
+        if (*from >= 0) {
+            *from += first;
+            *to += first;
+        }
+        return found;
+    }
+
     // Made anew for another text only.
     const SpokenPage& spoken() const
     {

@@ -15,8 +15,8 @@ constexpr int mostPixels = 1600;  // of a picture's width; more shows nothing mo
 constexpr int tallest = 1 << 13;
 constexpr int checkMs = 5'000;
 constexpr qint64 unusedMs = 120'000;
-constexpr size_t mostFound = 32;
-constexpr qsizetype mostFoundBytes = 64 << 20;
+constexpr size_t keptPictures = 32;
+constexpr qsizetype keptPictureBytes = 64 << 20;
 
 // Of a "data:" address in base64.
 QByteArray bytesOf(QStringView src)
@@ -71,11 +71,11 @@ void PagePictures::keep(const QByteArray& node, const Found& found)
     size_t kept = 0;
     for (const auto& [each, read] : m_found) {
         bytes += each.size() + read.data.bytes.size();
-        if (kept > 0 && bytes > mostFoundBytes)
+        if (kept > 0 && bytes > keptPictureBytes)
             break;
         ++kept;
     }
-    m_found.resize(std::min(kept, mostFound));
+    m_found.resize(std::min(kept, keptPictures));
 }
 
 QImage PagePictures::ready(const PictureData& picture, int width)

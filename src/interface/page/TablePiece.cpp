@@ -31,6 +31,12 @@ Qt::Alignment alignmentOf(const TablePlan::Slot& slot)
                                 : Qt::AlignLeading;
 }
 
+// The room beside the words, less where that would leave them none.
+double sideOf(double width)
+{
+    return std::floor(std::min(cellSide, width / 4));
+}
+
 QFont cellFont(bool head)
 {
     return corvelle::font(head ? TypeStyle::SmallStrong : TypeStyle::LabelText);
@@ -196,7 +202,7 @@ private:
             box.cell = static_cast<int>(i);
             box.slot = slot;
             box.text = std::make_unique<TextBox>(std::move(shown),
-                TextBox::Setting{cellFont(slot.isHeader), cellLine, std::max(1.0, width - 2 * cellSide),
+                TextBox::Setting{cellFont(slot.isHeader), cellLine, std::max(1.0, width - 2 * sideOf(width)),
                     alignmentOf(slot), reversed, m_facts.style->isDark()});
             m_boxes.push_back(std::move(box));
         }
@@ -236,7 +242,7 @@ private:
             const double left = columnEdge(box.slot.column);
             box.rect = QRectF(left, m_rows[first], columnEdge(box.slot.column + box.slot.colSpan) - left,
                 m_rows[last] - m_rows[first]);
-            box.words = box.rect.topLeft() + QPointF(cellSide, cellEnd);
+            box.words = box.rect.topLeft() + QPointF(sideOf(box.rect.width()), cellEnd);
         }
     }
 

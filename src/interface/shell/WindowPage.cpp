@@ -313,7 +313,8 @@ QJsonValue MainWindow::openedJson() const
     QJsonObject told{{u"id"_s, node->id}, {u"kind"_s, word(node->kind)}, {u"shown"_s, showsPage()},
         {u"paintedAfter"_s, m_paintedAfterMs}, {u"scroll"_s, view.scrollPlace()}, {u"scrollRange"_s, view.scrollRange()}};
     QJsonArray targets;
-    for (const auto& [target, place] : m_page->view().targetsInSight()) {
+    for (const auto& [target, place] :
+        showsPage() ? m_page->view().targetsInSight() : std::vector<std::pair<TargetInPage, QRectF>>()) {
         const QPointF at = m_page->view().mapTo(this, place.topLeft().toPoint());
         targets.append(QJsonObject{{u"item"_s, target.target.item}, {u"label"_s, target.label},
             {u"address"_s, target.target.link ? target.target.link->href : QString()},

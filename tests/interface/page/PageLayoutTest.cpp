@@ -1,11 +1,13 @@
 // A page cut into pieces: heights, places, and what stays still.
 #include "interface/page/FindBar.h"
+#include "interface/page/PageAccessible.h"
 #include "interface/page/PageLayout.h"
 #include "interface/page/PageSheet.h"
 #include "pages/PageDocument.h"
 #include "support/Printing.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QSignalSpy>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -392,4 +394,35 @@ TEST(PageSheet, theFieldForFindingComesBackAndEscapeClosesIt)
     }
     QTest::keyClick(&sheet.view(), Qt::Key_Escape);
     EXPECT_EQ(closed.count(), 1);
+}
+
+TEST(PageAccessible, wordsAndLinesAreThoseOfTheWholePage)
+{
+    installPageAccessibility();
+    PageView view({}, {}, nullptr);
+    view.open({paragraphs(300), {}, "Title", {}});
+    QAccessibleInterface* page = QAccessible::queryAccessibleInterface(&view);
+    ASSERT_TRUE(page && page->textInterface());
+    const QAccessibleTextInterface& text = *page->textInterface();
+    ASSERT_GT(text.characterCount(), 40'000);
+    using Told = std::tuple<QString, int, int>;
+    for (const auto type : {QAccessible::CharBoundary, QAccessible::WordBoundary, QAccessible::LineBoundary})
+        for (const int offset : {0, 20'000, 20'100, text.characterCount() - 1, text.characterCount(), -1}) {
+            int from = 0, to = 0;
+            const Told before(text.textBeforeOffset(offset, type, &from, &to), from, to);
+            const Told at(text.textAtOffset(offset, type, &from, &to), from, to);
+            const Told after(text.textAfterOffset(offset, type, &from, &to), from, to);
+            EXPECT_EQ(before, Told(text.QAccessibleTextInterface::textBeforeOffset(offset, type, &from, &to), from, to));
+            EXPECT_EQ(at, Told(text.QAccessibleTextInterface::textAtOffset(offset, type, &from, &to), from, to));
+            EXPECT_EQ(after, Told(text.QAccessibleTextInterface::textAfterOffset(offset, type, &from, &to), from, to));
+        }
+    // 10 MB: what is asked for at one place doesn't read it all.
+    view.open({paragraphs(60'000), {}, "Title", {}});
+    int from = 0, to = 0;
+    (void)text.characterCount();
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < 100; ++i)
+        (void)text.textAtOffset(5'000'000, QAccessible::WordBoundary, &from, &to);
+    EXPECT_LT(timer.elapsed(), 1'000);
 }
