@@ -14,7 +14,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     qsizetype line = 0;
     PageNodes nodes;
     for (const auto& block : blocks) {
-        check(block.lineStart >= line && block.lineEnd > block.lineStart, "blocks stand on lines of their own, in order");
+        check(block.lineStart >= line && block.lineEnd > block.lineStart,
+            "blocks stand on lines of their own, in order");
         line = block.lineEnd;
         nodes.push_back(block.node);
     }

@@ -23,6 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     page[at] = PageNode::of(PageNode::Type::Paragraph);
     page[at].content.push_back(PageNode::ofText(QStringLiteral("edited here")));
     const auto edited = merge.rewrite(page);
-    check(edited.has_value() && edited->contains(QStringLiteral("edited here")), "an edit is written");
+    check(edited.has_value() && edited->contains(QStringLiteral("edited here")),
+        "an edit is written");
     return 0;
 }

@@ -133,7 +133,8 @@ void Application::start()
     connect(m_bus.get(), &MessageBus::received, this, &Application::received);
     connect(&m_diskSync, &DiskSync::removedOnDisk, this, &Application::noteRemovals);
     connect(&m_addFiles, &AddFiles::lookWanted, &m_diskSync, &DiskSync::start);
-    connect(&m_diskSync, &DiskSync::deletedElsewhere, m_window.get(), &MainWindow::tellDeletedElsewhere);
+    connect(&m_diskSync, &DiskSync::deletedElsewhere, m_window.get(),
+        &MainWindow::tellDeletedElsewhere);
 
     if (!m_options.driverFile.isEmpty())
         m_driver = std::make_unique<TestDriver>(*this, m_options.driverFile);
@@ -432,7 +433,8 @@ void Application::openItem(const QString& id)
 void Application::openAddress(const QUrl& url)
 {
     if (!QDesktopServices::openUrl(url))
-        m_library.fail(u"Couldn’t open “%1”: no application on this Mac opens it."_s.arg(url.toDisplayString()));
+        m_library.fail(u"Couldn’t open “%1”: no application on this Mac opens it."_s.arg(
+            url.toDisplayString()));
 }
 
 void Application::closeOverlay()

@@ -60,7 +60,8 @@ TestDriver::Answer TestDriver::write(const QJsonObject& arguments)
     const Library& library = m_application.library();
     const QByteArray doc = docFromText(textFromNodes(nodes), attrs,
         [&library](const QString& item) { return itemFacts(library, item); });
-    const auto saved = m_application.pageSaves().saveNow(id, QString::fromUtf8(doc), pageWords(doc));
+    const auto saved =
+        m_application.pageSaves().saveNow(id, QString::fromUtf8(doc), pageWords(doc));
     if (!saved)
         return {{}, saved.failure().sentence()};
     return {QJsonObject{{u"stamp"_s, *saved}}, {}};

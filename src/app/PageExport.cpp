@@ -29,8 +29,8 @@ qsizetype wordCount(QStringView text)
 
 } // namespace
 
-QByteArray exportedPage(
-    const PageTree& page, const QString& title, const QString& format, const MentionSource& mentions)
+QByteArray exportedPage(const PageTree& page, const QString& title, const QString& format,
+    const MentionSource& mentions)
 {
     if (format == u"html")
         return PageHTML::file(page, title, {mentions, {}, {}}).toUtf8();

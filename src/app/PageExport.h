@@ -11,11 +11,11 @@
 namespace corvelle {
 
 // In the format "html", "md" or "words"; empty for any other.
-QByteArray exportedPage(
-    const PageTree& page, const QString& title, const QString& format, const MentionSource& mentions);
+QByteArray exportedPage(const PageTree& page, const QString& title, const QString& format,
+    const MentionSource& mentions);
 
-// What `--export FILE FORMAT` prints; none when the arguments don't ask for it, or the file holds no
-// page: then the program starts as usual.
+// What `--export FILE FORMAT` prints; none when the arguments don't ask for it, or the file holds
+// no page: then the program starts as usual.
 std::optional<QByteArray> exportAsked(const QStringList& arguments);
 
 } // namespace corvelle

@@ -40,13 +40,14 @@ Outcome readFile(const QString& path, const QString& title)
     return {std::move(contents), {}};
 }
 
-Outcome readPage(PagePreparer& preparer, const QString& database, const QString& id, const QString& title)
+Outcome readPage(
+    PagePreparer& preparer, const QString& database, const QString& id, const QString& title)
 {
     auto page = preparer.prepare(database, id);
     if (!page)
         return {{}, u"Couldn’t read “%1”."_s.arg(title)};
-    return {OpenDocument::Contents{std::move(page->text), page->settings, std::move(page->attrs),
-                page->readable},
+    return {OpenDocument::Contents{
+                std::move(page->text), page->settings, std::move(page->attrs), page->readable},
         {}};
 }
 
@@ -88,7 +89,8 @@ void OpenDocument::start()
             path = page ? databasePath(m_library.root()) : m_library.filePath(*node)] {
             return page ? readPage(*preparer, path, id, title) : readFile(path, title);
         },
-        this, [this, id = m_id](Outcome outcome) {
+        this,
+        [this, id = m_id](Outcome outcome) {
             --m_reading;
             took(id, std::move(outcome.contents), outcome.why);
         });
@@ -101,7 +103,8 @@ void OpenDocument::took(const QString& id, std::optional<Contents> contents, con
     if (!contents) {
         if (!m_isThere)
             emit unreadable(why);
-        return; // a file that an editor is just replacing comes back; what was read stands till then
+        return; // a file that an editor is just replacing comes back; what was read stands till
+                // then
     }
     m_contents = std::move(*contents);
     emit read(std::exchange(m_isThere, true));

@@ -154,14 +154,16 @@ bool isLeftBehind(SQLite& connection, const QString& spaceID, quint64 identity, 
 }
 
 // Whether nothing may be concluded from what a space's folder holds now.
-bool mayNotBeJudged(SQLite& connection, const QString& root, const QString& spaceID, const QString& folder)
+bool mayNotBeJudged(
+    SQLite& connection, const QString& root, const QString& spaceID, const QString& folder)
 {
     const auto facts = fileFacts(QFile::encodeName(root + u'/' + folder));
     if (!facts || facts->kind != FileFacts::Kind::Folder)
         return true;
     const auto scan = DiskPlan::scanFolders(root, std::span(&folder, 1));
     const auto top = scan.find(folder);
-    return top == scan.end() || isLeftBehind(connection, spaceID, facts->identity, top->second.empty());
+    return top == scan.end() ||
+           isLeftBehind(connection, spaceID, facts->identity, top->second.empty());
 }
 
 // The top folders that a pass may judge, scanned.
@@ -296,27 +298,31 @@ void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scan
 Result<QHash<quint64, QString>> readTrashed(SQLite& connection)
 {
     QHash<quint64, QString> trashed;
-    const auto read = connection.each("WITH RECURSIVE trashed(id, space) AS (SELECT id, space_id FROM nodes "
-                                      "WHERE deleted_at IS NOT NULL UNION SELECT n.id, n.space_id FROM trashed t "
-                                      "JOIN nodes n ON n.space_id = t.space AND n.parent_id = t.id)\n"
-                                      "SELECT n.id, n.file_id FROM nodes n JOIN trashed t ON t.id = n.id "
-                                      "WHERE n.file_id IS NOT NULL AND n.path NOT LIKE '/%'",
-        {}, [&](const SQLRow& row) {
-            trashed.insert(static_cast<quint64>(row.integer(1)), row.text(0));
-        });
+    const auto read =
+        connection.each("WITH RECURSIVE trashed(id, space) AS (SELECT id, space_id FROM nodes "
+                        "WHERE deleted_at IS NOT NULL UNION SELECT n.id, n.space_id FROM trashed t "
+                        "JOIN nodes n ON n.space_id = t.space AND n.parent_id = t.id)\n"
+                        "SELECT n.id, n.file_id FROM nodes n JOIN trashed t ON t.id = n.id "
+                        "WHERE n.file_id IS NOT NULL AND n.path NOT LIKE '/%'",
+            {}, [&](const SQLRow& row) {
+                trashed.insert(static_cast<quint64>(row.integer(1)), row.text(0));
+            });
     if (!read)
         return read.failure();
     return trashed;
 }
 
 // All that lay below a folder.
-Result<void> addKnownBelow(SQLite& connection, const QString& folder, std::vector<DiskPlan::Known>& known)
+Result<void> addKnownBelow(
+    SQLite& connection, const QString& folder, std::vector<DiskPlan::Known>& known)
 {
     QSet<QString> ids;
     for (const DiskPlan::Known& each : known)
         ids.insert(each.id);
-    return connection.each("SELECT id, kind, path, file_id, byte_size, file_modified FROM nodes WHERE "
-                           "path >= ?1 || '/' AND path < ?1 || '0' AND deleted_at IS NULL AND kind IN ('folder', 'file')",
+    return connection.each(
+        "SELECT id, kind, path, file_id, byte_size, file_modified FROM nodes WHERE "
+        "path >= ?1 || '/' AND path < ?1 || '0' AND deleted_at IS NULL AND kind IN ('folder', "
+        "'file')",
         {folder}, [&](const SQLRow& row) {
             DiskPlan::Known each;
             each.id = row.text(0);
@@ -358,8 +364,9 @@ std::vector<QString> listOf(const QSet<QString>& set)
     return list;
 }
 
-Result<void> judgeStructure(DiskPass& pass, SQLite& connection, const QString& root, DiskPlan::Outcome outcome,
-    DiskPlan::Scans& scans, KnownRows& rows, Round round, std::stop_token stop)
+Result<void> judgeStructure(DiskPass& pass, SQLite& connection, const QString& root,
+    DiskPlan::Outcome outcome, DiskPlan::Scans& scans, KnownRows& rows, Round round,
+    std::stop_token stop)
 {
     QHash<QString, QString> paths;
     for (const DiskPlan::Known& known : rows.live)
@@ -392,8 +399,8 @@ void DiskRequest::unite(const DiskRequest& other)
     trees.unite(other.trees);
 }
 
-Result<DiskPass> lookAtFolders(const QString& root, DiskRequest request, DiskMemory memory, Round round,
-    std::stop_token stop)
+Result<DiskPass> lookAtFolders(
+    const QString& root, DiskRequest request, DiskMemory memory, Round round, std::stop_token stop)
 {
     auto connection = SQLite::open(databasePath(root));
     if (!connection)
@@ -421,11 +428,13 @@ Result<DiskPass> lookAtFolders(const QString& root, DiskRequest request, DiskMem
         return Failure(u"stopped"_s);
     auto outcome = DiskPlan::compare(scans, rows.live, rows.trashed,
         QSet<QString>(pass.folders.keyBegin(), pass.folders.keyEnd()),
-        request.structural ? DiskPlan::Pass::Structural : DiskPlan::Pass::Incremental, pass.nameCase);
+        request.structural ? DiskPlan::Pass::Structural : DiskPlan::Pass::Incremental,
+        pass.nameCase);
     pass.again = std::move(outcome.again);
     if (!request.structural)
         pass.actions = std::move(outcome.actions);
-    else if (auto judged = judgeStructure(pass, *connection, root, std::move(outcome), scans, rows, round, stop);
+    else if (auto judged = judgeStructure(
+                 pass, *connection, root, std::move(outcome), scans, rows, round, stop);
              !judged)
         return judged.failure();
     measurePictures(pass, root);

@@ -59,7 +59,7 @@ enum class Round { Another, Last };
 Result<DiskPass> lookAtDisk(const QString& root, Round round, std::stop_token stop);
 
 // At single folders. Costs what lies in them, and for a structural look what is in the Trash.
-Result<DiskPass> lookAtFolders(const QString& root, DiskRequest request, DiskMemory memory,
-    Round round, std::stop_token stop);
+Result<DiskPass> lookAtFolders(
+    const QString& root, DiskRequest request, DiskMemory memory, Round round, std::stop_token stop);
 
 } // namespace corvelle

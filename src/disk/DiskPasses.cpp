@@ -15,7 +15,9 @@ namespace {
 FolderWatcher::Wishes wishesOf(std::function<void(FolderWatcher::Batch)> handler)
 {
     return {std::move(handler), [](const QString& name) { return isSkippedName(name); },
-        [](const QString& name, const QString& path) { return DiskPlan::isGeneratedFolder(name, path); }};
+        [](const QString& name, const QString& path) {
+            return DiskPlan::isGeneratedFolder(name, path);
+        }};
 }
 
 bool liesAtOrBelow(const QString& path, const QString& folder)
@@ -27,8 +29,8 @@ bool liesAtOrBelow(const QString& path, const QString& folder)
 
 bool DiskSync::isIdle() const
 {
-    return !m_running && !m_next && m_catchingUp == 0 && !m_soon.isActive() && !m_settleSoon.isActive() &&
-           m_arrivals.isIdle() && m_seenQueue.isIdle();
+    return !m_running && !m_next && m_catchingUp == 0 && !m_soon.isActive() &&
+           !m_settleSoon.isActive() && m_arrivals.isIdle() && m_seenQueue.isIdle();
 }
 
 void DiskSync::start()
@@ -49,12 +51,15 @@ void DiskSync::watch()
     m_running = true;
     m_queue.run(
         [this, root = m_library.root(), guard = QPointer<QObject>(this)] {
-            return std::make_unique<FolderWatcher>(root, wishesOf([this, guard](FolderWatcher::Batch batch) {
-                SerialQueue::onMain(
-                    guard, [this, batch = std::move(batch)]() mutable { takeBatch(std::move(batch)); });
-            }));
+            return std::make_unique<FolderWatcher>(
+                root, wishesOf([this, guard](FolderWatcher::Batch batch) {
+                    SerialQueue::onMain(guard, [this, batch = std::move(batch)]() mutable {
+                        takeBatch(std::move(batch));
+                    });
+                }));
         },
-        this, [this](std::unique_ptr<FolderWatcher> watcher) {
+        this,
+        [this](std::unique_ptr<FolderWatcher> watcher) {
             m_watcher = std::move(watcher);
             m_running = false;
             start();
@@ -154,7 +159,8 @@ void DiskSync::runPass()
     m_running = true;
     const Round round = m_rounds + 1 < mostRounds ? Round::Another : Round::Last;
     if (m_request.everything) {
-        m_queue.run([root = m_library.root(), round, stop = m_stop.get_token()] { return lookAtDisk(root, round, stop); },
+        m_queue.run([root = m_library.root(), round,
+                        stop = m_stop.get_token()] { return lookAtDisk(root, round, stop); },
             this, [this](Result<DiskPass> pass) { took(std::move(pass)); });
         return;
     }
@@ -172,13 +178,16 @@ DiskMemory DiskSync::memoryOf(const DiskRequest& request)
     QSet<QString> taken;
     const auto take = [&](const QString& child, const QString& folder) {
         const Node* node = m_library.node(child);
-        const bool counts = node && (node->kind == NodeKind::Folder || node->kind == NodeKind::File) &&
-                            !node->path.isEmpty() && parentPath(node->path) == folder && !m_library.isInTrash(child);
+        const bool counts = node &&
+                            (node->kind == NodeKind::Folder || node->kind == NodeKind::File) &&
+                            !node->path.isEmpty() && parentPath(node->path) == folder &&
+                            !m_library.isInTrash(child);
         if (!counts || taken.contains(child))
             return false;
         taken.insert(child);
         const SeenFile seen = m_library.tree().seen(child);
-        memory.known.push_back({child, node->path, node->kind == NodeKind::Folder, seen.fileID, node->byteSize, seen.modified});
+        memory.known.push_back({child, node->path, node->kind == NodeKind::Folder, seen.fileID,
+            node->byteSize, seen.modified});
         return node->kind == NodeKind::Folder;
     };
     const auto idOf = [&](const QString& folder) {
@@ -197,7 +206,8 @@ DiskMemory DiskSync::memoryOf(const DiskRequest& request)
             continue;
         for (const QString& child : m_library.children(*id)) {
             const Node* node = m_library.node(child);
-            if (take(child, folder) || (node && node->kind == NodeKind::Folder && parentPath(node->path) == folder))
+            if (take(child, folder) ||
+                (node && node->kind == NodeKind::Folder && parentPath(node->path) == folder))
                 waiting.append(node->path);
         }
     }

@@ -78,7 +78,7 @@ struct DiskSync::Apply
     QHash<QString, NextFreePlace> places; // by folder, of the cards that moved there in this pass
     std::vector<std::pair<QString, DiskPlan::Entry>> identities;
     std::map<QString, double> removed;
-    QSet<QString> written; // files with other contents
+    QSet<QString> written;  // files with other contents
     bool overtaken = false; // something was no longer where the pass had seen it
 };
 
@@ -93,7 +93,8 @@ DiskSync::DiskSync(Library& library, QObject* parent)
     m_slice.setInterval(0);
     connect(&m_slice, &QTimer::timeout, this, &DiskSync::applySlice);
     connect(&m_arrivals, &Arrivals::finished, this, &DiskSync::endApply);
-    for (const auto& [timer, act] : {std::pair(&m_soon, &DiskSync::flush), std::pair(&m_settleSoon, &DiskSync::settleDeferred)}) {
+    for (const auto& [timer, act] : {std::pair(&m_soon, &DiskSync::flush),
+             std::pair(&m_settleSoon, &DiskSync::settleDeferred)}) {
         timer->setSingleShot(true);
         connect(timer, &QTimer::timeout, this, act);
     }

@@ -30,8 +30,8 @@ class DiskSync : public QObject
     Q_OBJECT
 
 public:
-    // In milliseconds: from the first event to the look at its folders, from the last of what only a
-    // structural pass can judge to that pass, and from the first.
+    // In milliseconds: from the first event to the look at its folders, from the last of what only
+    // a structural pass can judge to that pass, and from the first.
     struct Delays
     {
         int flush = 200;

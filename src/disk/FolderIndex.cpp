@@ -36,7 +36,8 @@ void FolderIndex::put(const Library& library, const QString& id)
 {
     const Node* node = library.node(id);
     const bool counts = node && node->kind == NodeKind::Folder && !node->path.isEmpty() &&
-                        !node->path.startsWith(u'/') && !node->path.startsWith(u'.') && !library.isInTrash(id);
+                        !node->path.startsWith(u'/') && !node->path.startsWith(u'.') &&
+                        !library.isInTrash(id);
     if (!counts)
         return;
     const QString key = pathKey(node->path, m_nameCase);

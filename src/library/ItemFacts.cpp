@@ -15,7 +15,8 @@ QString percentEncoded(const QString& text)
         if (plain)
             result += QLatin1Char(byte);
         else
-            result += u"%%1"_s.arg(static_cast<unsigned char>(byte), 2, 16, QLatin1Char('0')).toUpper();
+            result +=
+                u"%%1"_s.arg(static_cast<unsigned char>(byte), 2, 16, QLatin1Char('0')).toUpper();
     }
     return result;
 }

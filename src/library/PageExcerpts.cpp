@@ -33,8 +33,10 @@ struct PageExcerpts::Reader
             connection = std::move(*opened);
         }
         for (const QString& id : ids) {
-            const auto read = connection->each("SELECT doc FROM pages WHERE node_id = ?", {id},
-                [&](const SQLRow& row) { found.emplace_back(id, pageExcerpt(row.text(0).toUtf8()).rows); });
+            const auto read = connection->each(
+                "SELECT doc FROM pages WHERE node_id = ?", {id}, [&](const SQLRow& row) {
+                    found.emplace_back(id, pageExcerpt(row.text(0).toUtf8()).rows);
+                });
             if (!read)
                 logLine(u"page excerpts: "_s + read.failure().sentence());
         }
@@ -79,8 +81,8 @@ void PageExcerpts::readWanted()
         m_reading.insert(*id);
         id = m_wanted.erase(id);
     }
-    m_queue.run(
-        [reader = m_reader, database = databasePath(m_library.root()), ids] { return reader->read(database, ids); },
+    m_queue.run([reader = m_reader, database = databasePath(m_library.root()),
+                    ids] { return reader->read(database, ids); },
         this, [this](Found found) { took(std::exchange(m_reading, {}), std::move(found)); });
 }
 

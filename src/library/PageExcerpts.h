@@ -40,7 +40,8 @@ private:
         std::vector<ExcerptRow> rows;
         bool isStale = false;
     };
-    void took(const QSet<QString>& asked, std::vector<std::pair<QString, std::vector<ExcerptRow>>> found);
+    void took(
+        const QSet<QString>& asked, std::vector<std::pair<QString, std::vector<ExcerptRow>>> found);
     void takeTreeChange(const TreeChange& change);
 
     Library& m_library;

@@ -32,7 +32,8 @@ TablePlan TablePlan::of(const PageNodes& rows)
         const size_t first = plan.cells.size();
         int column = 0;
         for (const PageNode& cell : rows[static_cast<size_t>(row)].content) {
-            while (column < static_cast<int>(covered.size()) && covered[static_cast<size_t>(column)] > row)
+            while (column < static_cast<int>(covered.size()) &&
+                   covered[static_cast<size_t>(column)] > row)
                 ++column;
             if (column >= mostColumns)
                 break;

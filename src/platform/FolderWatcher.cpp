@@ -44,7 +44,7 @@ struct Watched
 {
     int descriptor = -1;
     Watched* parent = nullptr;
-    QString name; // of the root empty
+    QString name;            // of the root empty
     bool isComplete = false; // all folders in it are watched; false when it moved meanwhile
     std::map<QString, std::unique_ptr<Watched>> children;
 
@@ -214,7 +214,10 @@ private:
                 u"are looked for twice a minute"_s);
     }
 
-    QString absolute(const QString& path) const { return path.isEmpty() ? m_root : m_root + u'/' + path; }
+    QString absolute(const QString& path) const
+    {
+        return path.isEmpty() ? m_root : m_root + u'/' + path;
+    }
 
     bool watch(Watched& folder)
     {
@@ -350,7 +353,8 @@ private:
             return true;
         }
         if (event.len == 0) {
-            if (folder == m_top.get() && (event.mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT))) {
+            if (folder == m_top.get() &&
+                (event.mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT))) {
                 closeNotify();
                 m_nextRootLook = Clock::now();
                 everything();
@@ -395,8 +399,9 @@ private:
                 }
                 return;
             }
-            const bool keepsWatches = (event.mask & IN_MOVED_TO) && move != m_moves.end() &&
-                                      attach(parent, name, std::move(m_moves.extract(move).mapped().folder));
+            const bool keepsWatches =
+                (event.mask & IN_MOVED_TO) && move != m_moves.end() &&
+                attach(parent, name, std::move(m_moves.extract(move).mapped().folder));
             if (!keepsWatches && !parent.children.contains(name))
                 if (Watched* child = addChild(parent, name))
                     enter(*child, true);
@@ -410,8 +415,8 @@ private:
         const QString above = parent.path();
         const QString path = absolute(above.isEmpty() ? name : above + u'/' + name);
         const bool isIt = folder->descriptor >= 0 &&
-                          ::inotify_add_watch(m_notify, QFile::encodeName(path).constData(), watchedEvents) ==
-                              folder->descriptor;
+                          ::inotify_add_watch(m_notify, QFile::encodeName(path).constData(),
+                              watchedEvents) == folder->descriptor;
         if (!isIt || m_wishes.isExcludedFolder(name, path)) {
             drop(*folder);
             return false;

@@ -1,8 +1,8 @@
 // Tells what changes in a folder and all folders below it, by inotify.
 //
-// Events are gathered for half a second and handed over as one batch of paths; a path may be that of
-// a file or of a folder that is new, gone or differs. New folders are watched without a gap: what
-// lay in them before their watch began is told as changed. Links are never followed.
+// Events are gathered for half a second and handed over as one batch of paths; a path may be that
+// of a file or of a folder that is new, gone or differs. New folders are watched without a gap:
+// what lay in them before their watch began is told as changed. Links are never followed.
 //
 // Where the kernel lost events, or the folder itself went away or came back, the batch says
 // "everything". Where it has no more watches to give, the log says so and "everything" is told

@@ -103,7 +103,8 @@ TEST_F(CanvasModelTest, leavesAFolderThatIsGone)
 
 TEST_F(CanvasModelTest, whatIsOpenLiesOverItsOwnFolder)
 {
-    given({node("a", 0, 0), node("b", 300, 0), node("page", 0, 0, "a", NodeKind::Page), node("other", 0, 300)});
+    given({node("a", 0, 0), node("b", 300, 0), node("page", 0, 0, "a", NodeKind::Page),
+        node("other", 0, 300)});
     m_model.openOver("page");
     EXPECT_EQ(m_model.folderID(), "a");
     Node moved = *m_library.node("page");

@@ -22,7 +22,8 @@ protected:
     QString onDisk(const QString& name) const { return home.library() + "/My Space/" + name; }
     bool showsUp(const QString& path)
     {
-        return waitUntil([&] { return program->tree().paths().contains("My Space/" + path); }, 10'000);
+        return waitUntil(
+            [&] { return program->tree().paths().contains("My Space/" + path); }, 10'000);
     }
     void remove(int from, int to) const
     {
@@ -66,8 +67,9 @@ TEST_F(Live, manyFilesDeletedElsewhereAreToldOnce)
     ::usleep(2'500'000);
     EXPECT_TRUE(toasts().isEmpty()) << "a few are nobody's news";
     remove(9, 60);
-    EXPECT_TRUE(waitUntil([&] { return toasts() == QStringList{"51 items deleted in Files are in the Trash"}; }))
-        << toasts().join(", ").toStdString();
+    EXPECT_TRUE(waitUntil([&] {
+        return toasts() == QStringList{"51 items deleted in Files are in the Trash"};
+    })) << toasts().join(", ").toStdString();
     EXPECT_EQ(program->tell("steps").toObject()["undo"][0].toString(), "Move to Trash");
 }
 

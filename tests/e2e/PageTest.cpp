@@ -38,10 +38,16 @@ protected:
         program->settle();
         folder = make("folder", "Folder", {});
         page = make("page", "Page", {});
-        program->tell("write", {{"id", page}, {"doc", doc({paragraph({textNode("See "),
-                                   QJsonObject{{"type", "mention"}, {"attrs", QJsonObject{{"id", folder}, {"label", "the folder"}}}},
-                                   textNode(" or "),
-                                   textNode("a site", {QJsonObject{{"type", "link"}, {"attrs", QJsonObject{{"href", "file:///etc/passwd"}}}}})})})}});
+        program->tell("write",
+            {{"id", page},
+                {"doc",
+                    doc({paragraph({textNode("See "),
+                        QJsonObject{{"type", "mention"},
+                            {"attrs", QJsonObject{{"id", folder}, {"label", "the folder"}}}},
+                        textNode(" or "),
+                        textNode("a site",
+                            {QJsonObject{{"type", "link"},
+                                {"attrs", QJsonObject{{"href", "file:///etc/passwd"}}}}})})})}});
         program->settle();
     }
     void TearDown() override { EXPECT_EQ(program->quit(), 0); }
@@ -49,7 +55,9 @@ protected:
     QString make(const QString& kind, const QString& title, const QString& parent)
     {
         return program
-            ->tell("make", {{"kind", kind}, {"title", title}, {"parent", parent.isEmpty() ? QJsonValue() : parent}, {"x", 0}, {"y", 0}})
+            ->tell("make",
+                {{"kind", kind}, {"title", title},
+                    {"parent", parent.isEmpty() ? QJsonValue() : parent}, {"x", 0}, {"y", 0}})
             .toObject()["id"]
             .toString();
     }
@@ -64,7 +72,8 @@ protected:
     void press(const QJsonObject& target)
     {
         const QJsonArray place = target["place"].toArray();
-        const QPointF at(place[0].toDouble() + place[2].toDouble() / 2, place[1].toDouble() + place[3].toDouble() / 2);
+        const QPointF at(place[0].toDouble() + place[2].toDouble() / 2,
+            place[1].toDouble() + place[3].toDouble() / 2);
         program->mouse("move", at);
         program->mouse("press", at);
         program->mouse("release", at);
@@ -136,7 +145,8 @@ TEST_F(Pages, aMenuGoesWithItsPage)
     const QJsonArray place = opened()["targets"].toArray()[0].toObject()["place"].toArray();
     const QPointF at(place[0].toDouble() + 200, place[1].toDouble() + 100);
     program->tell("mouse", {{"type", "press"}, {"x", at.x()}, {"y", at.y()}, {"button", "right"}});
-    program->tell("mouse", {{"type", "release"}, {"x", at.x()}, {"y", at.y()}, {"button", "right"}});
+    program->tell(
+        "mouse", {{"type", "release"}, {"x", at.x()}, {"y", at.y()}, {"button", "right"}});
     ASSERT_TRUE(waitUntil([&] { return !program->state()["menu"].toArray().isEmpty(); }));
     program->tell("trash", {{"ids", QJsonArray{page}}});
     program->settle();
@@ -181,8 +191,12 @@ TEST_F(Pages, whatIsOpenFollowsWhatIsWritten)
 TEST_F(Pages, whatCantBeReadIsNotTakenForEmpty)
 {
     sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open(home.library(".corvelle/library.sqlite").toUtf8().constData(), &database), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(database, R"(UPDATE pages SET doc = '{"type":"doc", broken')", nullptr, nullptr, nullptr), SQLITE_OK);
+    ASSERT_EQ(
+        sqlite3_open(home.library(".corvelle/library.sqlite").toUtf8().constData(), &database),
+        SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, R"(UPDATE pages SET doc = '{"type":"doc", broken')", nullptr,
+                  nullptr, nullptr),
+        SQLITE_OK);
     sqlite3_close(database);
     open(page);
     EXPECT_EQ(program->state()["toasts"][0]["text"].toString(), "“Page” couldn’t be read");
@@ -211,7 +225,8 @@ TEST_F(Pages, exportsByTheChannelAndTheCommandLine)
     const QString json = home.path("A page.json");
     QFile file(json);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QJsonDocument(program->tell("page", {{"id", page}}).toObject()["doc"].toObject()).toJson());
+    file.write(
+        QJsonDocument(program->tell("page", {{"id", page}}).toObject()["doc"].toObject()).toJson());
     file.close();
     const auto exported = [&](const QStringList& arguments) {
         QProcess process;

@@ -50,13 +50,15 @@ protected:
     void read(const QString& below, Disk& found) const
     {
         for (const QString& name :
-            QDir(folder.path(below)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System)) {
+            QDir(folder.path(below))
+                .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System)) {
             const QString path = below + "/" + name;
             const auto facts = fileFacts(QFile::encodeName(folder.path(path)));
             if (!facts || name.endsWith('~'))
                 continue;
             const bool isFolder = facts->kind == FileFacts::Kind::Folder;
-            found[path] = {isFolder, facts->identity, isFolder ? QByteArray() : folder.content(path)};
+            found[path] = {
+                isFolder, facts->identity, isFolder ? QByteArray() : folder.content(path)};
             if (isFolder && name != "node_modules")
                 read(path, found);
         }
@@ -66,7 +68,8 @@ protected:
         std::map<QString, QString> found;
         lib->library.tree().eachNode([&](const Node& node, const SeenFile&) {
             if (!node.path.isNull() && !lib->library.isInTrash(node.id)) {
-                EXPECT_FALSE(found.contains(node.path)) << "two cards for " << node.path.toStdString();
+                EXPECT_FALSE(found.contains(node.path))
+                    << "two cards for " << node.path.toStdString();
                 found[node.path] = node.id;
             }
         });
@@ -182,7 +185,8 @@ protected:
         std::map<quint64, QString> places;
         for (const auto& [path, facts] : after)
             places[facts.identity] = places.contains(facts.identity) ? QString() : path;
-        std::map<QString, Expected> expected; // in the order of the paths: a folder before its contents
+        std::map<QString, Expected>
+            expected; // in the order of the paths: a folder before its contents
         for (const auto& [path, facts] : before) {
             const auto isThere = [&](const QString& at) {
                 const auto found = after.find(at);
@@ -190,20 +194,22 @@ protected:
             };
             const qsizetype slash = path.lastIndexOf('/');
             const auto parent = expected.find(path.left(slash));
-            const QString above = parent == expected.end() ? path.left(slash)
+            const QString above = parent == expected.end()           ? path.left(slash)
                                   : !parent->second.byName.isEmpty() ? parent->second.byName
-                                                                      : parent->second.byIdentity;
+                                                                     : parent->second.byIdentity;
             Expected& each = expected[path];
             if (!above.isEmpty() && isThere(above + path.mid(slash)))
                 each.byName = above + path.mid(slash);
-            if (const auto place = places.find(facts.identity); place != places.end() && isThere(place->second))
+            if (const auto place = places.find(facts.identity);
+                place != places.end() && isThere(place->second))
                 each.byIdentity = place->second;
         }
         return expected;
     }
 
     // A card stays with its name where that is, else it goes where its file went.
-    void checkFollowed(const Disk& before, const std::map<QString, QString>& idsBefore, const Disk& after) const
+    void checkFollowed(
+        const Disk& before, const std::map<QString, QString>& idsBefore, const Disk& after) const
     {
         std::map<QString, QSet<QString>> allowed; // by path now
         std::map<QString, QString> kept;
@@ -221,7 +227,8 @@ protected:
             if (const auto same = kept.find(path); same != kept.end()) {
                 ASSERT_EQ(ids.at(path), same->second) << path.toStdString();
             } else if (const auto may = allowed.find(path); may != allowed.end()) {
-                ASSERT_TRUE(may->second.contains(ids.at(path))) << path.toStdString() << " has a card of its own";
+                ASSERT_TRUE(may->second.contains(ids.at(path)))
+                    << path.toStdString() << " has a card of its own";
             }
         }
     }
@@ -249,9 +256,11 @@ protected:
                 got.append(path);
             ASSERT_EQ(got.join('\n').toStdString(), wanted.join('\n').toStdString());
             Disk known = after;
-            std::erase_if(known, [](const auto& each) { return each.first.endsWith("/node_modules"); });
+            std::erase_if(
+                known, [](const auto& each) { return each.first.endsWith("/node_modules"); });
             Disk knownBefore = before;
-            std::erase_if(knownBefore, [](const auto& each) { return each.first.endsWith("/node_modules"); });
+            std::erase_if(
+                knownBefore, [](const auto& each) { return each.first.endsWith("/node_modules"); });
             checkFollowed(knownBefore, idsBefore, known);
         }
     }
@@ -273,7 +282,8 @@ TEST_F(LiveSync, theTreeFollowsWhateverHappens)
         open();
         run(first + static_cast<unsigned>(i), 12);
         lib.reset();
-        for (const QString& name : QDir(folder.path()).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot))
+        for (const QString& name :
+            QDir(folder.path()).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot))
             ASSERT_TRUE(QDir(folder.path(name)).removeRecursively());
     }
 }
@@ -308,11 +318,15 @@ TEST_F(LiveSync, outOfTheLibraryAndBackIsTheSameCard)
     open();
     const QString id = lib->find("b.txt");
     const TempFolder outside;
-    ASSERT_EQ(::rename(QFile::encodeName(folder.path("My Space/a/b.txt")), QFile::encodeName(outside.path("b.txt"))), 0);
+    ASSERT_EQ(::rename(QFile::encodeName(folder.path("My Space/a/b.txt")),
+                  QFile::encodeName(outside.path("b.txt"))),
+        0);
     settle();
     EXPECT_TRUE(lib->library.isInTrash(id));
     EXPECT_EQ(lib->manager.undoActionName(), "Move to Trash");
-    ASSERT_EQ(::rename(QFile::encodeName(outside.path("b.txt")), QFile::encodeName(folder.path("My Space/c.txt"))), 0);
+    ASSERT_EQ(::rename(QFile::encodeName(outside.path("b.txt")),
+                  QFile::encodeName(folder.path("My Space/c.txt"))),
+        0);
     settle();
     EXPECT_FALSE(lib->library.isInTrash(id));
     EXPECT_EQ(lib->node(id).path, "My Space/c.txt");
@@ -328,44 +342,52 @@ TEST_F(LiveSync, savingIsAChangeHoweverItIsDone)
     QObject::connect(&lib->diskSync, &DiskSync::filesChanged, &lib->library,
         [&](const QSet<QString>& ids) { changes += ids == QSet<QString>{id} ? 1 : 100; });
     const auto file = [](const QString& name) { return "My Space/" + name; };
-    const auto remove = [&](const QString& name) { ASSERT_TRUE(QFile::remove(folder.path(file(name)))); };
+    const auto remove = [&](const QString& name) {
+        ASSERT_TRUE(QFile::remove(folder.path(file(name))));
+    };
     const std::vector<std::pair<const char*, std::function<void()>>> programs{
         {"in place", [&] { folder.makeFile(file("a.txt"), "in place"); }},
-        {"vim", [&] {
-             folder.makeFile(file(".a.txt.swp"));
-             folder.makeFile(file("4913"));
-             remove("4913");
-             rename(file("a.txt"), file("a.txt~"));
-             folder.makeFile(file("a.txt"), "by vim!");
-             remove("a.txt~");
-             remove(".a.txt.swp");
-         }},
-        {"emacs", [&] {
-             folder.makeFile(file("#a.txt#"), "by emacs");
-             ASSERT_TRUE(QFile::link("nobody@nowhere", folder.path(file(".#a.txt"))));
-             rename(file("a.txt"), file("a.txt~"));
-             folder.makeFile(file("a.txt"), "by emacs");
-             remove("#a.txt#");
-             remove(".#a.txt");
-         }},
-        {"an office", [&] {
-             folder.makeFile(file(".~lock.a.txt#"));
-             folder.makeFile(file("lu1234.tmp~"), "by an office");
-             rename(file("lu1234.tmp~"), file("a.txt"));
-             remove(".~lock.a.txt#");
-         }},
-        {"a desktop's editor", [&] {
-             folder.makeFile(file(".goutputstream-X7Y8Z9"), "by a desktop's editor");
-             rename(file(".goutputstream-X7Y8Z9"), file("a.txt"));
-         }},
-        {"rsync", [&] {
-             folder.makeFile(file(".a.txt.Gq3kLm"), "synced from another machine");
-             rename(file(".a.txt.Gq3kLm"), file("a.txt"));
-         }},
-        {"a browser", [&] {
-             folder.makeFile(file("a.txt.crdownload"), "downloaded again, and longer");
-             rename(file("a.txt.crdownload"), file("a.txt"));
-         }},
+        {"vim",
+            [&] {
+                folder.makeFile(file(".a.txt.swp"));
+                folder.makeFile(file("4913"));
+                remove("4913");
+                rename(file("a.txt"), file("a.txt~"));
+                folder.makeFile(file("a.txt"), "by vim!");
+                remove("a.txt~");
+                remove(".a.txt.swp");
+            }},
+        {"emacs",
+            [&] {
+                folder.makeFile(file("#a.txt#"), "by emacs");
+                ASSERT_TRUE(QFile::link("nobody@nowhere", folder.path(file(".#a.txt"))));
+                rename(file("a.txt"), file("a.txt~"));
+                folder.makeFile(file("a.txt"), "by emacs");
+                remove("#a.txt#");
+                remove(".#a.txt");
+            }},
+        {"an office",
+            [&] {
+                folder.makeFile(file(".~lock.a.txt#"));
+                folder.makeFile(file("lu1234.tmp~"), "by an office");
+                rename(file("lu1234.tmp~"), file("a.txt"));
+                remove(".~lock.a.txt#");
+            }},
+        {"a desktop's editor",
+            [&] {
+                folder.makeFile(file(".goutputstream-X7Y8Z9"), "by a desktop's editor");
+                rename(file(".goutputstream-X7Y8Z9"), file("a.txt"));
+            }},
+        {"rsync",
+            [&] {
+                folder.makeFile(file(".a.txt.Gq3kLm"), "synced from another machine");
+                rename(file(".a.txt.Gq3kLm"), file("a.txt"));
+            }},
+        {"a browser",
+            [&] {
+                folder.makeFile(file("a.txt.crdownload"), "downloaded again, and longer");
+                rename(file("a.txt.crdownload"), file("a.txt"));
+            }},
     };
     for (const auto& [name, save] : programs) {
         SCOPED_TRACE(name);

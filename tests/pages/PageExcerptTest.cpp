@@ -11,8 +11,9 @@ TEST(PageExcerpt, showsTheFirstLinesAndCountsAllWords)
 {
     QByteArray blocks;
     for (int i = 0; i < 20; ++i)
-        blocks += QByteArray(i ? "," : "") +
-                  R"({"type":"paragraph","content":[{"type":"text","text":"two words"}]},{"type":"paragraph"})";
+        blocks +=
+            QByteArray(i ? "," : "") +
+            R"({"type":"paragraph","content":[{"type":"text","text":"two words"}]},{"type":"paragraph"})";
     const PageExcerpt excerpt = pageExcerpt(R"({"type":"doc","content":[)" + blocks + "]}");
     EXPECT_EQ(excerpt.rows.size(), 14u) << "blank blocks make no row";
     EXPECT_EQ(excerpt.words, 40);
@@ -33,8 +34,9 @@ TEST(PageExcerpt, tellsWhatEachLineIs)
         {"type":"table","content":[{"type":"tableRow","content":[{"type":"tableCell","content":[
             {"type":"paragraph","content":[{"type":"text","text":"in a cell"}]}]}]}]}]})"));
     EXPECT_EQ(excerpt.rows,
-        (std::vector<ExcerptRow>{{Block::Ordered, "three", 0, 3, false}, {Block::Bullet, "inner", 1, 1, false},
-            {Block::Ordered, "four", 0, 4, false}, {Block::Done, "a b Plan", 0, 1, true}}));
+        (std::vector<ExcerptRow>{{Block::Ordered, "three", 0, 3, false},
+            {Block::Bullet, "inner", 1, 1, false}, {Block::Ordered, "four", 0, 4, false},
+            {Block::Done, "a b Plan", 0, 1, true}}));
     EXPECT_EQ(excerpt.words, 9) << "a table's words count, a picture has none";
 }
 
@@ -59,16 +61,16 @@ PageNode row(std::vector<PageNode> cells)
 TEST(TablePlan, cellsLandInTheFirstFreeColumn)
 {
     const auto head = PageNode::Type::TableHeader;
-    const PageNodes rows{row({cell(1, 2, head), cell(2, 1, head)}), row({cell(1, 1), cell(1, 9)}), row({cell(3, 1)}),
-        row({})};
+    const PageNodes rows{row({cell(1, 2, head), cell(2, 1, head)}), row({cell(1, 1), cell(1, 9)}),
+        row({cell(3, 1)}), row({})};
     const TablePlan plan = TablePlan::of(rows);
     EXPECT_EQ(plan.rowCount, 4);
     EXPECT_EQ(plan.headCount, 1);
     std::vector<std::array<int, 4>> places;
     for (const TablePlan::Slot& slot : plan.cells)
         places.push_back({slot.row, slot.column, slot.rowSpan, slot.colSpan});
-    EXPECT_EQ(places,
-        (std::vector<std::array<int, 4>>{{0, 0, 2, 1}, {0, 1, 1, 2}, {1, 1, 1, 1}, {1, 2, 3, 1}, {2, 0, 1, 3}}))
+    EXPECT_EQ(places, (std::vector<std::array<int, 4>>{
+                          {0, 0, 2, 1}, {0, 1, 1, 2}, {1, 1, 1, 1}, {1, 2, 3, 1}, {2, 0, 1, 3}}))
         << "a span ends with the table";
     EXPECT_EQ(plan.columnCount, 3);
     EXPECT_LE(TablePlan::of({row({cell(1'000'000, 1), cell(5, 1)})}).columnCount, 1'000);

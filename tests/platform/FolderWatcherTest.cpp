@@ -18,14 +18,15 @@ class Watch
 {
 public:
     explicit Watch(const QString& root)
-        : m_watcher(root, {[this](FolderWatcher::Batch batch) {
-                               const std::lock_guard lock(m_mutex);
-                               m_seen.paths.unite(batch.paths);
-                               m_seen.everything |= batch.everything;
-                               ++m_batches;
-                           },
-                              [](const QString& name) { return name.startsWith('.'); },
-                              [](const QString& name, const QString&) { return name == "generated"; }})
+        : m_watcher(
+              root, {[this](FolderWatcher::Batch batch) {
+                         const std::lock_guard lock(m_mutex);
+                         m_seen.paths.unite(batch.paths);
+                         m_seen.everything |= batch.everything;
+                         ++m_batches;
+                     },
+                        [](const QString& name) { return name.startsWith('.'); },
+                        [](const QString& name, const QString&) { return name == "generated"; }})
     {}
 
     FolderWatcher::Batch seen()
@@ -67,7 +68,8 @@ class FolderWatcherTest : public testing::Test
 protected:
     void rename(const QString& from, const QString& to) const
     {
-        EXPECT_EQ(::rename(QFile::encodeName(folder.path(from)), QFile::encodeName(folder.path(to))), 0);
+        EXPECT_EQ(
+            ::rename(QFile::encodeName(folder.path(from)), QFile::encodeName(folder.path(to))), 0);
     }
 
     TempFolder folder;
@@ -116,11 +118,13 @@ TEST_F(FolderWatcherTest, aFolderThatMovesTakesItsWatchesAlong)
     folder.makeFile("b/c/inner/file.txt");
     EXPECT_EQ(watch.paths(), QStringList{"b/c/inner/file.txt"});
     // Out of what is watched, and back with something new in it.
-    ASSERT_EQ(::rename(QFile::encodeName(folder.path("b/c")), QFile::encodeName(outside.path("c"))), 0);
+    ASSERT_EQ(
+        ::rename(QFile::encodeName(folder.path("b/c")), QFile::encodeName(outside.path("c"))), 0);
     EXPECT_EQ(watch.paths(), QStringList{"b/c"});
     outside.makeFile("c/inner/other.txt");
     EXPECT_EQ(watch.paths(), QStringList());
-    ASSERT_EQ(::rename(QFile::encodeName(outside.path("c")), QFile::encodeName(folder.path("back"))), 0);
+    ASSERT_EQ(
+        ::rename(QFile::encodeName(outside.path("c")), QFile::encodeName(folder.path("back"))), 0);
     EXPECT_EQ(watch.paths(),
         (QStringList{"back", "back/inner", "back/inner/file.txt", "back/inner/other.txt"}));
     // Two folders change places.

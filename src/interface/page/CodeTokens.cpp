@@ -13,8 +13,8 @@ namespace {
 
 struct Family
 {
-    QStringView names;    // between blanks, each with a blank before and behind it
-    QStringView line;     // begins a comment to the end of the line; empty: none
+    QStringView names;       // between blanks, each with a blank before and behind it
+    QStringView line;        // begins a comment to the end of the line; empty: none
     QStringView open, close; // round a comment
     QStringView quotes;
     QStringView keywords; // as the names
@@ -25,19 +25,24 @@ constexpr QStringView curlyWords =
     u" abstract as async await auto bool boolean break byte case catch char class const constexpr "
     u"continue default defer delete do double else enum explicit export extends extern false final "
     u"finally float fn for from func function go goto guard if impl implements import in inline "
-    u"instanceof int interface internal is let long loop match mod module move mut namespace new nil "
+    u"instanceof int interface internal is let long loop match mod module move mut namespace new "
+    u"nil "
     u"noexcept null nullptr operator override package private protected public pub range readonly "
     u"return self short signed sizeof static string struct super switch template this throw throws "
-    u"trait true try type typedef typename typeof undefined union unsafe unsigned use using val var "
+    u"trait true try type typedef typename typeof undefined union unsafe unsigned use using val "
+    u"var "
     u"virtual void volatile when where while yield ";
 constexpr QStringView hashWords =
-    u" and as assert async await begin break case class continue def del do done elif else elsif end "
+    u" and as assert async await begin break case class continue def del do done elif else elsif "
+    u"end "
     u"ensure esac except export False fi finally for from function global if import in is lambda "
     u"local module next nil None nonlocal not or pass raise redo require rescue return self shift "
     u"source super then true True try undef unless until when while with yield ";
 constexpr QStringView queryWords =
-    u" add all alter and as asc begin between by case cascade check column commit constraint create "
-    u"cross database default delete desc distinct drop else end exists foreign from full group having "
+    u" add all alter and as asc begin between by case cascade check column commit constraint "
+    u"create "
+    u"cross database default delete desc distinct drop else end exists foreign from full group "
+    u"having "
     u"if in index inner insert into is join key left like limit not null offset on or order outer "
     u"primary references returning right rollback select set table then transaction trigger union "
     u"unique update using values view when where with ";
@@ -154,9 +159,9 @@ private:
             return false;
         const bool number = m_code[m_at].isDigit();
         qsizetype end = m_at;
-        while (end < m_code.size() &&
-               (isWordPart(m_code[end]) ||
-                   (number && m_code[end] == u'.' && end + 1 < m_code.size() && m_code[end + 1].isDigit())))
+        while (end < m_code.size() && (isWordPart(m_code[end]) || (number && m_code[end] == u'.' &&
+                                                                      end + 1 < m_code.size() &&
+                                                                      m_code[end + 1].isDigit())))
             ++end;
         const auto sensitivity = m_family.ignoresCase ? Qt::CaseInsensitive : Qt::CaseSensitive;
         if (number)

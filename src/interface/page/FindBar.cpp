@@ -81,9 +81,10 @@ QString FindBar::words() const
 void FindBar::setCount(int current, int count)
 {
     const QLocale english(QLocale::English);
-    m_count->setText(m_field->text().isEmpty() ? QString()
-                     : count == 0 ? u"Not found"_s
-                                  : u"%1 of %2"_s.arg(english.toString(current + 1), english.toString(count)));
+    m_count->setText(
+        m_field->text().isEmpty() ? QString()
+        : count == 0              ? u"Not found"_s
+                     : u"%1 of %2"_s.arg(english.toString(current + 1), english.toString(count)));
 }
 
 bool FindBar::eventFilter(QObject* watched, QEvent* event)

@@ -19,8 +19,8 @@ struct PieceFacts
 {
     const FlatText* text = nullptr;
     FlatText::BlockAt block;
-    Units from = 0, to = 0;        // of the block, from its start
-    int firstRow = 0, rowCount = 0; // of a table: the rows that the piece holds; 0 for all
+    Units from = 0, to = 0;             // of the block, from its start
+    int firstRow = 0, rowCount = 0;     // of a table: the rows that the piece holds; 0 for all
     bool isFirst = true, isLast = true; // of its block
     bool rightToLeft = false;
     bool quoteGoesOn = false; // the piece above is quoted as well

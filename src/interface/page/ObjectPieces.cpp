@@ -18,15 +18,16 @@ namespace {
 constexpr double pictureRadius = 8, noteHeight = 64, cardHeight = 52;
 constexpr qsizetype longestNote = 400;
 
-void drawNote(QPainter& painter, const QRectF& box, Icon sign, const QString& words, const Palette& colors)
+void drawNote(
+    QPainter& painter, const QRectF& box, Icon sign, const QString& words, const Palette& colors)
 {
     const Lettering lettering(TypeStyle::Label);
     const QRectF square(box.left() + 16, std::round(box.center().y() - 10), 20, 20);
     drawIcon(painter, sign, square, colors.ink2);
     painter.setPen(colors.ink2);
     const double room = box.right() - square.right() - 28;
-    lettering.draw(painter, QRectF(square.right() + 12, box.top(), room, box.height()), Qt::AlignLeft,
-        lettering.elided(words.left(longestNote), room, Qt::ElideMiddle));
+    lettering.draw(painter, QRectF(square.right() + 12, box.top(), room, box.height()),
+        Qt::AlignLeft, lettering.elided(words.left(longestNote), room, Qt::ElideMiddle));
 }
 
 // Selected: under a veil, since it stands for itself.
@@ -45,7 +46,8 @@ public:
         , m_room(pieceRoom(facts))
     {
         size.setWidth(std::min(size.width(), m_room.width));
-        const double left = facts.rightToLeft ? m_room.left + m_room.width - size.width() : m_room.left;
+        const double left =
+            facts.rightToLeft ? m_room.left + m_room.width - size.width() : m_room.left;
         m_box = QRectF(QPointF(left, facts.gap), size);
         m_height = facts.gap + size.height();
     }
@@ -77,9 +79,9 @@ public:
         QPainterPath shape;
         shape.addRoundedRect(box, pictureRadius, pictureRadius);
         const double ratio = painter.device()->devicePixelRatioF();
-        const QImage image = m_data.isShown()
-                                 ? m_facts.pictures->ready(m_data, static_cast<int>(box.width() * ratio))
-                                 : QImage();
+        const QImage image = m_data.isShown() ? m_facts.pictures->ready(
+                                                    m_data, static_cast<int>(box.width() * ratio))
+                                              : QImage();
         painter.fillPath(shape, colors().sunken);
         if (!image.isNull()) {
             painter.save();
@@ -151,7 +153,8 @@ public:
         if (focused) {
             painter.setPen(QPen(colors().accent, 2));
             painter.setBrush(Qt::NoBrush);
-            painter.drawRoundedRect(box.adjusted(-2, -2, 2, 2), pictureRadius + 2, pictureRadius + 2);
+            painter.drawRoundedRect(
+                box.adjusted(-2, -2, 2, 2), pictureRadius + 2, pictureRadius + 2);
         }
         const QString label = m_embed.label.isEmpty() ? u"Corvelle"_s : m_embed.label;
         drawNote(painter, box, m_look.sign,

@@ -65,15 +65,18 @@ public:
     int characterCount() const override { return static_cast<int>(spoken().length()); }
     QString text(int from, int to) const override { return spoken().text(from, to); }
     QString text(QAccessible::Text kind) const override { return QAccessibleWidget::text(kind); }
-    QString textBeforeOffset(int offset, QAccessible::TextBoundaryType type, int* from, int* to) const override
+    QString textBeforeOffset(
+        int offset, QAccessible::TextBoundaryType type, int* from, int* to) const override
     {
         return near(&QAccessibleTextInterface::textBeforeOffset, offset, type, from, to);
     }
-    QString textAfterOffset(int offset, QAccessible::TextBoundaryType type, int* from, int* to) const override
+    QString textAfterOffset(
+        int offset, QAccessible::TextBoundaryType type, int* from, int* to) const override
     {
         return near(&QAccessibleTextInterface::textAfterOffset, offset, type, from, to);
     }
-    QString textAtOffset(int offset, QAccessible::TextBoundaryType type, int* from, int* to) const override
+    QString textAtOffset(
+        int offset, QAccessible::TextBoundaryType type, int* from, int* to) const override
     {
         return near(&QAccessibleTextInterface::textAtOffset, offset, type, from, to);
     }
@@ -97,7 +100,10 @@ public:
     {
         m_view.select(spoken().placeOf(from), spoken().placeOf(to));
     }
-    int cursorPosition() const override { return static_cast<int>(spoken().offsetOf(m_view.selection().second)); }
+    int cursorPosition() const override
+    {
+        return static_cast<int>(spoken().offsetOf(m_view.selection().second));
+    }
     void setCursorPosition(int offset) override
     {
         const Units place = spoken().placeOf(offset);
@@ -113,15 +119,18 @@ public:
     }
     int offsetAtPoint(const QPoint& point) const override
     {
-        return static_cast<int>(spoken().offsetOf(m_view.placeAt(m_view.mapFromGlobal(QPointF(point)))));
+        return static_cast<int>(
+            spoken().offsetOf(m_view.placeAt(m_view.mapFromGlobal(QPointF(point)))));
     }
     void scrollToSubstring(int from, int) override { m_view.showPlace(spoken().placeOf(from)); }
 
 private:
     // What the interface does by itself for words and sentences, on the words round the offset: it
     // would ask for the whole page each time.
-    using Answer = QString (QAccessibleTextInterface::*)(int, QAccessible::TextBoundaryType, int*, int*) const;
-    QString near(Answer answer, int offset, QAccessible::TextBoundaryType type, int* from, int* to) const
+    using Answer = QString (QAccessibleTextInterface::*)(
+        int, QAccessible::TextBoundaryType, int*, int*) const;
+    QString near(
+        Answer answer, int offset, QAccessible::TextBoundaryType type, int* from, int* to) const
     {
         constexpr int reach = 8'000;
         const int length = characterCount();
@@ -154,7 +163,8 @@ private:
 
 QAccessibleInterface* pageFactory(const QString& name, QObject* object)
 {
-    auto* view = name == QLatin1String("corvelle::PageView") ? qobject_cast<PageView*>(object) : nullptr;
+    auto* view =
+        name == QLatin1String("corvelle::PageView") ? qobject_cast<PageView*>(object) : nullptr;
     return view ? new PageText(*view) : nullptr;
 }
 

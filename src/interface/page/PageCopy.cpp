@@ -24,7 +24,8 @@ PageNodes nodesBetween(const FlatText& text, Units from, Units to)
         part.replace(part.length(), part.length(), closing.take());
     }
     PageNodes nodes = nodesFromText(part);
-    while (nodes.size() > 1 && nodes.back().type == PageNode::Type::Paragraph && nodes.back().content.empty())
+    while (nodes.size() > 1 && nodes.back().type == PageNode::Type::Paragraph &&
+           nodes.back().content.empty())
         nodes.pop_back();
     return nodes;
 }

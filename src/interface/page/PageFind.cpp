@@ -25,7 +25,8 @@ public:
     std::vector<TextRange> all()
     {
         m_text.eachBlock(0, [this](const FlatText::BlockAt& block) {
-            const CharStyleRef only = block.length() == 1 ? m_text.styleAt(block.start) : CharStyleRef();
+            const CharStyleRef only =
+                block.length() == 1 ? m_text.styleAt(block.start) : CharStyleRef();
             if (only && only->attachment)
                 lookIn(block.index, *only->attachment);
             else
@@ -44,7 +45,8 @@ private:
         } else if (attachment.kind == PageNode::Type::Table) {
             const auto cells = tableCells(attachment);
             for (size_t i = 0; i < cells->texts.size() && m_found.size() < mostFound; ++i)
-                lookIn({block, static_cast<int>(i), 0, 0}, cells->texts[i], 0, cells->texts[i].length());
+                lookIn({block, static_cast<int>(i), 0, 0}, cells->texts[i], 0,
+                    cells->texts[i].length());
         }
     }
 

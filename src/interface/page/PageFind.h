@@ -10,7 +10,7 @@ namespace corvelle {
 struct TextRange
 {
     qsizetype block = 0;
-    int cell = -1; // of a table; then places count from the start of the cell's text
+    int cell = -1;          // of a table; then places count from the start of the cell's text
     Units from = 0, to = 0; // from the start of the block
 
     bool operator==(const TextRange&) const = default;

@@ -13,9 +13,10 @@ namespace {
 constexpr qsizetype longTableBytes = 64 << 10; // of its JSON; a longer one is cut between its rows
 constexpr int rowsOfAPiece = 24, mostJoinedRows = 200;
 constexpr Units unitsOfACell = 50; // what laying out an empty one costs
-constexpr double unitWidth = 7.4; // a letter of body text, about
+constexpr double unitWidth = 7.4;  // a letter of body text, about
 
-const BlockAttachment* attachmentOf(const FlatText& text, const FlatText::BlockAt& block, CharStyleRef& holder)
+const BlockAttachment* attachmentOf(
+    const FlatText& text, const FlatText::BlockAt& block, CharStyleRef& holder)
 {
     if (block.what().kind != Block::Raw || block.length() != 1)
         return nullptr;
@@ -103,8 +104,9 @@ void PageLayout::cutBlock(const FlatText::BlockAt& block, float gap, int number)
     Units from = block.start;
     do {
         const Units to = cutAfter(m_text, from, block.end);
-        addPiece({block.index, from - block.start, to - block.start, 0, 0}, from == block.start ? gap : 0,
-            number, line * std::max(1.0, std::ceil(static_cast<double>(to - from) / perLine)));
+        addPiece({block.index, from - block.start, to - block.start, 0, 0},
+            from == block.start ? gap : 0, number,
+            line * std::max(1.0, std::ceil(static_cast<double>(to - from) / perLine)));
         from = to;
     } while (from < block.end);
 }
@@ -192,11 +194,12 @@ void PageLayout::keepOnly(int first, int last)
 
 int PageLayout::pieceOf(qsizetype block, Units offset) const
 {
-    const auto beyond = std::upper_bound(m_extents.begin(), m_extents.end(), std::pair(block, offset),
-        [](const std::pair<qsizetype, Units>& place, const Extent& extent) {
-            return place.first < extent.block ||
-                   (place.first == extent.block && place.second < extent.from);
-        });
+    const auto beyond =
+        std::upper_bound(m_extents.begin(), m_extents.end(), std::pair(block, offset),
+            [](const std::pair<qsizetype, Units>& place, const Extent& extent) {
+                return place.first < extent.block ||
+                       (place.first == extent.block && place.second < extent.from);
+            });
     const auto index = static_cast<int>(beyond - m_extents.begin()) - 1;
     return std::clamp(index, 0, std::max(0, count() - 1));
 }
@@ -217,7 +220,8 @@ int PageLayout::pieceOf(const TextRange& range) const
     if (!cells || static_cast<size_t>(range.cell) >= cells->plan.cells.size())
         return piece;
     const int row = cells->plan.cells[static_cast<size_t>(range.cell)].row;
-    while (piece + 1 < count() && extent(piece + 1).block == range.block && extent(piece + 1).firstRow <= row)
+    while (piece + 1 < count() && extent(piece + 1).block == range.block &&
+           extent(piece + 1).firstRow <= row)
         ++piece;
     return piece;
 }

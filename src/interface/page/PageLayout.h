@@ -44,7 +44,7 @@ public:
     struct Extent
     {
         qsizetype block = 0;
-        Units from = 0, to = 0; // of the block, from its start
+        Units from = 0, to = 0;         // of the block, from its start
         int firstRow = 0, rowCount = 0; // of a long table; 0 for all rows
     };
     const Extent& extent(int piece) const { return m_extents[static_cast<size_t>(piece)]; }
@@ -74,7 +74,7 @@ private:
         float gap = 0;
         qint32 number = 1;
     };
-    std::vector<Made> m_made; // beside the extents
+    std::vector<Made> m_made;        // beside the extents
     std::vector<double> m_estimates; // while cutting
     HeightIndex m_heights;
     std::map<int, std::unique_ptr<LaidPiece>> m_laid;

@@ -11,7 +11,7 @@ namespace corvelle {
 namespace {
 
 constexpr int mostKiB = 96 << 10;
-constexpr int mostPixels = 1600;  // of a picture's width; more shows nothing more on a page
+constexpr int mostPixels = 1600; // of a picture's width; more shows nothing more on a page
 constexpr int tallest = 1 << 13;
 constexpr int checkMs = 5'000;
 constexpr qint64 unusedMs = 120'000;
@@ -83,17 +83,17 @@ QImage PagePictures::ready(const PictureData& picture, int width)
     m_lastUse.start();
     if (!m_check.isActive())
         m_check.start();
-    const int wanted = std::clamp(std::min(width, picture.size ? picture.size->width() : 0), 1, mostPixels);
+    const int wanted =
+        std::clamp(std::min(width, picture.size ? picture.size->width() : 0), 1, mostPixels);
     const Entry* entry = m_entries.object(picture.key);
     if (entry && entry->width * 5 >= wanted * 4)
         return entry->image;
     if (!m_decoding.contains(picture.key)) {
         m_decoding.insert(picture.key);
         m_queue.run(
-            [picture, wanted] {
-                return scaledPicture(picture.bytes, QSize(wanted, tallest));
-            },
-            this, [this, key = picture.key, wanted](QImage image) {
+            [picture, wanted] { return scaledPicture(picture.bytes, QSize(wanted, tallest)); },
+            this,
+            [this, key = picture.key, wanted](QImage image) {
                 m_decoding.remove(key);
                 const auto cost = static_cast<int>(image.sizeInBytes() / 1024) + 1;
                 m_entries.insert(key, new Entry{std::move(image), wanted}, cost);

@@ -1,7 +1,7 @@
 // The pictures of pages, decoded at the size on screen and kept while there is room.
 //
-// Main thread; decoding runs on the queue `corvelle.page-pictures`. Nobody's pictures stay in memory
-// when no page has shown one for two minutes.
+// Main thread; decoding runs on the queue `corvelle.page-pictures`. Nobody's pictures stay in
+// memory when no page has shown one for two minutes.
 #pragma once
 
 #include "base/SerialQueue.h"
@@ -65,7 +65,7 @@ private:
         int width = 0; // that it was decoded for
     };
 
-    QCache<QString, Entry> m_entries; // by key; costs in KiB
+    QCache<QString, Entry> m_entries;                 // by key; costs in KiB
     std::deque<std::pair<QByteArray, Found>> m_found; // by its node, the newest first
     QSet<QString> m_decoding;
     QElapsedTimer m_lastUse;

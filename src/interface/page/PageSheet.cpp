@@ -140,14 +140,16 @@ void PageSheet::comeFrom(const QRectF& card)
 void PageSheet::paintSheet(QPainter& painter, const QRectF& box) const
 {
     const Palette& colors = corvelle::palette(schemeOf(*this));
-    drawShadow(painter, box.adjusted(0, 0, 0, 40), radius::sheet, Elevation::Sheet, schemeOf(*this));
+    drawShadow(
+        painter, box.adjusted(0, 0, 0, 40), radius::sheet, Elevation::Sheet, schemeOf(*this));
     QPainterPath surface;
     surface.addRoundedRect(box.adjusted(0, 0, 0, radius::sheet + 4), radius::sheet, radius::sheet);
     painter.fillPath(surface, colors.surface);
     painter.setPen(QPen(colors.glassEdge, 1));
     painter.setBrush(Qt::NoBrush);
     painter.drawPath(surface);
-    painter.fillRect(QRectF(box.left(), box.top() + headRow - 1, box.width(), 1), colors.hairlineFaint);
+    painter.fillRect(
+        QRectF(box.left(), box.top() + headRow - 1, box.width(), 1), colors.hairlineFaint);
 
     const double middle = box.top() + headRow / 2.0;
     drawIcon(painter, m_sign, QRectF(box.left() + headSide, middle - 9, 18, 18), colors.ink3);
@@ -155,7 +157,8 @@ void PageSheet::paintSheet(QPainter& painter, const QRectF& box) const
     const QRectF name(box.left() + headSide + 26, box.top(),
         std::max(0.0, m_more->x() - box.left() - headSide - 26 - 12), headRow - 1);
     painter.setPen(colors.ink);
-    letters.draw(painter, name, Qt::AlignLeft, letters.elided(m_name, name.width(), Qt::ElideMiddle));
+    letters.draw(
+        painter, name, Qt::AlignLeft, letters.elided(m_name, name.width(), Qt::ElideMiddle));
     painter.fillRect(QRectF(m_close->x() - 5, middle - 10, 1, 20), colors.hairline);
 }
 

@@ -6,8 +6,8 @@ namespace corvelle {
 
 namespace {
 
-void addTargets(
-    const FlatText& text, Units from, Units to, const TextRange& where, std::vector<TargetInPage>& targets)
+void addTargets(const FlatText& text, Units from, Units to, const TextRange& where,
+    std::vector<TargetInPage>& targets)
 {
     text.eachRun(from, to, [&](Units at, QStringView run, const CharStyleRef& style) {
         if (!style)

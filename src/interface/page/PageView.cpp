@@ -66,7 +66,9 @@ std::pair<qsizetype, qsizetype> wordAround(const QString& text, qsizetype at)
     if (text.isEmpty())
         return {0, 0};
     at = std::min(at, text.size() - 1);
-    const auto isWord = [](QChar c) { return c.isLetterOrNumber() || c == u'_' || c.isMark() || c.isSurrogate(); };
+    const auto isWord = [](QChar c) {
+        return c.isLetterOrNumber() || c == u'_' || c.isMark() || c.isSurrogate();
+    };
     const bool word = isWord(text[at]);
     qsizetype from = at, to = at + 1;
     while (word && from > 0 && isWord(text[from - 1]))
@@ -94,7 +96,8 @@ PageView::PageView(ItemLooks items, MentionSource mentions, QWidget* parent)
     connect(&m_thumbLingers, &QTimer::timeout, this, qOverload<>(&QWidget::update));
     m_autoScroll.setInterval(autoScrollMs);
     connect(&m_autoScroll, &QTimer::timeout, this, [this] {
-        const double beyond = m_dragAt.y() < 0 ? m_dragAt.y() : std::max(0.0, m_dragAt.y() - height());
+        const double beyond =
+            m_dragAt.y() < 0 ? m_dragAt.y() : std::max(0.0, m_dragAt.y() - height());
         scrollBy(beyond / 4);
         extend(m_dragAt);
     });
@@ -176,7 +179,8 @@ double PageView::headHeight() const
         return cover + topRoom;
     const Lettering lettering(TypeStyle::PageTitle);
     const auto lines = lettering.lines(titleWords(m_page), column().width(), 12).size();
-    return cover + topRoom + static_cast<double>(std::max<size_t>(1, lines)) * lettering.lineHeight() + titleGap;
+    return cover + topRoom +
+           static_cast<double>(std::max<size_t>(1, lines)) * lettering.lineHeight() + titleGap;
 }
 
 void PageView::layOut()
@@ -376,19 +380,22 @@ void PageView::paintPiece(QPainter& painter, int piece, double y)
     const auto [from, to] = selection();
     if (from < to) {
         const FlatText::BlockAt block = m_page.text.block(extent.block);
-        const Units first = std::max(from - block.start, extent.from), last = std::min(to - block.start, extent.to);
+        const Units first = std::max(from - block.start, extent.from),
+                    last = std::min(to - block.start, extent.to);
         const bool empty = block.length() == 0 && from <= block.start && to > block.start;
         if (first < last || empty)
             paint.selection = {first, last};
     }
     std::vector<PieceMark> marks;
-    const auto range = std::equal_range(m_found.begin(), m_found.end(), TextRange{extent.block, 0, 0, 0},
-        [](const TextRange& a, const TextRange& b) { return a.block < b.block; });
+    const auto range =
+        std::equal_range(m_found.begin(), m_found.end(), TextRange{extent.block, 0, 0, 0},
+            [](const TextRange& a, const TextRange& b) { return a.block < b.block; });
     for (auto found = range.first; found != range.second; ++found)
         if (found->cell >= 0 || (found->from < extent.to && found->to > extent.from))
             marks.push_back({found->cell,
                 {found->from, found->to,
-                    found - m_found.begin() == m_currentFound ? TextMark::Kind::Current : TextMark::Kind::Found}});
+                    found - m_found.begin() == m_currentFound ? TextMark::Kind::Current
+                                                              : TextMark::Kind::Found}});
     if (m_focused >= 0 && hasFocus())
         if (const TextRange& focus = m_targets[static_cast<size_t>(m_focused)].range;
             focus.block == extent.block)
@@ -514,7 +521,8 @@ void PageView::mousePressEvent(QMouseEvent* event)
         return QWidget::mousePressEvent(event);
     const QStyleHints& hints = *QGuiApplication::styleHints();
     const double away = QLineF(m_pressedAt, event->position()).length();
-    const bool third = m_lastDouble.isValid() && m_lastDouble.elapsed() < hints.mouseDoubleClickInterval() &&
+    const bool third = m_lastDouble.isValid() &&
+                       m_lastDouble.elapsed() < hints.mouseDoubleClickInterval() &&
                        away <= hints.startDragDistance();
     m_pressedAt = m_dragAt = event->position();
     if (isOnTrack(event->position())) {
@@ -584,7 +592,8 @@ void PageView::mouseReleaseEvent(QMouseEvent* event)
     m_autoScroll.stop();
     update();
     const double moved = QLineF(m_pressedAt, event->position()).length();
-    if (ended != Drag::Characters || hasSelection() || moved > QGuiApplication::styleHints()->startDragDistance())
+    if (ended != Drag::Characters || hasSelection() ||
+        moved > QGuiApplication::styleHints()->startDragDistance())
         return;
     follow(targetAt(event->position()));
 }
@@ -668,7 +677,8 @@ bool PageView::event(QEvent* event)
     } else if (event->type() == QEvent::ToolTip) {
         const auto* help = static_cast<QHelpEvent*>(event);
         const PageTarget target = targetAt(help->pos());
-        QToolTip::showText(help->globalPos(), target.link ? target.link->href.left(300).toHtmlEscaped() : QString(), this);
+        QToolTip::showText(help->globalPos(),
+            target.link ? target.link->href.left(300).toHtmlEscaped() : QString(), this);
         return true;
     }
     return QWidget::event(event);
@@ -683,8 +693,10 @@ bool PageView::focusNextPrevChild(bool next)
     const int count = static_cast<int>(m_targets.size());
     int wanted = m_focused + (next ? 1 : -1);
     if (m_focused < 0 && m_layout.count() > 0) {
-        const auto here = std::partition_point(m_targets.begin(), m_targets.end(),
-            [this](const TargetInPage& target) { return m_layout.pieceOf(target.range) < m_topPiece; });
+        const auto here = std::partition_point(
+            m_targets.begin(), m_targets.end(), [this](const TargetInPage& target) {
+                return m_layout.pieceOf(target.range) < m_topPiece;
+            });
         wanted = static_cast<int>(here - m_targets.begin()) - (next ? 0 : 1);
     }
     if (wanted < 0 || wanted >= count) {
@@ -722,8 +734,9 @@ std::vector<std::pair<TargetInPage, QRectF>> PageView::targetsInSight()
             continue;
         const QRectF rect =
             m_layout.laid(piece).rectOf({target.range.cell, {target.range.from, target.range.to}});
-        found.emplace_back(target, rect.translated(column().left(),
-            m_layout.top(piece) - m_layout.top(m_topPiece) - m_topOffset));
+        found.emplace_back(
+            target, rect.translated(column().left(),
+                        m_layout.top(piece) - m_layout.top(m_topPiece) - m_topOffset));
     }
     return found;
 }

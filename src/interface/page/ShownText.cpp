@@ -1,6 +1,7 @@
 #include "interface/page/ShownText.h"
 
 #include "interface/page/CodeTokens.h"
+#include "interface/page/SpokenPage.h"
 
 #include <QFontMetricsF>
 
@@ -13,7 +14,7 @@ namespace corvelle {
 namespace {
 
 constexpr QChar isolate(0x2068), isolateEnd(0x2069); // keep a label's direction to itself
-constexpr qsizetype longestLabel = 80;
+constexpr qsizetype longestLabel = 80, mostObjectWords = 2'000;
 
 QTextCharFormat formatOf(const CharStyle& style, const PageStyle& page)
 {
@@ -58,6 +59,11 @@ public:
                 addMention(at + i, *style->mention);
             return;
         }
+        if (style && style->attachment) {
+            for (qsizetype i = 0; i < text.size(); ++i)
+                addObject(at + i, *style->attachment);
+            return;
+        }
         const auto start = static_cast<int>(m_shown.words.size());
         addWords(at, text);
         const auto end = static_cast<int>(m_shown.words.size());
@@ -83,6 +89,18 @@ private:
             else
                 m_shown.words += c == u'\n' ? lineBreak : c;
         }
+    }
+
+    // In a cell or amid words there is no room for the object itself.
+    void addObject(Units at, const BlockAttachment& object)
+    {
+        const auto start = static_cast<int>(m_shown.words.size());
+        m_shown.words += wordsForObject(object).left(mostObjectWords);
+        const auto length = static_cast<int>(m_shown.words.size()) - start;
+        QTextCharFormat format;
+        format.setForeground(m_page.colors().ink3);
+        m_shown.formats.append({start, length, format});
+        m_shown.jumps.push_back({at, start, length});
     }
 
     void addMention(Units at, const Mention& mention)
@@ -179,10 +197,11 @@ void colorCode(ShownText& shown, QStringView block, qsizetype at, const QString&
         if (from >= to)
             continue;
         QTextCharFormat format;
-        format.setForeground(token.kind == CodeToken::Kind::Keyword  ? colors.tones(NodeColor::Purple).inkSoft
-                             : token.kind == CodeToken::Kind::Text   ? colors.tones(NodeColor::Green).inkSoft
-                             : token.kind == CodeToken::Kind::Number ? colors.tones(NodeColor::Orange).inkSoft
-                                                                     : colors.ink3);
+        format.setForeground(
+            token.kind == CodeToken::Kind::Keyword  ? colors.tones(NodeColor::Purple).inkSoft
+            : token.kind == CodeToken::Kind::Text   ? colors.tones(NodeColor::Green).inkSoft
+            : token.kind == CodeToken::Kind::Number ? colors.tones(NodeColor::Orange).inkSoft
+                                                    : colors.ink3);
         shown.formats.append({from, to - from, format});
     }
 }

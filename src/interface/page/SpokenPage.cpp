@@ -4,9 +4,7 @@
 
 namespace corvelle {
 
-namespace {
-
-QString spokenObject(const BlockAttachment& attachment)
+QString wordsForObject(const BlockAttachment& attachment)
 {
     const PageNode node = nodeFromJson(attachment.node);
     switch (attachment.kind) {
@@ -15,9 +13,12 @@ QString spokenObject(const BlockAttachment& attachment)
     case PageNode::Type::Embed:
         return embedOf(node).label;
     default:
-        return pictureOf(node).alt;
+        const QString alt = pictureOf(node).alt;
+        return alt.isEmpty() ? QStringLiteral("Picture") : alt;
     }
 }
+
+namespace {
 
 // Each unit with what is said for it.
 template<class Visit>
@@ -27,7 +28,8 @@ void eachSpoken(const FlatText& text, Units from, Units to, Visit visit)
         const bool stands = style && (style->mention || style->attachment);
         if (!stands)
             return visit(at, run, run);
-        const QString said = style->mention ? style->mention->label : spokenObject(*style->attachment);
+        const QString said =
+            style->mention ? style->mention->label : wordsForObject(*style->attachment);
         for (qsizetype i = 0; i < run.size(); ++i)
             visit(at + i, run.mid(i, 1), said);
     });
@@ -98,13 +100,14 @@ Units SpokenPage::placeOf(qsizetype offset) const
     const FlatText::BlockAt block = m_text.block(index);
     qsizetype at = m_starts[static_cast<size_t>(index)];
     Units place = block.start;
-    eachSpoken(m_text, block.start, block.end, [&](Units unit, QStringView units, QStringView said) {
-        if (at + said.size() <= offset)
-            place = unit + units.size();
-        else if (at <= offset && units.size() == said.size())
-            place = unit + offset - at;
-        at += said.size();
-    });
+    eachSpoken(
+        m_text, block.start, block.end, [&](Units unit, QStringView units, QStringView said) {
+            if (at + said.size() <= offset)
+                place = unit + units.size();
+            else if (at <= offset && units.size() == said.size())
+                place = unit + offset - at;
+            at += said.size();
+        });
     return place;
 }
 

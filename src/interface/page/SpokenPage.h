@@ -11,6 +11,9 @@
 
 namespace corvelle {
 
+// What stands for a table, a picture or a card where only words can.
+QString wordsForObject(const BlockAttachment& attachment);
+
 class SpokenPage
 {
 public:

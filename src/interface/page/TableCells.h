@@ -13,7 +13,7 @@ namespace corvelle {
 struct TableCells
 {
     PageNodes rows;
-    TablePlan plan; // of these rows
+    TablePlan plan;              // of these rows
     std::vector<FlatText> texts; // of the plan's slots, in their order
 
     // A row shows no more units of its words than this; its cells have equal parts of it.

@@ -20,7 +20,7 @@ namespace {
 
 constexpr double cellSide = 12, cellEnd = 7, cellLine = 20, cellRule = 1, tableRadius = 8;
 constexpr double leastColumn = 48;
-constexpr size_t sampledCells = 400; // whose words tell how wide columns want to be,
+constexpr size_t sampledCells = 400;  // whose words tell how wide columns want to be,
 constexpr Units sampledUnits = 2'000; // and how many of each
 
 Qt::Alignment alignmentOf(const TablePlan::Slot& slot)
@@ -110,8 +110,8 @@ public:
         painter.translate(at.x() + m_room.left, at.y() + m_facts.gap);
         const QRectF whole(0, 0, m_columns.back(), m_rows.back());
         // Parts of a long table meet without a seam.
-        const QRectF outline = whole.adjusted(
-            0.5, m_facts.isFirst ? 0.5 : -2 * tableRadius, -0.5, m_facts.isLast ? -0.5 : 2 * tableRadius);
+        const QRectF outline = whole.adjusted(0.5, m_facts.isFirst ? 0.5 : -2 * tableRadius, -0.5,
+            m_facts.isLast ? -0.5 : 2 * tableRadius);
         QPainterPath shape;
         shape.addRoundedRect(outline, tableRadius, tableRadius);
         painter.setClipRect(whole, Qt::IntersectClip);
@@ -174,7 +174,9 @@ private:
             if (slot.colSpan == 1) {
                 double& column = wanted[static_cast<size_t>(slot.column)];
                 const FlatText& text = cells.texts[i];
-                column = std::max(column, naturalWidth(text.text(0, std::min(text.length(), sampledUnits)), slot.isHeader));
+                column = std::max(
+                    column, naturalWidth(text.text(0, std::min(text.length(), sampledUnits)),
+                                slot.isHeader));
             }
         }
         for (size_t i = 0; i < wanted.size(); ++i)
@@ -194,16 +196,18 @@ private:
             const FlatText& text = cells.texts[i];
             const double width = columnEdge(slot.column + slot.colSpan) - columnEdge(slot.column);
             const Units end = std::min(text.length(), cells.mostOfCell());
-            ShownText shown = shownText(text, 0, end, Block::Paragraph, *m_facts.style, *m_facts.items);
+            ShownText shown =
+                shownText(text, 0, end, Block::Paragraph, *m_facts.style, *m_facts.items);
             if (end < text.length())
                 shown.words += u'…';
             const bool reversed = readsRightToLeft(shown.words);
             Box box;
             box.cell = static_cast<int>(i);
             box.slot = slot;
-            box.text = std::make_unique<TextBox>(std::move(shown),
-                TextBox::Setting{cellFont(slot.isHeader), cellLine, std::max(1.0, width - 2 * sideOf(width)),
-                    alignmentOf(slot), reversed, m_facts.style->isDark()});
+            box.text = std::make_unique<TextBox>(
+                std::move(shown), TextBox::Setting{cellFont(slot.isHeader), cellLine,
+                                      std::max(1.0, width - 2 * sideOf(width)), alignmentOf(slot),
+                                      reversed, m_facts.style->isDark()});
             m_boxes.push_back(std::move(box));
         }
     }
@@ -217,7 +221,9 @@ private:
     {
         std::vector<double> heights(
             static_cast<size_t>(m_rowCount), cellLine + 2 * cellEnd + cellRule);
-        const auto wants = [](const Box& box) { return box.text->height() + 2 * cellEnd + cellRule; };
+        const auto wants = [](const Box& box) {
+            return box.text->height() + 2 * cellEnd + cellRule;
+        };
         for (const Box& box : m_boxes)
             if (box.slot.rowSpan == 1) {
                 double& row = heights[static_cast<size_t>(box.slot.row - m_firstRow)];
@@ -227,7 +233,8 @@ private:
         for (const Box& box : m_boxes)
             if (box.slot.rowSpan > 1) {
                 const auto first = static_cast<size_t>(box.slot.row - m_firstRow);
-                const size_t last = std::min(first + static_cast<size_t>(box.slot.rowSpan), heights.size());
+                const size_t last =
+                    std::min(first + static_cast<size_t>(box.slot.rowSpan), heights.size());
                 double sum = 0;
                 for (size_t i = first; i < last; ++i)
                     sum += heights[i];
@@ -238,10 +245,12 @@ private:
             m_rows.push_back(m_rows.back() + height);
         for (Box& box : m_boxes) {
             const auto first = static_cast<size_t>(box.slot.row - m_firstRow);
-            const size_t last = std::min(first + static_cast<size_t>(box.slot.rowSpan), m_rows.size() - 1);
+            const size_t last =
+                std::min(first + static_cast<size_t>(box.slot.rowSpan), m_rows.size() - 1);
             const double left = columnEdge(box.slot.column);
-            box.rect = QRectF(left, m_rows[first], columnEdge(box.slot.column + box.slot.colSpan) - left,
-                m_rows[last] - m_rows[first]);
+            box.rect =
+                QRectF(left, m_rows[first], columnEdge(box.slot.column + box.slot.colSpan) - left,
+                    m_rows[last] - m_rows[first]);
             box.words = box.rect.topLeft() + QPointF(sideOf(box.rect.width()), cellEnd);
         }
     }
@@ -253,9 +262,11 @@ private:
             painter.fillRect(box.rect, colors.sunken);
         // Lines at the right and below, but not where the table's outline is.
         if (box.rect.right() < m_columns.back())
-            painter.fillRect(QRectF(box.rect.right() - 1, box.rect.top(), 1, box.rect.height()), colors.hairline);
+            painter.fillRect(QRectF(box.rect.right() - 1, box.rect.top(), 1, box.rect.height()),
+                colors.hairline);
         if (box.rect.bottom() < m_rows.back() || !m_facts.isLast)
-            painter.fillRect(QRectF(box.rect.left(), box.rect.bottom() - 1, box.rect.width(), 1), colors.hairline);
+            painter.fillRect(QRectF(box.rect.left(), box.rect.bottom() - 1, box.rect.width(), 1),
+                colors.hairline);
         TextBox::Ink ink{box.slot.isHeader ? colors.ink2 : colors.ink, &colors, {}, {}, false};
         std::vector<TextMark> marks;
         if (paint.marks) {
@@ -280,7 +291,8 @@ std::unique_ptr<LaidPiece> layOutTable(const PieceFacts& facts, const BlockAttac
 {
     const auto cells = tableCells(table);
     // A table without a cell is told in words, as any block that can't be shown.
-    return cells->plan.cells.empty() ? layOutWords(facts) : std::make_unique<TablePiece>(facts, *cells);
+    return cells->plan.cells.empty() ? layOutWords(facts)
+                                     : std::make_unique<TablePiece>(facts, *cells);
 }
 
 } // namespace corvelle

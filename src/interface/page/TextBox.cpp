@@ -66,8 +66,9 @@ TextBox::TextBox(ShownText text, const Setting& setting)
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     option.setTextDirection(setting.rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     const bool leading = setting.alignment == Qt::AlignLeading;
-    option.setAlignment((leading && setting.rightToLeft ? Qt::Alignment(Qt::AlignRight) : setting.alignment) |
-                        Qt::AlignAbsolute);
+    option.setAlignment(
+        (leading && setting.rightToLeft ? Qt::Alignment(Qt::AlignRight) : setting.alignment) |
+        Qt::AlignAbsolute);
     option.setTabStopDistance(4 * m_fineness * QFontMetricsF(setting.font).horizontalAdvance(u' '));
     m_layout->setTextOption(option);
     m_layout->setFormats(enlarged(m_text.formats, factor));
@@ -97,8 +98,8 @@ QRectF TextBox::lineRect(int line) const
     if (line >= m_layout->lineCount())
         return QRectF(0, 0, 0, m_setting.lineHeight);
     const QRectF natural = m_layout->lineAt(line).naturalTextRect();
-    return QRectF(natural.left() / m_fineness, line * m_setting.lineHeight, natural.width() / m_fineness,
-        m_setting.lineHeight);
+    return QRectF(natural.left() / m_fineness, line * m_setting.lineHeight,
+        natural.width() / m_fineness, m_setting.lineHeight);
 }
 
 double TextBox::baseline(int line) const
@@ -111,8 +112,7 @@ double TextBox::baseline(int line) const
 
 int TextBox::lineAt(double y) const
 {
-    return std::clamp(
-        static_cast<int>(std::floor(y / m_setting.lineHeight)), 0, lineCount() - 1);
+    return std::clamp(static_cast<int>(std::floor(y / m_setting.lineHeight)), 0, lineCount() - 1);
 }
 
 // ---- places ----
@@ -170,7 +170,8 @@ void TextBox::addRects(int index, int from, int to, std::vector<QRectF>& rects) 
     }
     const auto add = [&](double x1, double x2) {
         const double left = std::min(x1, x2) / m_fineness, right = std::max(x1, x2) / m_fineness;
-        if (!rects.empty() && rects.back().top() == whole.top() && left - rects.back().right() < touching)
+        if (!rects.empty() && rects.back().top() == whole.top() &&
+            left - rects.back().right() < touching)
             rects.back().setRight(std::max(right, rects.back().right()));
         else if (right > left)
             rects.push_back(QRectF(left, whole.top(), right - left, whole.height()));
@@ -228,10 +229,12 @@ void TextBox::drawChips(QPainter& painter, const Ink& ink, QPointF at, bool sign
                 continue;
             }
             // The sign stands where the label begins.
-            const bool fromRight = readsRightToLeft(QStringView(m_text.words).mid(chip.from, chip.to - chip.from));
+            const bool fromRight =
+                readsRightToLeft(QStringView(m_text.words).mid(chip.from, chip.to - chip.from));
             const double x = fromRight ? box.right() - 4 - chipSign : box.left() + 4;
             drawIcon(painter, chip.look.sign,
-                QRectF(std::round(x), std::round(box.center().y() - chipSign / 2), chipSign, chipSign),
+                QRectF(
+                    std::round(x), std::round(box.center().y() - chipSign / 2), chipSign, chipSign),
                 letters);
             break;
         }
@@ -240,11 +243,13 @@ void TextBox::drawChips(QPainter& painter, const Ink& ink, QPointF at, bool sign
 
 void TextBox::draw(QPainter& painter, QPointF at, const Ink& ink) const
 {
-    const auto fill = [&](const std::vector<QRectF>& rects, const QColor& color, double inset, double round) {
+    const auto fill = [&](const std::vector<QRectF>& rects, const QColor& color, double inset,
+                          double round) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(color);
         for (const QRectF& rect : rects)
-            painter.drawRoundedRect(rect.translated(at).adjusted(0, inset, 0, -inset), round, round);
+            painter.drawRoundedRect(
+                rect.translated(at).adjusted(0, inset, 0, -inset), round, round);
     };
     for (const auto& code : m_text.code)
         for (QRectF& rect : shownRects(code.from, code.to))
@@ -276,7 +281,8 @@ void TextBox::draw(QPainter& painter, QPointF at, const Ink& ink) const
     if (ink.struckOut)
         for (int i = 0; i < m_layout->lineCount(); ++i) {
             const QRectF line = lineRect(i);
-            const double y = std::round(at.y() + baseline(i) - QFontMetricsF(m_setting.font).xHeight() / 2);
+            const double y =
+                std::round(at.y() + baseline(i) - QFontMetricsF(m_setting.font).xHeight() / 2);
             painter.fillRect(QRectF(at.x() + line.left(), y, line.width(), 1), ink.colors->ink4);
         }
 }

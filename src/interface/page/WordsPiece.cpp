@@ -73,11 +73,13 @@ public:
             drawMarker(painter, at);
         TextBox::Ink ink{m_facts.style->ink(m_style), &colors, {}, {}, m_style.kind == Block::Done};
         if (paint.selection)
-            ink.selection = {paint.selection->first - m_facts.from, paint.selection->second - m_facts.from};
+            ink.selection = {
+                paint.selection->first - m_facts.from, paint.selection->second - m_facts.from};
         std::vector<TextMark> marks;
         if (paint.marks) {
             for (const PieceMark& mark : *paint.marks)
-                marks.push_back({mark.mark.from - m_facts.from, mark.mark.to - m_facts.from, mark.mark.kind});
+                marks.push_back(
+                    {mark.mark.from - m_facts.from, mark.mark.to - m_facts.from, mark.mark.kind});
             ink.marks = &marks;
         }
         m_box->draw(painter, at + m_origin, ink);
@@ -85,7 +87,10 @@ public:
             drawLanguage(painter, at);
     }
 
-    Units placeAt(QPointF at) const override { return m_facts.from + m_box->placeAt(at - m_origin); }
+    Units placeAt(QPointF at) const override
+    {
+        return m_facts.from + m_box->placeAt(at - m_origin);
+    }
 
     PageTarget targetAt(QPointF at) const override
     {
@@ -106,7 +111,8 @@ public:
 private:
     double markerLeft(double offset, double width) const
     {
-        return m_facts.rightToLeft ? m_room.left + m_room.width - offset - width : m_room.left + offset;
+        return m_facts.rightToLeft ? m_room.left + m_room.width - offset - width
+                                   : m_room.left + offset;
     }
 
     void drawMarker(QPainter& painter, QPointF at) const
@@ -116,7 +122,8 @@ private:
         const double top = at.y() + m_origin.y();
         switch (m_style.kind) {
         case Block::Bullet: {
-            const QRectF dot(at.x() + markerLeft(8, dotSide), top + std::floor((line - dotSide) / 2), dotSide, dotSide);
+            const QRectF dot(at.x() + markerLeft(8, dotSide),
+                top + std::floor((line - dotSide) / 2), dotSide, dotSide);
             const bool hollow = m_style.depth % 2 == 1;
             painter.setPen(hollow ? QPen(colors.ink2, 1) : QPen(Qt::NoPen));
             painter.setBrush(hollow ? QBrush(Qt::NoBrush) : QBrush(colors.ink2));
@@ -130,12 +137,14 @@ private:
             painter.setFont(font);
             painter.setPen(colors.ink2);
             // Right against its words; a wide number hangs out.
-            painter.drawText(QPointF(at.x() + markerLeft(18 - width, width), top + m_box->baseline(0)), number);
+            painter.drawText(
+                QPointF(at.x() + markerLeft(18 - width, width), top + m_box->baseline(0)), number);
             break;
         }
         case Block::Todo:
         case Block::Done: {
-            const QRectF box(at.x() + markerLeft(1, boxSide), top + std::floor((line - boxSide) / 2), boxSide, boxSide);
+            const QRectF box(at.x() + markerLeft(1, boxSide),
+                top + std::floor((line - boxSide) / 2), boxSide, boxSide);
             if (m_style.kind == Block::Done) {
                 drawTick(painter, box, colors);
                 break;
@@ -154,7 +163,8 @@ private:
     void drawCodeGround(QPainter& painter, QPointF at) const
     {
         const Palette& colors = m_facts.style->colors();
-        const QRectF ground(at.x() + m_room.left, at.y() + m_facts.gap, m_room.width, m_height - m_facts.gap);
+        const QRectF ground(
+            at.x() + m_room.left, at.y() + m_facts.gap, m_room.width, m_height - m_facts.gap);
         painter.save();
         painter.setClipRect(ground.adjusted(-1, 0, 1, 0), Qt::IntersectClip);
         painter.setPen(QPen(colors.hairlineFaint, 1));
@@ -168,9 +178,11 @@ private:
     void drawLanguage(QPainter& painter, QPointF at) const
     {
         const Lettering lettering(TypeStyle::Key);
-        const QString name = lettering.elided(m_style.language.left(60), m_room.width / 2, Qt::ElideRight);
+        const QString name =
+            lettering.elided(m_style.language.left(60), m_room.width / 2, Qt::ElideRight);
         const QRectF place(at.x() + m_room.left, at.y() + m_facts.gap + 10, m_room.width - 12, 16);
-        if (at.x() + m_origin.x() + m_box->lineRect(0).right() + 8 > place.right() - lettering.width(name))
+        if (at.x() + m_origin.x() + m_box->lineRect(0).right() + 8 >
+            place.right() - lettering.width(name))
             return; // the first line has the room
         painter.setPen(m_facts.style->colors().ink3);
         lettering.draw(painter, place, Qt::AlignRight, name);
@@ -216,7 +228,8 @@ PieceRoom pieceRoom(const PieceFacts& facts)
     // However deep, some room stays.
     constexpr double leastWidth = 160;
     const BlockStyle& style = facts.block.what();
-    const double wanted = style.depth * facts.style->indent() + (style.isQuoted() ? facts.style->quoteInset() : 0);
+    const double wanted =
+        style.depth * facts.style->indent() + (style.isQuoted() ? facts.style->quoteInset() : 0);
     const double inset = std::max(0.0, std::min(wanted, facts.width - leastWidth));
     return {facts.rightToLeft ? 0 : inset, facts.width - inset};
 }
@@ -227,11 +240,13 @@ void drawQuoteBar(QPainter& painter, QPointF at, const PieceFacts& facts, double
     if (!style.isQuoted())
         return;
     const PieceRoom room = pieceRoom(facts);
-    const double x = facts.rightToLeft ? at.x() + room.width + facts.style->quoteInset() - 1 - barWidth
-                                       : at.x() + room.left - facts.style->quoteInset() + 1;
+    const double x = facts.rightToLeft
+                         ? at.x() + room.width + facts.style->quoteInset() - 1 - barWidth
+                         : at.x() + room.left - facts.style->quoteInset() + 1;
     // What is quoted together has one bar, though each piece paints its own part.
     const double top = facts.quoteGoesOn ? -2 : facts.gap + 2;
-    painter.fillRect(QRectF(x, at.y() + top, barWidth, height - 2 - top), facts.style->colors().hairlineStrong);
+    painter.fillRect(
+        QRectF(x, at.y() + top, barWidth, height - 2 - top), facts.style->colors().hairlineStrong);
 }
 
 std::unique_ptr<LaidPiece> layOutWords(const PieceFacts& facts)

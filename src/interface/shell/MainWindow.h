@@ -145,9 +145,9 @@ private:
     TrashView* m_trash;
     OpenDocument* m_document;
     PageSheet* m_page;
-    QElapsedTimer m_opening;    // since something was opened
+    QElapsedTimer m_opening;     // since something was opened
     double m_paintedAfterMs = 0; // it was first painted
-    QString m_wordsToFind; // once what is being opened is there
+    QString m_wordsToFind;       // once what is being opened is there
     QPointer<MenuPanel> m_menu;
     LineNote* m_working; // while the main thread is kept
     QTimer m_workingEnds;

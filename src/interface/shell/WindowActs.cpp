@@ -136,12 +136,13 @@ void MainWindow::openMenu(const QString& key, QPoint at)
     } else {
         rows = cardMenu(m_model.library(), ids);
     }
-    showMenu(std::move(rows), m_canvas->mapTo(this, at), [this, key, ids, at, point](const QString& act) {
-        if (key.isEmpty())
-            actOnCanvas(act, point);
-        else
-            actOnCards(act, ids, at);
-    });
+    showMenu(std::move(rows), m_canvas->mapTo(this, at),
+        [this, key, ids, at, point](const QString& act) {
+            if (key.isEmpty())
+                actOnCanvas(act, point);
+            else
+                actOnCards(act, ids, at);
+        });
 }
 
 void MainWindow::showMenu(
@@ -355,12 +356,13 @@ void MainWindow::tellDeletedElsewhere(int count)
     constexpr int mostUntold = 50;
     const QString key = u"deleted-in-finder"_s;
     const auto& toasts = m_toasts->model().toasts();
-    const bool stands = std::any_of(
-        toasts.begin(), toasts.end(), [&](const auto& standing) { return standing.toast.key == key; });
+    const bool stands = std::any_of(toasts.begin(), toasts.end(),
+        [&](const auto& standing) { return standing.toast.key == key; });
     m_deletedElsewhere = (stands ? m_deletedElsewhere : 0) + count;
     if (m_deletedElsewhere > mostUntold)
         m_toasts->show({key, Icon::Trash,
-            shown(u"%1 items deleted in Finder are in the Trash"_s.arg(m_deletedElsewhere)), {}, {}});
+            shown(u"%1 items deleted in Finder are in the Trash"_s.arg(m_deletedElsewhere)), {},
+            {}});
 }
 
 // Called from within long work: nothing but painting may happen here.

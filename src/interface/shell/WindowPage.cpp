@@ -147,7 +147,8 @@ void MainWindow::showDocument(bool again)
     m_page->show();
     m_page->view().open(std::move(shown));
     const PlacedCard* card = m_model.card(node->id);
-    m_page->comeFrom(card && !wasOpen ? toScreen(card->rect(), m_model.camera(), m_model.viewport()) : QRectF());
+    m_page->comeFrom(
+        card && !wasOpen ? toScreen(card->rect(), m_model.camera(), m_model.viewport()) : QRectF());
     if (!m_alertPanel)
         m_page->takeFocus();
     layOut();
@@ -209,8 +210,8 @@ void MainWindow::followAddress(const QString& address)
     else if (const QUrl url(address.trimmed()); isOpenedElsewhere(url))
         emit addressWanted(url);
     else
-        m_toasts->show({u"page"_s, Icon::Alert, u"This link can’t be opened here."_s,
-            address.left(120), {}});
+        m_toasts->show(
+            {u"page"_s, Icon::Alert, u"This link can’t be opened here."_s, address.left(120), {}});
 }
 
 // ---- menus ----
@@ -220,8 +221,8 @@ void MainWindow::openPageMenu(QPoint at)
     const Node* node = m_model.library().node(m_document->id());
     if (!node || m_alertPanel || m_menu)
         return;
-    showMenu(pageMenu(node->kind == NodeKind::File), at,
-        [this](const QString& act) { actOnPage(act); });
+    showMenu(
+        pageMenu(node->kind == NodeKind::File), at, [this](const QString& act) { actOnPage(act); });
 }
 
 void MainWindow::openTextMenu(QPoint at)
@@ -267,18 +268,21 @@ void MainWindow::copyPage(bool html)
         QGuiApplication::clipboard()->setMimeData(copied.release());
     } else {
         auto copied = std::make_unique<QMimeData>();
-        const QString markdown = PageMarkdown::markdownFromDoc(nodes, PageMarkdown::Pictures::Named);
+        const QString markdown =
+            PageMarkdown::markdownFromDoc(nodes, PageMarkdown::Pictures::Named);
         copied->setText(markdown);
         copied->setData(u"text/markdown"_s, markdown.toUtf8());
         QGuiApplication::clipboard()->setMimeData(copied.release());
     }
-    m_toasts->show({u"copied"_s, Icon::Check, html ? u"Copied as HTML"_s : u"Copied as Markdown"_s, {}, {}});
+    m_toasts->show(
+        {u"copied"_s, Icon::Check, html ? u"Copied as HTML"_s : u"Copied as Markdown"_s, {}, {}});
 }
 
 void MainWindow::exportPage(const Node& node, bool html)
 {
     const PageView& view = m_page->view();
-    const PageTree page{nodesBetween(view.page().text, 0, view.page().text.length()), m_document->contents().attrs};
+    const PageTree page{
+        nodesBetween(view.page().text, 0, view.page().text.length()), m_document->contents().attrs};
     const QByteArray bytes =
         html ? PageHTML::file(page, node.title, {mentionFacts(), {}, {}}).toUtf8()
              : PageMarkdown::markdownFromDoc(page.content, PageMarkdown::Pictures::Kept).toUtf8();
@@ -292,12 +296,15 @@ void MainWindow::exportPage(const Node& node, bool html)
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QFileDialog::fileSelected, this, [this, bytes](const QString& path) {
         QSaveFile file(path);
-        const bool done = file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+        const bool done =
+            file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
         if (done)
-            m_toasts->show({u"export"_s, Icon::Check, u"Exported “%1”"_s.arg(QFileInfo(path).fileName()), {}, {}});
+            m_toasts->show({u"export"_s, Icon::Check,
+                u"Exported “%1”"_s.arg(QFileInfo(path).fileName()), {}, {}});
         else
             m_toasts->show({u"export"_s, Icon::Alert,
-                u"Couldn’t save “%1”: %2"_s.arg(QFileInfo(path).fileName(), file.errorString()), {}, {}});
+                u"Couldn’t save “%1”: %2"_s.arg(QFileInfo(path).fileName(), file.errorString()), {},
+                {}});
     });
     dialog->open();
 }
@@ -311,10 +318,12 @@ QJsonValue MainWindow::openedJson() const
         return {};
     const PageView& view = m_page->view();
     QJsonObject told{{u"id"_s, node->id}, {u"kind"_s, word(node->kind)}, {u"shown"_s, showsPage()},
-        {u"paintedAfter"_s, m_paintedAfterMs}, {u"scroll"_s, view.scrollPlace()}, {u"scrollRange"_s, view.scrollRange()}};
+        {u"paintedAfter"_s, m_paintedAfterMs}, {u"scroll"_s, view.scrollPlace()},
+        {u"scrollRange"_s, view.scrollRange()}};
     QJsonArray targets;
-    for (const auto& [target, place] :
-        showsPage() ? m_page->view().targetsInSight() : std::vector<std::pair<TargetInPage, QRectF>>()) {
+    for (const auto& [target, place] : showsPage()
+                                           ? m_page->view().targetsInSight()
+                                           : std::vector<std::pair<TargetInPage, QRectF>>()) {
         const QPointF at = m_page->view().mapTo(this, place.topLeft().toPoint());
         targets.append(QJsonObject{{u"item"_s, target.target.item}, {u"label"_s, target.label},
             {u"address"_s, target.target.link ? target.target.link->href : QString()},

@@ -1,7 +1,7 @@
 // A page cut into pieces: heights, places, and what stays still.
+#include "interface/page/PageLayout.h"
 #include "interface/page/FindBar.h"
 #include "interface/page/PageAccessible.h"
-#include "interface/page/PageLayout.h"
 #include "interface/page/PageSheet.h"
 #include "pages/PageDocument.h"
 #include "support/Printing.h"
@@ -48,7 +48,8 @@ TEST(HeightIndex, agreesWithAddingUp)
             for (size_t i = 0; i < until; ++i)
                 sum += heights[i];
             ASSERT_DOUBLE_EQ(index.top(static_cast<int>(until)), sum);
-            const double y = static_cast<double>(random() % (static_cast<unsigned>(index.total()) + 1));
+            const double y =
+                static_cast<double>(random() % (static_cast<unsigned>(index.total()) + 1));
             const int at = index.at(y);
             ASSERT_LE(index.top(at), y);
             if (at + 1 < count) {
@@ -117,19 +118,26 @@ TEST(PageLayout, aLongTableIsCutBetweenRowsThatNoCellJoins)
     QByteArray rows;
     const QByteArray words(200, 'x');
     for (int i = 0; i < 300; ++i)
-        rows += QByteArray(i ? "," : "") + R"({"type":"tableRow","content":[{"type":"tableCell","attrs":{"colspan":1,"rowspan":)" +
-                (i % 40 == 23 ? "9" : "1") + R"(},"content":[{"type":"paragraph","content":[{"type":"text","text":")" +
-                words + R"("}]}]},{"type":"tableCell","content":[{"type":"paragraph"}]}]})";
+        rows +=
+            QByteArray(i ? "," : "") +
+            R"({"type":"tableRow","content":[{"type":"tableCell","attrs":{"colspan":1,"rowspan":)" +
+            (i % 40 == 23 ? "9" : "1") +
+            R"(},"content":[{"type":"paragraph","content":[{"type":"text","text":")" + words +
+            R"("}]}]},{"type":"tableCell","content":[{"type":"paragraph"}]}]})";
     const ItemLooks items;
     PagePictures pictures;
     PageLayout layout(items, pictures);
-    layout.setPage(textFromJSON(R"({"type":"doc","content":[{"type":"table","content":[)" + rows + "]}]}"), PageStyle());
+    layout.setPage(
+        textFromJSON(R"({"type":"doc","content":[{"type":"table","content":[)" + rows + "]}]}"),
+        PageStyle());
     int next = 0, pieces = 0;
-    for (int piece = 0; piece < layout.count() && layout.extent(piece).block == 0; ++piece, ++pieces) {
+    for (int piece = 0; piece < layout.count() && layout.extent(piece).block == 0;
+         ++piece, ++pieces) {
         ASSERT_EQ(layout.extent(piece).firstRow, next);
         next += layout.extent(piece).rowCount;
         const int inPeriod = next % 40;
-        ASSERT_FALSE(inPeriod > 23 && inPeriod < 32) << "row " << next << " is joined to the one above";
+        ASSERT_FALSE(inPeriod > 23 && inPeriod < 32)
+            << "row " << next << " is joined to the one above";
         ASSERT_GT(layout.laid(piece).height(), 0);
     }
     EXPECT_EQ(next, 300);
@@ -158,8 +166,10 @@ TEST(PageLayout, aCutAtALineBreakAddsNoLine)
 TEST(PageLayout, hostileTablesAreLaidOutInParts)
 {
     const auto row = [](int cells, const QByteArray& attributes, const QByteArray& words) {
-        const QByteArray cell = R"({"type":"tableCell","attrs":{)" + attributes +
-                                R"(},"content":[{"type":"paragraph","content":[{"type":"text","text":")" + words + R"("}]}]})";
+        const QByteArray cell =
+            R"({"type":"tableCell","attrs":{)" + attributes +
+            R"(},"content":[{"type":"paragraph","content":[{"type":"text","text":")" + words +
+            R"("}]}]})";
         return R"({"type":"tableRow","content":[)" + (cell + ',').repeated(cells - 1) + cell + "]}";
     };
     const QByteArray plain = row(2, "", "x"), wide = row(1'000, "", "ab cd ef");
@@ -170,16 +180,20 @@ TEST(PageLayout, hostileTablesAreLaidOutInParts)
         int mostRows;
     };
     const Case cases[] = {
-        {"one cell joins all rows", row(1, R"("rowspan":1000000,"colspan":-5)", "x") + (',' + plain).repeated(3'000), 200},
+        {"one cell joins all rows",
+            row(1, R"("rowspan":1000000,"colspan":-5)", "x") + (',' + plain).repeated(3'000), 200},
         {"as many columns as there may be", wide + (',' + wide).repeated(20), 1},
-        {"a cell of a million words", row(1, "", QByteArray("word ").repeated(1'000'000)) + ',' + plain, 2},
+        {"a cell of a million words",
+            row(1, "", QByteArray("word ").repeated(1'000'000)) + ',' + plain, 2},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         const ItemLooks items;
         PagePictures pictures;
         PageLayout layout(items, pictures);
-        layout.setPage(textFromJSON(R"({"type":"doc","content":[{"type":"table","content":[)" + c.rows + "]}]}"), PageStyle());
+        layout.setPage(textFromJSON(R"({"type":"doc","content":[{"type":"table","content":[)" +
+                                    c.rows + "]}]}"),
+            PageStyle());
         for (int piece = 0; piece < layout.count(); ++piece)
             EXPECT_LE(layout.extent(piece).rowCount, c.mostRows);
         EXPECT_LT(layout.laid(0).height(), 40'000);
@@ -191,13 +205,17 @@ TEST(PageLayout, hostileTablesAreLaidOutInParts)
 TEST(TextBox, aUnitIsWholeWhereverTheDirectionChanges)
 {
     const ItemLooks items = [](const QString&) { return ItemLook{}; };
-    const QByteArray latin = "latin", hebrew = "\u05EA\u05D5\u05D5 \u05D9\u05EA", arabic = "\u0627\u0644\u0639\u0631";
+    const QByteArray latin = "latin", hebrew = "\u05EA\u05D5\u05D5 \u05D9\u05EA",
+                     arabic = "\u0627\u0644\u0639\u0631";
     for (const QByteArray& around : {latin, hebrew, arabic})
-        for (const QByteArray& label : {latin, hebrew, arabic, QByteArray(latin + ' ' + arabic), QByteArray(arabic + ' ' + latin)}) {
+        for (const QByteArray& label : {latin, hebrew, arabic, QByteArray(latin + ' ' + arabic),
+                 QByteArray(arabic + ' ' + latin)}) {
             SCOPED_TRACE((around + " round " + label).constData());
-            const FlatText text = textFromJSON(R"({"type":"doc","content":[{"type":"paragraph","content":[
-                {"type":"text","text":")" + around + R"( "},{"type":"mention","attrs":{"id":"a","label":")" + label +
-                R"("}},{"type":"text","text":" )" + around + R"("}]}]})");
+            const FlatText text =
+                textFromJSON(R"({"type":"doc","content":[{"type":"paragraph","content":[
+                {"type":"text","text":")" +
+                             around + R"( "},{"type":"mention","attrs":{"id":"a","label":")" +
+                             label + R"("}},{"type":"text","text":" )" + around + R"("}]}]})");
             const Units end = text.block(0).length();
             const bool reversed = readsRightToLeft(text.text());
             const TextBox box(shownText(text, 0, end, Block::Paragraph, PageStyle(), items),
@@ -284,7 +302,8 @@ TEST(PageView, selectsByCharacterWordAndBlock)
     QTest::mouseDClick(&view, Qt::LeftButton, {}, word);
     EXPECT_EQ(view.selection(), (std::pair<Units, Units>(6, 11)));
     QTest::mousePress(&view, Qt::LeftButton, {}, word);
-    EXPECT_EQ(view.selection(), (std::pair<Units, Units>(0, 24))) << "the third press takes the block";
+    EXPECT_EQ(view.selection(), (std::pair<Units, Units>(0, 24)))
+        << "the third press takes the block";
     QTest::mouseRelease(&view, Qt::LeftButton, {}, word);
     QTest::keyClick(&view, Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(view.selection().second, view.page().text.length());
@@ -300,12 +319,14 @@ TEST(PageView, aDragEndsWithItsButtonOrItsPage)
     view.open({paragraphs(100), {}, "Title", {}});
     const QPoint low(400, 500), lower(400, 560);
     QTest::mousePress(&view, Qt::LeftButton, {}, low);
-    QMouseEvent move(QEvent::MouseMove, lower, view.mapToGlobal(lower), Qt::NoButton, Qt::LeftButton, {});
+    QMouseEvent move(
+        QEvent::MouseMove, lower, view.mapToGlobal(lower), Qt::NoButton, Qt::LeftButton, {});
     QCoreApplication::sendEvent(&view, &move);
     ASSERT_TRUE(view.hasSelection());
     view.refresh({paragraphs(1, 1), {}, "Title", {}});
     QCoreApplication::sendEvent(&view, &move);
-    EXPECT_LE(view.selection().second, view.page().text.length()) << "what was dragged over is gone";
+    EXPECT_LE(view.selection().second, view.page().text.length())
+        << "what was dragged over is gone";
     view.hide();
     view.show();
     view.select(0, 0);
@@ -406,15 +427,23 @@ TEST(PageAccessible, wordsAndLinesAreThoseOfTheWholePage)
     const QAccessibleTextInterface& text = *page->textInterface();
     ASSERT_GT(text.characterCount(), 40'000);
     using Told = std::tuple<QString, int, int>;
-    for (const auto type : {QAccessible::CharBoundary, QAccessible::WordBoundary, QAccessible::LineBoundary})
-        for (const int offset : {0, 20'000, 20'100, text.characterCount() - 1, text.characterCount(), -1}) {
+    for (const auto type :
+        {QAccessible::CharBoundary, QAccessible::WordBoundary, QAccessible::LineBoundary})
+        for (const int offset :
+            {0, 20'000, 20'100, text.characterCount() - 1, text.characterCount(), -1}) {
             int from = 0, to = 0;
             const Told before(text.textBeforeOffset(offset, type, &from, &to), from, to);
             const Told at(text.textAtOffset(offset, type, &from, &to), from, to);
             const Told after(text.textAfterOffset(offset, type, &from, &to), from, to);
-            EXPECT_EQ(before, Told(text.QAccessibleTextInterface::textBeforeOffset(offset, type, &from, &to), from, to));
-            EXPECT_EQ(at, Told(text.QAccessibleTextInterface::textAtOffset(offset, type, &from, &to), from, to));
-            EXPECT_EQ(after, Told(text.QAccessibleTextInterface::textAfterOffset(offset, type, &from, &to), from, to));
+            EXPECT_EQ(before,
+                Told(text.QAccessibleTextInterface::textBeforeOffset(offset, type, &from, &to),
+                    from, to));
+            EXPECT_EQ(
+                at, Told(text.QAccessibleTextInterface::textAtOffset(offset, type, &from, &to),
+                        from, to));
+            EXPECT_EQ(after,
+                Told(text.QAccessibleTextInterface::textAfterOffset(offset, type, &from, &to), from,
+                    to));
         }
     // 10 MB: what is asked for at one place doesn't read it all.
     view.open({paragraphs(60'000), {}, "Title", {}});

@@ -33,9 +33,11 @@ TEST(PageFind, looksIntoTextLabelsCellsAndCards)
 {
     const FlatText text = textFromJSON(page);
     EXPECT_EQ(findInPage(text, "plan"), (std::vector<TextRange>{{0, -1, 0, 4}}));
-    EXPECT_EQ(findInPage(text, "budget"), (std::vector<TextRange>{{1, -1, 4, 5}})) << "a label is found as its mention";
+    EXPECT_EQ(findInPage(text, "budget"), (std::vector<TextRange>{{1, -1, 4, 5}}))
+        << "a label is found as its mention";
     EXPECT_EQ(findInPage(text, "see the"), (std::vector<TextRange>{{1, -1, 0, 5}}));
-    EXPECT_EQ(findInPage(text, "the site"), (std::vector<TextRange>{{1, -1, 10, 18}})) << "over a change of marks";
+    EXPECT_EQ(findInPage(text, "the site"), (std::vector<TextRange>{{1, -1, 10, 18}}))
+        << "over a change of marks";
     EXPECT_EQ(findInPage(text, "ONE"), (std::vector<TextRange>{{2, 0, 0, 3}}));
     EXPECT_EQ(findInPage(text, "cell"), (std::vector<TextRange>{{2, 1, 0, 1}}));
     EXPECT_EQ(findInPage(text, "card"), (std::vector<TextRange>{{3, -1, 0, 1}}));
@@ -48,10 +50,11 @@ TEST(PageTargets, areTheMentionsLinksAndCardsInOrder)
 {
     std::vector<std::pair<QString, TextRange>> found;
     for (const TargetInPage& target : pageTargets(textFromJSON(page)))
-        found.emplace_back(target.target.link ? target.target.link->href : target.target.item, target.range);
-    EXPECT_EQ(found,
-        (std::vector<std::pair<QString, TextRange>>{{"n1", {1, -1, 4, 5}}, {"https://example.org/", {1, -1, 10, 18}},
-            {"n2", {2, 1, 0, 1}}, {"n3", {3, -1, 0, 1}}}))
+        found.emplace_back(
+            target.target.link ? target.target.link->href : target.target.item, target.range);
+    EXPECT_EQ(found, (std::vector<std::pair<QString, TextRange>>{{"n1", {1, -1, 4, 5}},
+                         {"https://example.org/", {1, -1, 10, 18}}, {"n2", {2, 1, 0, 1}},
+                         {"n3", {3, -1, 0, 1}}}))
         << "a link is one, whatever marks its words have";
 }
 
@@ -74,16 +77,21 @@ TEST(SpokenPage, offsetsAndPlacesAgree)
 TEST(PageCopy, takesBlocksWholeAndPartsOfOneAsWords)
 {
     const FlatText text = textFromJSON(page);
-    const auto words = [&](Units from, Units to) { return copiedBlocks(nodesBetween(text, from, to), {})->text(); };
+    const auto words = [&](Units from, Units to) {
+        return copiedBlocks(nodesBetween(text, from, to), {})->text();
+    };
     EXPECT_EQ(words(0, 4), "Plan");
-    EXPECT_EQ(nodesBetween(text, 0, 4).front().type, PageNode::Type::Heading) << "the whole block is what it is";
-    EXPECT_EQ(nodesBetween(text, 0, 2).front().type, PageNode::Type::Paragraph) << "a part is words";
+    EXPECT_EQ(nodesBetween(text, 0, 4).front().type, PageNode::Type::Heading)
+        << "the whole block is what it is";
+    EXPECT_EQ(nodesBetween(text, 0, 2).front().type, PageNode::Type::Paragraph)
+        << "a part is words";
     EXPECT_EQ(words(2, 10), "an\nSee The Budget");
     const PageNodes all = nodesBetween(text, 0, text.length());
     EXPECT_EQ(all.back().type, PageNode::Type::BulletList) << "the empty last block isn't copied";
     const auto copied = copiedBlocks(all, {});
     EXPECT_TRUE(copied->html().contains("<h2>Plan</h2>")) << copied->html().toStdString();
-    EXPECT_TRUE(copied->data("text/markdown").startsWith("## Plan\n")) << copied->data("text/markdown").toStdString();
+    EXPECT_TRUE(copied->data("text/markdown").startsWith("## Plan\n"))
+        << copied->data("text/markdown").toStdString();
     EXPECT_TRUE(nodesBetween(text, 3, 3).empty());
 }
 
@@ -98,12 +106,14 @@ TEST(CodeTokens, findWhatIsSetOff)
     };
     using Found = std::vector<std::pair<QString, Kind>>;
     EXPECT_EQ(tokens("def f(x2, y=1.5): # c\nreturn 'a\\'b'", "Python"),
-        (Found{{"def", Kind::Keyword}, {"1.5", Kind::Number}, {"# c", Kind::Comment}, {"return", Kind::Keyword},
-            {"'a\\'b'", Kind::Text}}));
+        (Found{{"def", Kind::Keyword}, {"1.5", Kind::Number}, {"# c", Kind::Comment},
+            {"return", Kind::Keyword}, {"'a\\'b'", Kind::Text}}));
     EXPECT_EQ(tokens("int a; /* b\nc */ \"d\" // e", "c++"),
-        (Found{{"int", Kind::Keyword}, {"/* b\nc */", Kind::Comment}, {"\"d\"", Kind::Text}, {"// e", Kind::Comment}}));
+        (Found{{"int", Kind::Keyword}, {"/* b\nc */", Kind::Comment}, {"\"d\"", Kind::Text},
+            {"// e", Kind::Comment}}));
     EXPECT_EQ(tokens("don't", "rust"), Found{}) << "an apostrophe opens no text";
-    EXPECT_EQ(tokens(u'\'' + QString(3'000, u'.') + u'\'', "js"), Found{}) << "what doesn't end soon is no text";
+    EXPECT_EQ(tokens(u'\'' + QString(3'000, u'.') + u'\'', "js"), Found{})
+        << "what doesn't end soon is no text";
     EXPECT_EQ(tokens("Select x", "sql"), (Found{{"Select", Kind::Keyword}}));
     EXPECT_EQ(tokens("int a", "no such language"), Found{});
     EXPECT_EQ(tokens("/* open", "c"), (Found{{"/* open", Kind::Comment}}));
