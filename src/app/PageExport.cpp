@@ -1,5 +1,6 @@
 #include "app/PageExport.h"
 
+#include "base/Text.h"
 #include "pages/PageDocument.h"
 #include "pages/PageHtml.h"
 #include "pages/PageMarkdown.h"
@@ -14,18 +15,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr qint64 mostBytes = 256LL << 20;
-
-qsizetype wordCount(QStringView text)
-{
-    qsizetype count = 0;
-    bool inWord = false;
-    for (const QChar c : text) {
-        count += !c.isSpace() && !inWord;
-        inWord = !c.isSpace();
-    }
-    return count;
-}
+constexpr qint64 mostExportBytes = 256LL << 20;
 
 } // namespace
 
@@ -50,7 +40,7 @@ std::optional<QByteArray> exportAsked(const QStringList& arguments)
     if (path == u"~" || path.startsWith(u"~/"))
         path.replace(0, 1, QDir::homePath());
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() > mostBytes)
+    if (!file.open(QIODevice::ReadOnly) || file.size() > mostExportBytes)
         return std::nullopt;
     const auto page = pageTree(file.readAll());
     if (!page)

@@ -157,4 +157,15 @@ QString shortened(const QString& text, qsizetype most)
     return line.size() <= most ? line : line.left(most) + u'…';
 }
 
+qsizetype wordCount(QStringView text)
+{
+    qsizetype count = 0;
+    bool inWord = false;
+    for (const QChar c : text) {
+        count += !c.isSpace() && !inWord;
+        inWord = !c.isSpace();
+    }
+    return count;
+}
+
 } // namespace corvelle

@@ -34,6 +34,9 @@ QString parentPath(const QString& path);
 // The beginning of a text, at most so many characters as a person counts them; never half of one.
 QStringView firstCharacters(QStringView text, qsizetype most);
 
+// Stretches without white space.
+qsizetype wordCount(QStringView text);
+
 // A text of one line cut down to `most` UTF-16 units, with an ellipsis; for log lines.
 QString shortened(const QString& text, qsizetype most = 200);
 

@@ -10,7 +10,7 @@ namespace corvelle {
 namespace {
 
 constexpr int mostKept = 4'000; // pages
-constexpr int batchSize = 64;   // pages of one look at the database
+constexpr int pagesAtOnce = 64;   // pages of one look at the database
 
 using Found = std::vector<std::pair<QString, std::vector<ExcerptRow>>>;
 
@@ -76,7 +76,7 @@ void PageExcerpts::readWanted()
     if (m_wanted.isEmpty() || !m_reading.isEmpty())
         return;
     std::vector<QString> ids;
-    for (auto id = m_wanted.begin(); id != m_wanted.end() && ids.size() < batchSize;) {
+    for (auto id = m_wanted.begin(); id != m_wanted.end() && ids.size() < pagesAtOnce;) {
         ids.push_back(*id);
         m_reading.insert(*id);
         id = m_wanted.erase(id);

@@ -7,7 +7,7 @@ namespace corvelle {
 namespace {
 
 constexpr int tabColumns = 4;
-constexpr size_t mostCells = 1'000; // of a row; the last takes what is left of the line
+constexpr size_t mostCellsOfARow = 1'000; // of a row; the last takes what is left of the line
 
 QStringView trimmedOf(QStringView text)
 {
@@ -213,7 +213,7 @@ std::vector<QString> tableCells(QStringView row)
         if (row[i] == u'\\' && i + 1 < row.size() && row[i + 1] == u'|') {
             cell += u'|';
             ++i;
-        } else if (row[i] == u'|' && cells.size() + 1 < mostCells) {
+        } else if (row[i] == u'|' && cells.size() + 1 < mostCellsOfARow) {
             cells.push_back(trimmedOf(cell).toString());
             cell.clear();
         } else {

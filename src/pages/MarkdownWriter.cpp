@@ -16,7 +16,6 @@ namespace {
 using Type = PageNode::Type;
 
 constexpr int mostNumber = 999'999'999; // a longer one is no list marker
-constexpr int mostColumns = 1'000;
 
 // The text with something before each line; empty lines take `before` without its blanks.
 QString prefixed(const QString& text, const QString& before, bool firstToo = true)
@@ -221,7 +220,7 @@ private:
             for (const PageNode& each : row.content) {
                 skipCovered();
                 const Cell plain, &facts = each.cell ? *each.cell : plain;
-                for (int i = 0; i < facts.colspan && cells.size() < mostColumns; ++i) {
+                for (int i = 0; i < facts.colspan && cells.size() < mostTableColumns; ++i) {
                     if (grid.empty())
                         aligns.append(facts.align);
                     const auto at = static_cast<size_t>(cells.size());

@@ -1,5 +1,6 @@
 #include "pages/PageExcerpt.h"
 
+#include "base/Text.h"
 #include "pages/ListNumbers.h"
 #include "pages/PageDocument.h"
 
@@ -29,17 +30,6 @@ QString wordsOfBlock(const FlatText& text, const FlatText::BlockAt& block)
     return words;
 }
 
-qsizetype countWords(QStringView text)
-{
-    qsizetype count = 0;
-    bool inWord = false;
-    for (const QChar c : text) {
-        count += !c.isSpace() && !inWord;
-        inWord = !c.isSpace();
-    }
-    return count;
-}
-
 bool makesRow(Block kind)
 {
     return kind != Block::Divider && kind != Block::Raw;
@@ -55,7 +45,7 @@ PageExcerpt pageExcerpt(const FlatText& text, int limit)
         const BlockStyle& style = block.what();
         const int number = numbers.next(style);
         const QString words = wordsOfBlock(text, block);
-        excerpt.words += countWords(words);
+        excerpt.words += wordCount(words);
         if (makesRow(style.kind) && static_cast<int>(excerpt.rows.size()) < limit) {
             const QString line = words.left(mostUnits).simplified();
             if (!line.isEmpty())

@@ -52,9 +52,8 @@ QByteArray linkAttributes(const QString& href, QStringView attributes)
 // Widths of columns as they stand in an attribute, "100,0,80", as a list in JSON.
 QByteArray columnWidths(const QString& text)
 {
-    constexpr qsizetype mostColumns = 1'000;
     const auto parts = QStringView(text).split(u',');
-    if (text.isEmpty() || parts.size() > mostColumns)
+    if (text.isEmpty() || parts.size() > mostTableColumns)
         return {};
     QByteArray json;
     for (const QStringView part : parts) {

@@ -16,9 +16,9 @@ namespace {
 using Type = PageNode::Type;
 
 // In a text the quote stands for itself.
-enum class Place { Text, Attribute };
+enum class HtmlPlace { Text, Attribute };
 
-void appendEscaped(QString& out, QStringView text, Place place)
+void appendEscaped(QString& out, QStringView text, HtmlPlace place)
 {
     qsizetype start = 0;
     for (qsizetype at = 0; at < text.size(); ++at) {
@@ -34,7 +34,7 @@ void appendEscaped(QString& out, QStringView text, Place place)
             entity = "&gt;"_L1;
             break;
         case u'"':
-            if (place == Place::Attribute)
+            if (place == HtmlPlace::Attribute)
                 entity = "&quot;"_L1;
             break;
         default:
@@ -56,10 +56,10 @@ bool isStyleWord(QStringView word)
                                   [](QChar c) { return (c >= u'a' && c <= u'z') || c == u'-'; });
 }
 
-class Writer
+class HtmlWriter
 {
 public:
-    Writer(QString& out, const HtmlOptions& options)
+    HtmlWriter(QString& out, const HtmlOptions& options)
         : m_out(out)
         , m_options(options)
     {}
@@ -188,7 +188,7 @@ private:
         if (!node.name.isEmpty())
             attribute(u"class", u"language-"_s + node.name);
         m_out += u'>';
-        appendEscaped(m_out, node.text, Place::Text);
+        appendEscaped(m_out, node.text, HtmlPlace::Text);
         m_out += u"</code></pre>";
     }
 
@@ -227,7 +227,7 @@ private:
         if (!isScriptAddress(it.href))
             attributeIfSet(u"href", it.href);
         m_out += u'>';
-        appendEscaped(m_out, it.label, Place::Text);
+        appendEscaped(m_out, it.label, HtmlPlace::Text);
         m_out += u"</a>";
     }
 
@@ -242,7 +242,7 @@ private:
         for (const QStringView line : QStringView(words).split(u'\n')) {
             if (!std::exchange(first, false))
                 m_out += u"<br>";
-            appendEscaped(m_out, line, Place::Text);
+            appendEscaped(m_out, line, HtmlPlace::Text);
         }
         m_out += u"</p>";
     }
@@ -250,12 +250,11 @@ private:
     // ---- tables ----
 
     static constexpr int unsetWidth = 25, widestColumn = 100'000;
-    static constexpr size_t mostColumns = 1'000; // that are written one by one
 
     // Of the columns under a cell; 0 where none is set.
     static std::vector<int> widthsOf(const Cell& cell)
     {
-        const auto count = static_cast<size_t>(std::clamp<int>(cell.colspan, 1, mostColumns));
+        const auto count = static_cast<size_t>(std::clamp(cell.colspan, 1, mostTableColumns));
         std::vector<int> widths(count, 0);
         const auto json = JsonTree::parse(cell.colwidth);
         if (!json || !json->root().isArray())
@@ -275,10 +274,10 @@ private:
             for (const PageNode& cell : content.front().content) {
                 const std::vector<int> own = widthsOf(cell.cell ? *cell.cell : Cell());
                 widths.insert(widths.end(), own.begin(), own.end());
-                if (widths.size() >= mostColumns)
+                if (widths.size() >= size_t(mostTableColumns))
                     break;
             }
-        widths.resize(std::min(widths.size(), mostColumns));
+        widths.resize(std::min(widths.size(), size_t(mostTableColumns)));
         columns(widths);
         blocks(content);
         m_out += u"</tbody></table>";
@@ -336,7 +335,7 @@ private:
         for (const PageNode& node : nodes) {
             if (node.type == Type::Text) {
                 setLook(node.marks, node.link.get());
-                appendEscaped(m_out, node.text, Place::Text);
+                appendEscaped(m_out, node.text, HtmlPlace::Text);
                 continue;
             }
             setLook({}, nullptr);
@@ -404,7 +403,7 @@ private:
     void mention(const PageNode& node)
     {
         if (node.name.isEmpty()) {
-            appendEscaped(m_out, node.text, Place::Text);
+            appendEscaped(m_out, node.text, HtmlPlace::Text);
             return;
         }
         const MentionFacts facts =
@@ -419,7 +418,7 @@ private:
             attributeIfSet(u"data-href", facts.href);
         attribute(u"data-mention-suggestion-char", u"@");
         m_out += u'>';
-        appendEscaped(m_out, node.text, Place::Text);
+        appendEscaped(m_out, node.text, HtmlPlace::Text);
         m_out += u"</span>";
     }
 
@@ -430,7 +429,7 @@ private:
         m_out += u' ';
         m_out += name;
         m_out += u"=\"";
-        appendEscaped(m_out, value, Place::Attribute);
+        appendEscaped(m_out, value, HtmlPlace::Attribute);
         m_out += u'"';
     }
     void attributeIfSet(QStringView name, QStringView value)
@@ -490,20 +489,20 @@ constexpr QStringView restOfStyle =
 QString PageHTML::html(const PageNodes& blocks, const HtmlOptions& options)
 {
     QString out;
-    Writer(out, options).blocks(blocks);
+    HtmlWriter(out, options).blocks(blocks);
     return out;
 }
 
 QString PageHTML::file(const PageTree& page, const QString& title, const HtmlOptions& options)
 {
     QString out = beforeTitle.toString();
-    appendEscaped(out, title, Place::Text);
+    appendEscaped(out, title, HtmlPlace::Text);
     out += u"</title>\n<style>\nbody { font: 16px/1.65 ";
     out += fontFamily(page.attrs);
     out += restOfStyle;
-    appendEscaped(out, title, Place::Text);
+    appendEscaped(out, title, HtmlPlace::Text);
     out += u"</h1>\n";
-    Writer(out, options).blocks(page.content);
+    HtmlWriter(out, options).blocks(page.content);
     return out + u"\n</body>\n</html>\n"_s;
 }
 

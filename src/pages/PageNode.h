@@ -93,6 +93,9 @@ struct PageNode
 
 using PageNodes = std::vector<PageNode>;
 
+// More columns of a table aren't read, written or shown one by one.
+inline constexpr int mostTableColumns = 1'000;
+
 // A picture's attributes, and an embedded item's; from and to the canonical JSON of the node.
 struct PagePicture
 {

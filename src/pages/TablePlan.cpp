@@ -8,8 +8,6 @@ namespace corvelle {
 
 namespace {
 
-constexpr int mostColumns = 1'000;
-
 void takeWidths(const Cell& cell, int column, std::vector<double>& widths)
 {
     const auto json = cell.colwidth.isEmpty() ? std::nullopt : JsonTree::parse(cell.colwidth);
@@ -35,10 +33,10 @@ TablePlan TablePlan::of(const PageNodes& rows)
             while (column < static_cast<int>(covered.size()) &&
                    covered[static_cast<size_t>(column)] > row)
                 ++column;
-            if (column >= mostColumns)
+            if (column >= mostTableColumns)
                 break;
             const Cell plain, &facts = cell.cell ? *cell.cell : plain;
-            const int width = std::clamp(facts.colspan, 1, mostColumns - column);
+            const int width = std::clamp(facts.colspan, 1, mostTableColumns - column);
             const int height = std::clamp(facts.rowspan, 1, plan.rowCount - row);
             plan.cells.push_back(
                 {row, column, height, width, &cell, cell.type == PageNode::Type::TableHeader});

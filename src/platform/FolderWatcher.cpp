@@ -38,29 +38,29 @@ constexpr uint32_t watchedEvents = IN_CREATE | IN_DELETE | IN_MODIFY | IN_CLOSE_
                                    IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF |
                                    IN_ONLYDIR | IN_DONT_FOLLOW | IN_EXCL_UNLINK;
 
-// A watched folder. Its path is put together from the names above it, so a folder that moves takes
-// all below it along.
-struct Watched
-{
-    int descriptor = -1;
-    Watched* parent = nullptr;
-    QString name;            // of the root empty
-    bool isComplete = false; // all folders in it are watched; false when it moved meanwhile
-    std::map<QString, std::unique_ptr<Watched>> children;
-
-    QString path() const
-    {
-        if (!parent)
-            return {};
-        const QString above = parent->path();
-        return above.isEmpty() ? name : above + u'/' + name;
-    }
-};
-
 } // namespace
 
 class FolderWatcher::Thread
 {
+    // A watched folder. Its path is put together from the names above it, so a folder that moves
+    // takes all below it along.
+    struct Watched
+    {
+        int descriptor = -1;
+        Watched* parent = nullptr;
+        QString name;            // of the root empty
+        bool isComplete = false; // all folders in it are watched; false when it moved meanwhile
+        std::map<QString, std::unique_ptr<Watched>> children;
+
+        QString path() const
+        {
+            if (!parent)
+                return {};
+            const QString above = parent->path();
+            return above.isEmpty() ? name : above + u'/' + name;
+        }
+    };
+
 public:
     Thread(const QString& root, Wishes wishes)
         : m_root(root)

@@ -13,13 +13,6 @@ using namespace corvelle;
 
 namespace {
 
-unsigned seedOrRandom()
-{
-    return qEnvironmentVariableIsSet("CORVELLE_SEED")
-               ? qEnvironmentVariable("CORVELLE_SEED").toUInt()
-               : std::random_device()();
-}
-
 // The page that an editor of the file has before it.
 PageNodes opened(const QString& markdown)
 {
@@ -35,7 +28,7 @@ PageNodes filled(PageNodes nodes)
     return nodes;
 }
 
-PageNode paragraph(const QString& words)
+PageNode paragraphOf(const QString& words)
 {
     PageNode node = PageNode::of(PageNode::Type::Paragraph);
     node.content.push_back(PageNode::ofText(words));
@@ -97,11 +90,11 @@ TEST(MarkdownMerge, editsChangeTheirOwnLinesAlone)
     PageNodes page = opened(file);
     EXPECT_EQ(merge.rewrite(page), file) << "nothing was edited";
     ASSERT_EQ(page.size(), 6u) << "with the closing paragraph";
-    page[1] = paragraph("edited");
+    page[1] = paragraphOf("edited");
     EXPECT_EQ(
         merge.rewrite(page), QString(file).replace("first   line\r\nsecond\r\n", "edited\r\n"));
-    page[1] = paragraph("two");
-    page.insert(page.begin() + 2, paragraph("more"));
+    page[1] = paragraphOf("two");
+    page.insert(page.begin() + 2, paragraphOf("more"));
     EXPECT_EQ(merge.rewrite(page),
         QString(file).replace("first   line\r\nsecond\r\n\n\n", "\r\ntwo\r\n\r\nmore\r\n\r\n"));
     page = opened(file);
@@ -111,15 +104,15 @@ TEST(MarkdownMerge, editsChangeTheirOwnLinesAlone)
         << cut.toStdString();
 
     const MarkdownMerge ends(QString("a\n\nb\n\n\n"));
-    EXPECT_EQ(ends.rewrite({paragraph("a"), paragraph("c")}), "a\n\nc\n\n\n");
-    EXPECT_EQ(ends.rewrite({paragraph("a")}), "a\n");
+    EXPECT_EQ(ends.rewrite({paragraphOf("a"), paragraphOf("c")}), "a\n\nc\n\n\n");
+    EXPECT_EQ(ends.rewrite({paragraphOf("a")}), "a\n");
     EXPECT_EQ(ends.rewrite(PageNodes{}), "");
     for (const QString loose : {"a \r", "a\n\nb\r"}) // of no line
         EXPECT_EQ(MarkdownMerge(loose).rewrite(opened(loose)), loose);
-    EXPECT_EQ(MarkdownMerge(QString()).rewrite({paragraph("a")}), "a\n");
+    EXPECT_EQ(MarkdownMerge(QString()).rewrite({paragraphOf("a")}), "a\n");
     // A new list before one of its kind would join it: then both are written as one.
     EXPECT_EQ(MarkdownMerge(QString("# a\n---\n"))
-                  .rewrite({PageMarkdown::docFromMarkdown(u"# a")[0], paragraph("x"),
+                  .rewrite({PageMarkdown::docFromMarkdown(u"# a")[0], paragraphOf("x"),
                       PageNode::of(PageNode::Type::HorizontalRule)}),
         "# a\n\nx\n\n---\n")
         << "words right above a rule would be a heading";
@@ -154,7 +147,7 @@ TEST(MarkdownMerge, whateverIsEditedTheRestKeepsItsBytes)
         std::vector<size_t> edited;
         for (size_t i = 0; i < page.size(); ++i)
             if (random() % 4 == 0) {
-                page[i] = paragraph("edited " + QString::number(i) + ".");
+                page[i] = paragraphOf("edited " + QString::number(i) + ".");
                 edited.push_back(i);
             }
         const auto text = merge.rewrite(page);

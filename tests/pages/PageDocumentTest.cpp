@@ -9,13 +9,6 @@ using namespace corvelle;
 
 namespace {
 
-unsigned seedOrRandom()
-{
-    return qEnvironmentVariableIsSet("CORVELLE_SEED")
-               ? qEnvironmentVariable("CORVELLE_SEED").toUInt()
-               : std::random_device()();
-}
-
 QByteArray saved(const QByteArray& json)
 {
     return docFromText(textFromJSON(json), docAttrs(json));

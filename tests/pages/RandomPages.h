@@ -5,6 +5,14 @@
 
 #include <random>
 
+// Where the properties begin: by chance, or with CORVELLE_SEED to see the same again.
+inline unsigned seedOrRandom()
+{
+    return qEnvironmentVariableIsSet("CORVELLE_SEED")
+               ? qEnvironmentVariable("CORVELLE_SEED").toUInt()
+               : std::random_device()();
+}
+
 class RandomPages
 {
 public:

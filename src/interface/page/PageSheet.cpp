@@ -20,7 +20,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr int widest = 920, sideRoom = 24, sheetTop = 76, headRow = 48;
+constexpr int widestSheet = 920, sideRoom = 24, sheetTop = 76, headRow = 48;
 constexpr int headSide = 18, buttonEdge = 8;
 
 } // namespace
@@ -65,7 +65,7 @@ void PageSheet::setName(Icon sign, const QString& name)
 
 QRect PageSheet::sheet() const
 {
-    const int wide = std::min(widest, width() - 2 * sideRoom);
+    const int wide = std::min(widestSheet, width() - 2 * sideRoom);
     return QRect((width() - wide) / 2, sheetTop, wide, std::max(headRow, height() - sheetTop));
 }
 
