@@ -33,21 +33,6 @@ namespace {
 
 const QString itemScheme = u"corvelle://item/"_s;
 
-Icon signOf(const Node& node)
-{
-    switch (node.kind) {
-    case NodeKind::Folder:
-        return Icon::Folder;
-    case NodeKind::Page:
-        return Icon::Page;
-    case NodeKind::Link:
-        return Icon::Globe;
-    case NodeKind::File:
-        break;
-    }
-    return node.isPicture() ? Icon::Image : Icon::File;
-}
-
 // The item that an address of ours names; empty for any other address.
 QString addressedItem(const QString& address)
 {
@@ -161,7 +146,7 @@ void MainWindow::namePage()
     const Node* node = m_model.library().node(m_document->id());
     if (!node)
         return;
-    m_page->setName(signOf(*node), node->title);
+    m_page->setName(kindIcon(node->kind, node->isPicture()), node->title);
     m_crumbs->setOpened(node->title);
     const bool page = viewerOf(*node) == Viewer::Page;
     if (page && showsPage() && m_page->view().page().title != node->title) {
@@ -182,7 +167,7 @@ ItemLooks MainWindow::itemLooks() const
 {
     return [&library = m_model.library()](const QString& id) {
         const Node* node = library.node(id);
-        return node ? ItemLook{signOf(*node), !library.isInTrash(id)} : ItemLook{Icon::Page, false};
+        return node ? ItemLook{kindIcon(node->kind, node->isPicture()), !library.isInTrash(id)} : ItemLook{Icon::Page, false};
     };
 }
 

@@ -244,6 +244,21 @@ QImage iconImage(Icon icon, int size, const QColor& color, double devicePixelRat
     return image;
 }
 
+Icon kindIcon(NodeKind kind, bool isPicture)
+{
+    switch (kind) {
+    case NodeKind::Folder:
+        return Icon::Folder;
+    case NodeKind::Page:
+        return Icon::Page;
+    case NodeKind::Link:
+        return Icon::Globe;
+    case NodeKind::File:
+        break;
+    }
+    return isPicture ? Icon::Image : Icon::File;
+}
+
 QString iconName(Icon icon)
 {
     return QString::fromLatin1(iconNames[static_cast<size_t>(icon)]);

@@ -1,6 +1,8 @@
 // The signs of the interface: outlines on a 20-unit grid, drawn in any colour and size. Any thread.
 #pragma once
 
+#include "base/NodeKind.h"
+
 #include <QColor>
 #include <QImage>
 #include <QString>
@@ -72,6 +74,9 @@ enum class Icon : unsigned char {
     Underline
 };
 inline constexpr int iconCount = static_cast<int>(Icon::Underline) + 1;
+
+// What stands for an item of a kind.
+Icon kindIcon(NodeKind kind, bool isPicture);
 
 // The sign's name, for scripts: "chevronDown".
 QString iconName(Icon icon);

@@ -42,21 +42,6 @@ Columns columnsOf(const QRect& list)
         list.left() + width * 0.742, list.right() - 19.0};
 }
 
-Icon signOf(const TrashRow& row)
-{
-    switch (row.kind) {
-    case NodeKind::Folder:
-        return Icon::Folder;
-    case NodeKind::Page:
-        return Icon::Page;
-    case NodeKind::Link:
-        return Icon::Globe;
-    case NodeKind::File:
-        break;
-    }
-    return row.picture ? Icon::Image : Icon::File;
-}
-
 QString daysWords(int days)
 {
     return days == 1 ? u"1 day"_s : u"%1 days"_s.arg(days);
@@ -274,7 +259,7 @@ void TrashView::paintRow(QPainter& painter, int index) const
     painter.setPen(QPen(colors.hairline, 1));
     painter.setBrush(row.kind == NodeKind::Folder ? tones.fill : colors.sunken);
     painter.drawRoundedRect(thumb, 8, 8);
-    drawIcon(painter, signOf(row), QRectF(thumb.center() - QPointF(11, 11), QSizeF(22, 22)),
+    drawIcon(painter, kindIcon(row.kind, row.picture), QRectF(thumb.center() - QPointF(11, 11), QSizeF(22, 22)),
         row.kind == NodeKind::Folder ? tones.ink : colors.ink2);
 
     const Lettering strong(TypeStyle::BodyStrong), body(TypeStyle::Label), small(TypeStyle::Small);
