@@ -83,7 +83,9 @@ void CanvasModel::goTo(const NavPlace& place)
 {
     const bool folder = place.kind == NavPlace::Kind::Folder;
     const QString where = folder ? place.id : m_library.node(place.id)->parentID;
-    setOpened({});
+    // From one page to another of the same folder the sheet stays.
+    if (folder || where != m_folderID)
+        setOpened({});
     if (where != m_folderID)
         enter(where);
     if (!folder)

@@ -101,10 +101,10 @@ void OpenDocument::took(const QString& id, std::optional<Contents> contents, con
     if (id != m_id)
         return; // another one was opened meanwhile
     if (!contents) {
+        // A file that an editor is just replacing comes back; till then what was read stands.
         if (!m_isThere)
             emit unreadable(why);
-        return; // a file that an editor is just replacing comes back; what was read stands till
-                // then
+        return;
     }
     m_contents = std::move(*contents);
     emit read(std::exchange(m_isThere, true));

@@ -313,12 +313,9 @@ Result<QHash<quint64, QString>> readTrashed(SQLite& connection)
 }
 
 // All that lay below a folder.
-Result<void> addKnownBelow(
-    SQLite& connection, const QString& folder, std::vector<DiskPlan::Known>& known)
+Result<void> addKnownBelow(SQLite& connection, const QString& folder,
+    std::vector<DiskPlan::Known>& known, QSet<QString>& ids)
 {
-    QSet<QString> ids;
-    for (const DiskPlan::Known& each : known)
-        ids.insert(each.id);
     return connection.each(
         "SELECT id, kind, path, file_id, byte_size, file_modified FROM nodes WHERE "
         "path >= ?1 || '/' AND path < ?1 || '0' AND deleted_at IS NULL AND kind IN ('folder', "
@@ -328,6 +325,7 @@ Result<void> addKnownBelow(
             each.id = row.text(0);
             if (ids.contains(each.id))
                 return;
+            ids.insert(each.id);
             each.folder = row.utf8(1) == "folder";
             each.path = row.text(2);
             if (const auto id = row.optionalInteger(3))
@@ -369,9 +367,12 @@ Result<void> judgeStructure(DiskPass& pass, SQLite& connection, const QString& r
     std::stop_token stop)
 {
     QHash<QString, QString> paths;
-    for (const DiskPlan::Known& known : rows.live)
+    QSet<QString> ids;
+    for (const DiskPlan::Known& known : rows.live) {
+        ids.insert(known.id);
         if (known.folder)
             paths.insert(known.id, known.path);
+    }
     // What lay in a folder that is gone or moved may have gone elsewhere before.
     for (const DiskPlan::Action& action : outcome.actions) {
         const auto* removed = std::get_if<DiskPlan::Removed>(&action);
@@ -379,7 +380,7 @@ Result<void> judgeStructure(DiskPass& pass, SQLite& connection, const QString& r
         const auto left = paths.constFind(removed ? removed->id : moved ? moved->id : QString());
         if (left == paths.cend())
             continue;
-        if (auto read = addKnownBelow(connection, *left, rows.live); !read)
+        if (auto read = addKnownBelow(connection, *left, rows.live, ids); !read)
             return read;
     }
     DiskPlan::followOutOfRemovedFolders(outcome, rows.live, pass.nameCase);

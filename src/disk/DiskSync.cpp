@@ -19,7 +19,8 @@ namespace corvelle {
 namespace {
 
 constexpr int deletedQuietMs = 2'000;
-constexpr qint64 sliceMs = 8; // half a frame: the other half is the window's
+constexpr int mostFailedPasses = 5; // in a row that are tried again
+constexpr qint64 sliceMs = 8;       // half a frame: the other half is the window's
 
 template<class... Visitors>
 struct Overloaded : Visitors...
@@ -117,9 +118,13 @@ void DiskSync::took(Result<DiskPass> pass)
 {
     if (!pass) {
         logLine(u"disk pass: "_s + pass.failure().sentence());
+        // What was told of these folders isn't told again.
+        if (!m_request.everything && ++m_failedPasses <= mostFailedPasses)
+            defer(m_request.folders);
         endPass();
         return;
     }
+    m_failedPasses = 0;
     m_apply = std::make_unique<Apply>();
     m_apply->pass = std::move(*pass);
     applySlice();

@@ -112,7 +112,8 @@ private:
     int m_catchingUp = 0;
 
     bool m_running = false;
-    DiskRequest m_request; // the pass that runs
+    int m_failedPasses = 0; // in a row
+    DiskRequest m_request;  // the pass that runs
     std::optional<DiskRequest> m_next;
     static constexpr int mostRounds = 6; // without a folder that moved
     int m_rounds = 0; // looks in a row that asked for another and moved no folder

@@ -10,7 +10,7 @@ namespace corvelle {
 namespace {
 
 constexpr int mostKept = 4'000; // pages
-constexpr int pagesAtOnce = 64;   // pages of one look at the database
+constexpr int pagesAtOnce = 64; // pages of one look at the database
 
 using Found = std::vector<std::pair<QString, std::vector<ExcerptRow>>>;
 

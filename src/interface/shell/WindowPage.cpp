@@ -167,7 +167,8 @@ ItemLooks MainWindow::itemLooks() const
 {
     return [&library = m_model.library()](const QString& id) {
         const Node* node = library.node(id);
-        return node ? ItemLook{kindIcon(node->kind, node->isPicture()), !library.isInTrash(id)} : ItemLook{Icon::Page, false};
+        return node ? ItemLook{kindIcon(node->kind, node->isPicture()), !library.isInTrash(id)}
+                    : ItemLook{Icon::Page, false};
     };
 }
 

@@ -259,7 +259,8 @@ void TrashView::paintRow(QPainter& painter, int index) const
     painter.setPen(QPen(colors.hairline, 1));
     painter.setBrush(row.kind == NodeKind::Folder ? tones.fill : colors.sunken);
     painter.drawRoundedRect(thumb, 8, 8);
-    drawIcon(painter, kindIcon(row.kind, row.picture), QRectF(thumb.center() - QPointF(11, 11), QSizeF(22, 22)),
+    drawIcon(painter, kindIcon(row.kind, row.picture),
+        QRectF(thumb.center() - QPointF(11, 11), QSizeF(22, 22)),
         row.kind == NodeKind::Folder ? tones.ink : colors.ink2);
 
     const Lettering strong(TypeStyle::BodyStrong), body(TypeStyle::Label), small(TypeStyle::Small);
