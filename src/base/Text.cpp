@@ -132,6 +132,11 @@ QString parentPath(const QString& path)
     return slash < 0 ? QString() : path.left(slash);
 }
 
+bool liesBelow(const QString& path, const QString& folder)
+{
+    return path.size() > folder.size() && path[folder.size()] == u'/' && path.startsWith(folder);
+}
+
 QStringView firstCharacters(QStringView text, qsizetype most)
 {
     // No character has less than one unit.

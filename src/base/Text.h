@@ -30,6 +30,8 @@ int compareNaturally(QStringView left, QStringView right);
 // The part behind the last "/", and the part before it ("" at the top).
 QString lastComponent(const QString& path);
 QString parentPath(const QString& path);
+// Whether the path lies in the folder, however deep; not so the folder itself. By exact names.
+bool liesBelow(const QString& path, const QString& folder);
 
 // The beginning of a text, at most so many characters as a person counts them; never half of one.
 QStringView firstCharacters(QStringView text, qsizetype most);

@@ -20,17 +20,12 @@ FolderWatcher::Wishes wishesOf(std::function<void(FolderWatcher::Batch)> handler
         }};
 }
 
-bool liesAtOrBelow(const QString& path, const QString& folder)
-{
-    return path.startsWith(folder) && (path.size() == folder.size() || path[folder.size()] == u'/');
-}
-
 } // namespace
 
 bool DiskSync::isIdle() const
 {
     return !m_running && !m_next && m_catchingUp == 0 && !m_soon.isActive() &&
-           !m_settleSoon.isActive() && m_arrivals.isIdle() && m_seenQueue.isIdle();
+           !m_settleSoon.isActive() && m_apply.isIdle();
 }
 
 void DiskSync::start()
@@ -132,8 +127,9 @@ void DiskSync::settleDeferred()
 bool DiskSync::isInSpace(const QString& folder) const
 {
     const auto& spaces = m_library.tree().spaces();
-    return std::any_of(spaces.begin(), spaces.end(),
-        [&](const Space& space) { return liesAtOrBelow(folder, space.folder); });
+    return std::any_of(spaces.begin(), spaces.end(), [&](const Space& space) {
+        return folder == space.folder || liesBelow(folder, space.folder);
+    });
 }
 
 void DiskSync::requestPass(const DiskRequest& request)

@@ -60,7 +60,7 @@ struct Visit
 class Scan
 {
 public:
-    Scan(const QString& root, std::stop_token stop);
+    Scan(const QString& root, std::stop_token stop, QString leftOut);
 
     void list(const QString& folder);
     void walk(const QString& topFolder);
@@ -86,15 +86,17 @@ private:
     const QByteArray m_rootPath;
     const Result<Directory> m_root;
     const std::stop_token m_stop;
+    const QString m_leftOut;
     Scans m_scans;
     int m_notText = 0;
     int m_tooLong = 0;
 };
 
-Scan::Scan(const QString& root, std::stop_token stop)
+Scan::Scan(const QString& root, std::stop_token stop, QString leftOut)
     : m_rootPath(root.toUtf8())
     , m_root(Directory::open(m_rootPath))
     , m_stop(std::move(stop))
+    , m_leftOut(std::move(leftOut))
 {}
 
 void Scan::list(const QString& folder)
@@ -189,6 +191,8 @@ bool Scan::readChild(const Directory& directory, const QString& folder, qsizetyp
         return true;
 
     Entry entry = entryFrom(*facts, childPath(folder, *text));
+    if (!m_leftOut.isEmpty() && entry.path == m_leftOut)
+        return true;
     if (entry.folder) {
         const Generated generated = generatedByName(*text);
         if (generated == Generated::IfMarked) {
@@ -226,18 +230,21 @@ bool Scan::isLoop(const std::vector<Visit>& visits, const Visit& visit)
 
 } // namespace
 
-Scans scanFolders(const QString& root, std::span<const QString> folders, std::stop_token stop)
+Scans scanFolders(const QString& root, std::span<const QString> folders, std::stop_token stop,
+    const QString& leftOut)
 {
-    Scan scan(root, std::move(stop));
+    Scan scan(root, std::move(stop), leftOut);
     for (const QString& folder : folders)
-        if (!isShut(folder, root))
+        if (!isShut(folder, root) &&
+            (leftOut.isEmpty() || (folder != leftOut && !liesBelow(folder, leftOut))))
             scan.list(folder);
     return scan.take();
 }
 
-Scans scanTree(const QString& root, std::span<const QString> folders, std::stop_token stop)
+Scans scanTree(const QString& root, std::span<const QString> folders, std::stop_token stop,
+    const QString& leftOut)
 {
-    Scan scan(root, std::move(stop));
+    Scan scan(root, std::move(stop), leftOut);
     for (const QString& folder : folders)
         scan.walk(folder);
     return scan.take();

@@ -17,12 +17,15 @@ namespace corvelle::DiskPlan {
 
 // Lists each of the folders, which are paths relative to the root ("" is the root). A folder is
 // left out when it is gone or generated, lies in one that is skipped or generated or behind a
-// symbolic link, or can't be read to its end. A stop that was asked for gives an empty map.
-Scans scanFolders(const QString& root, std::span<const QString> folders, std::stop_token stop = {});
+// symbolic link, or can't be read to its end. A stop that was asked for gives an empty map. The
+// item at `leftOut`, a relative path, isn't told and not entered.
+Scans scanFolders(const QString& root, std::span<const QString> folders, std::stop_token stop = {},
+    const QString& leftOut = {});
 
 // The same with all folders below the given ones, in which only the given folders themselves may
 // have any name.
-Scans scanTree(const QString& root, std::span<const QString> folders, std::stop_token stop = {});
+Scans scanTree(const QString& root, std::span<const QString> folders, std::stop_token stop = {},
+    const QString& leftOut = {});
 
 enum class NameRules { Apply, Ignore };
 

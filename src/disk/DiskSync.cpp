@@ -1,16 +1,7 @@
 #include "disk/DiskSync.h"
 
-#include "base/Clock.h"
 #include "base/Log.h"
 #include "base/MainThread.h"
-#include "library/NodePaths.h"
-#include "platform/FileFacts.h"
-#include "platform/LargeBlock.h"
-
-#include <QElapsedTimer>
-#include <QFile>
-
-#include <cmath>
 
 using namespace Qt::StringLiterals;
 
@@ -20,80 +11,15 @@ namespace {
 
 constexpr int deletedQuietMs = 2'000;
 constexpr int mostFailedPasses = 5; // in a row that are tried again
-constexpr qint64 sliceMs = 8;       // half a frame: the other half is the window's
-
-template<class... Visitors>
-struct Overloaded : Visitors...
-{
-    using Visitors::operator()...;
-};
-// Some compilers have no guide of their own for aggregates yet.
-template<class... Visitors>
-Overloaded(Visitors...) -> Overloaded<Visitors...>;
-
-std::optional<FileFacts> factsAt(const QString& absolutePath)
-{
-    return fileFacts(QFile::encodeName(absolutePath));
-}
-
-// A folder in a file's place is another thing, and the other way round.
-bool isOfKind(const FileFacts& facts, NodeKind kind)
-{
-    return (facts.kind == FileFacts::Kind::Folder) == (kind == NodeKind::Folder);
-}
-
-// The title of a node whose file has another name now. A title that is the old name without its
-// ending follows without it; any other becomes the whole new name.
-QString titleAfterMove(const QString& title, const QString& oldName, const QString& newName)
-{
-    if (oldName == newName)
-        return title;
-    const qsizetype oldDot = oldName.lastIndexOf(u'.'), newDot = newName.lastIndexOf(u'.');
-    if (oldDot > 0 && title == oldName.left(oldDot))
-        return newDot > 0 ? newName.left(newDot) : newName;
-    return newName;
-}
-
-double credibleTime(double modified)
-{
-    const double today = now();
-    return modified == distantPast || modified > today ? today : modified;
-}
-
-// Whether a file that moved has other contents as well.
-bool wasWritten(const Node& node, const SeenFile& seen, const DiskPlan::Entry& entry)
-{
-    if (entry.folder)
-        return false;
-    const bool otherTime =
-        seen.modified && std::abs(*seen.modified - entry.modified) > DiskPlan::timeTolerance;
-    return node.byteSize != entry.size || otherTime;
-}
 
 } // namespace
-
-struct DiskSync::Apply
-{
-    DiskPass pass;
-    size_t next = 0;
-    QHash<QString, NextFreePlace> places; // by folder, of the cards that moved there in this pass
-    std::vector<std::pair<QString, DiskPlan::Entry>> identities;
-    std::map<QString, double> removed;
-    QSet<QString> written;  // files with other contents
-    bool overtaken = false; // something was no longer where the pass had seen it
-};
 
 DiskSync::DiskSync(Library& library, QObject* parent)
     : QObject(parent)
     , m_library(library)
-    , m_arrivals(library)
-    , m_seenQueue(u"corvelle.seen"_s)
+    , m_apply(library)
     , m_queue(u"corvelle.disk-pass"_s)
 {
-    m_slice.setSingleShot(true);
-    m_slice.setInterval(0);
-    connect(&m_slice, &QTimer::timeout, this, &DiskSync::applySlice);
-    connect(&m_arrivals, &Arrivals::finished, this, &DiskSync::endApply);
     for (const auto& [timer, act] : {std::pair(&m_soon, &DiskSync::flush),
              std::pair(&m_settleSoon, &DiskSync::settleDeferred)}) {
         timer->setSingleShot(true);
@@ -103,6 +29,9 @@ DiskSync::DiskSync(Library& library, QObject* parent)
     m_deletedQuiet.setInterval(deletedQuietMs);
     connect(&m_deletedQuiet, &QTimer::timeout, this,
         [this] { emit deletedElsewhere(std::exchange(m_deletedElsewhere, 0)); });
+    connect(&m_apply, &DiskApply::filesChanged, this, &DiskSync::filesChanged);
+    connect(&m_apply, &DiskApply::removedOnDisk, this, &DiskSync::removedOnDisk);
+    connect(this, &DiskSync::removedOnDisk, this, &DiskSync::countDeleted);
     connect(&library, &Library::treeChanged, this, [this](const TreeChange& change) {
         if (m_isIndexed)
             m_index.update(m_library, change);
@@ -112,6 +41,12 @@ DiskSync::DiskSync(Library& library, QObject* parent)
 DiskSync::~DiskSync()
 {
     m_stop.request_stop();
+}
+
+void DiskSync::countDeleted(const std::map<QString, double>& times)
+{
+    m_deletedElsewhere += static_cast<int>(times.size());
+    m_deletedQuiet.start();
 }
 
 void DiskSync::took(Result<DiskPass> pass)
@@ -125,299 +60,27 @@ void DiskSync::took(Result<DiskPass> pass)
         return;
     }
     m_failedPasses = 0;
-    m_apply = std::make_unique<Apply>();
-    m_apply->pass = std::move(*pass);
-    applySlice();
+    m_apply.run(std::move(*pass), [this](DiskApply::Done done) { applied(done); });
 }
 
-void DiskSync::applySlice()
+void DiskSync::applied(const DiskApply::Done& done)
 {
-    QElapsedTimer time;
-    time.start();
-    const auto& actions = m_apply->pass.actions;
-    while (m_apply->next < actions.size()) {
-        std::visit(Overloaded{
-                       [&](const DiskPlan::Changed& a) { changed(a.id, a.entry); },
-                       [&](const DiskPlan::Identity& a) { identified(a.id, a.entry); },
-                       [&](const DiskPlan::Moved& a) { moved(a.id, a.to); },
-                       [&](const DiskPlan::Restored& a) { restored(a.id, a.to); },
-                       [&](const DiskPlan::Added&) {}, // come in by the arrivals
-                       [&](const DiskPlan::Removed& a) { removed(a.id); },
-                   },
-            actions[m_apply->next]);
-        ++m_apply->next;
-        if (time.elapsed() >= sliceMs) {
-            m_slice.start();
-            return;
-        }
-    }
-    writeIdentities();
-    if (!m_apply->removed.empty()) {
-        emit removedOnDisk(m_apply->removed);
-        m_deletedElsewhere += static_cast<int>(m_apply->removed.size());
-        m_deletedQuiet.start();
-    }
-    if (!m_apply->written.isEmpty())
-        emit filesChanged(m_apply->written);
-    if (m_apply->pass.arriving.empty())
-        endApply();
-    else
-        m_arrivals.bringIn(
-            std::move(m_apply->pass.arriving), m_apply->pass.folders, m_apply->pass.nameCase);
-}
-
-void DiskSync::endApply()
-{
-    if (!m_apply)
-        return;
-    const bool overtaken = m_arrivals.takeOvertaken() || m_apply->overtaken;
-    const bool again = (m_apply->pass.lookAgain || overtaken) && ++m_rounds < mostRounds;
-    m_request.trees.unite(m_apply->pass.freshFolders);
+    if (done.movedFolder)
+        m_rounds = 0; // one step further down
+    const bool again = (done.lookAgain || done.overtaken) && ++m_rounds < mostRounds;
+    m_request.trees.unite(done.freshFolders);
     if (m_request.everything && !m_isIndexed) {
-        m_nameCase = m_apply->pass.nameCase;
+        m_nameCase = done.nameCase;
         m_index.build(m_library, m_nameCase);
         m_isIndexed = true;
     }
-    const QSet<QString> deferred = std::move(m_apply->pass.again);
-    m_apply.reset();
     if (again) {
         runPass();
         return;
     }
-    if (!deferred.isEmpty())
-        defer(deferred);
+    if (!done.again.isEmpty())
+        defer(done.again);
     endPass();
-}
-
-// ---- the actions ----
-
-void DiskSync::changed(const QString& id, const DiskPlan::Entry& entry)
-{
-    const Node* old = m_library.node(id);
-    if (!old)
-        return;
-    Node node = *old;
-    node.byteSize = entry.size;
-    node.updatedAt = credibleTime(entry.modified);
-    if (const auto size = m_apply->pass.pictureSizes.constFind(id);
-        size != m_apply->pass.pictureSizes.cend()) {
-        node.width = size->width();
-        node.height = size->height();
-    }
-    const auto written = m_library.connection().run(
-        "UPDATE nodes SET byte_size = ?, updated_at = ?, file_id = ?, file_modified = ?, "
-        "width = coalesce(?, width), height = coalesce(?, height) WHERE id = ?",
-        {entry.size, node.updatedAt, static_cast<qint64>(entry.inode), entry.modified, node.width,
-            node.height, id});
-    if (!written) {
-        logLine(u"file changed: "_s + written.failure().sentence());
-        return;
-    }
-    m_library.took({{std::move(node), SeenFile{entry.inode, entry.modified}}});
-    m_apply->written.insert(id);
-}
-
-void DiskSync::identified(const QString& id, const DiskPlan::Entry& entry)
-{
-    SeenFile seen{entry.inode, std::nullopt};
-    if (!entry.folder)
-        seen.modified = entry.modified;
-    m_library.tookSeen({{id, seen}});
-    m_apply->identities.emplace_back(id, entry);
-}
-
-void DiskSync::writeIdentities()
-{
-    if (m_apply->identities.empty())
-        return;
-    m_seenQueue.async([root = m_library.root(), identities = std::move(m_apply->identities)] {
-        auto connection = SQLite::open(databasePath(root));
-        const auto written =
-            !connection
-                ? Result<void>(connection.failure())
-                : connection->transaction([&]() -> Result<void> {
-                      auto seen = connection->prepare(
-                          "UPDATE nodes SET file_id = ?, file_modified = CASE WHEN kind = "
-                          "'file' THEN ? ELSE file_modified END WHERE id = ?");
-                      auto size = connection->prepare("UPDATE nodes SET byte_size = ? WHERE id = ? "
-                                                      "AND byte_size IS NULL AND kind = 'file'");
-                      if (!seen)
-                          return seen.failure();
-                      if (!size)
-                          return size.failure();
-                      for (const auto& [id, entry] : identities) {
-                          if (auto done =
-                                  seen->run({static_cast<qint64>(entry.inode), entry.modified, id});
-                              !done)
-                              return done;
-                          if (auto done = size->run({entry.size, id}); !done)
-                              return done;
-                      }
-                      return {};
-                  });
-        if (!written)
-            logLine(u"note files: "_s + written.failure().sentence());
-    });
-}
-
-void DiskSync::moved(const QString& id, const DiskPlan::Entry& to)
-{
-    const Node* node = m_library.node(id);
-    if (!node || node->path.isNull())
-        return;
-    const auto rows = m_library.connection().query(
-        "SELECT path FROM nodes WHERE id = ?", {id}, [](const SQLRow& row) { return row.text(0); });
-    if (!rows || rows->empty() || rows->front() != node->path) {
-        m_library.refreshNode(id); // another process moved it
-        return;
-    }
-    if (node->path == to.path)
-        return;
-    // What still lies at the old path is either the same file under another case of its name, or
-    // the move isn't one.
-    const auto old = factsAt(m_library.filePath(*node));
-    if (old && isOfKind(*old, node->kind) &&
-        (old->identity != to.inode || pathKey(node->path, m_apply->pass.nameCase) !=
-                                          pathKey(to.path, m_apply->pass.nameCase)))
-        return;
-    if (!isStillThere(to))
-        return;
-    const bool written = wasWritten(*node, m_library.tree().seen(id), to);
-    if (follow(*node, to, {}) && written)
-        changed(id, to);
-}
-
-void DiskSync::restored(const QString& id, const DiskPlan::Entry& to)
-{
-    const Node* node = m_library.node(id);
-    if (!node || node->path.isNull() || !m_library.isInTrash(id) || !isStillThere(to))
-        return;
-    const bool written = wasWritten(*node, m_library.tree().seen(id), to);
-    if (follow(*node, to, "deleted_at = NULL, ") && written)
-        changed(id, to);
-}
-
-// A rename or a move of our own may have come between the look at the disk and its use.
-bool DiskSync::isStillThere(const DiskPlan::Entry& entry)
-{
-    const auto facts = factsAt(m_library.root() + u'/' + entry.path);
-    if (facts && facts->identity == entry.inode)
-        return true;
-    m_apply->overtaken = true;
-    return false;
-}
-
-// Puts the node where its file is now: path, title, parent and place, for a folder with all paths
-// below it.
-bool DiskSync::follow(const Node& from, const DiskPlan::Entry& to, const QByteArray& alsoSet)
-{
-    const auto parent =
-        m_apply->pass.folders.constFind(pathKey(parentPath(to.path), m_apply->pass.nameCase));
-    if (parent == m_apply->pass.folders.cend())
-        return false;
-    Node node = from;
-    const bool fromTrash = !alsoSet.isEmpty();
-    node.title = titleAfterMove(from.title, lastComponent(from.path), lastComponent(to.path));
-    if (node.title != from.title)
-        node.updatedAt = now();
-    if (node.parentID != *parent) {
-        node.parentID = *parent;
-        node.position = m_library.tree().nextPosition(*parent);
-        auto places = m_apply->places.find(*parent);
-        if (places == m_apply->places.end()) {
-            places = m_apply->places.insert(*parent, {});
-            for (const QString& child : m_library.children(*parent)) {
-                const Node& card = *m_library.node(child);
-                places->include(QPointF(card.x, card.y), cardSize(card));
-            }
-        }
-        const QPointF place = places->next();
-        node.x = place.x();
-        node.y = place.y();
-    }
-    node.path = to.path;
-    node.deletedAt.reset();
-    SeenFile seen{to.inode, std::nullopt};
-    if (!to.folder)
-        seen.modified = to.modified;
-
-    SQLite& connection = m_library.connection();
-    std::vector<std::pair<Node, SeenFile>> changedNodes;
-    const auto written = connection.transaction([&]() -> Result<void> {
-        if (auto path = rewritePath(connection, node.id, node.kind, from.path, to.path); !path)
-            return path;
-        return connection.run("UPDATE nodes SET " + alsoSet +
-                                  "title = ?, parent_id = ?, x = ?, y = ?, position = ?, "
-                                  "updated_at = ?, file_id = ?, "
-                                  "file_modified = ? WHERE id = ?",
-            {node.title, textOrNull(node.parentID), node.x, node.y, node.position, node.updatedAt,
-                static_cast<qint64>(to.inode), seen.modified, node.id});
-    });
-    if (!written) {
-        logLine((fromTrash ? u"follow put back: "_s : u"follow move: "_s) +
-                written.failure().sentence());
-        return false;
-    }
-    if (node.kind == NodeKind::Folder) {
-        (void)connection.each(
-            "SELECT id, path FROM nodes WHERE path >= ?1 || '/' AND path < ?1 || '0'", {to.path},
-            [&](const SQLRow& row) {
-                const Node* below = m_library.node(row.text(0));
-                if (!below)
-                    return;
-                Node copy = *below;
-                copy.path = row.text(1);
-                if (copy.kind == NodeKind::Folder && !m_library.isInTrash(copy.id))
-                    m_apply->pass.folders.insert(
-                        pathKey(copy.path, m_apply->pass.nameCase), copy.id);
-                changedNodes.emplace_back(std::move(copy), m_library.tree().seen(below->id));
-            });
-        m_apply->pass.folders.insert(pathKey(to.path, m_apply->pass.nameCase), node.id);
-        m_rounds = 0; // one step further down
-    }
-    changedNodes.emplace_back(std::move(node), seen);
-    m_library.took(std::move(changedNodes));
-    return true;
-}
-
-void DiskSync::removed(const QString& id)
-{
-    const Node* old = m_library.node(id);
-    if (!old || old->path.isNull() || m_library.isInTrash(id))
-        return;
-    SQLite& connection = m_library.connection();
-    const auto rows = connection.query("SELECT path, deleted_at FROM nodes WHERE id = ?", {id},
-        [](const SQLRow& row) { return std::pair(row.text(0), row.isNull(1)); });
-    if (!rows || rows->empty() || rows->front().first != old->path || !rows->front().second) {
-        m_library.refreshNode(id);
-        return;
-    }
-    if (const auto facts = factsAt(m_library.filePath(*old)); facts && isOfKind(*facts, old->kind))
-        return;
-    Node node = *old;
-    node.deletedAt = now();
-    // A trashing that was cut short has its file in our Trash already.
-    const QString ours = placeInTrash(id, old->path);
-    const bool wasCutShort = factsAt(m_library.root() + u'/' + ours).has_value();
-    const auto written = connection.transaction([&]() -> Result<void> {
-        if (wasCutShort)
-            if (auto done = rewritePath(connection, id, node.kind, old->path, ours); !done)
-                return done;
-        return connection.run(
-            "UPDATE nodes SET deleted_at = ? WHERE id = ?", {*node.deletedAt, id});
-    });
-    if (!written) {
-        logLine(u"trash: "_s + written.failure().sentence());
-        return;
-    }
-    if (wasCutShort) {
-        node.path = ours;
-        if (node.kind == NodeKind::Folder)
-            m_library.reload(); // the paths below it
-    }
-    m_apply->removed[id] = *node.deletedAt;
-    const SeenFile seen = m_library.tree().seen(id);
-    m_library.took({{std::move(node), seen}});
 }
 
 } // namespace corvelle

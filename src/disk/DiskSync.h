@@ -1,18 +1,12 @@
-// Keeps the tree in step with the library's own folder: a pass looks at the disk, and what it found
-// is carried out here.
+// Keeps the tree in step with the library's own folder: when to look at it, and at how much.
 //
 // One for each library, on the main thread. The look runs on the queue `corvelle.disk-pass`; what
-// it found comes back and is applied in slices, so that the window stays awake. Between look and
-// apply the tree and the disk may have changed: moves, returns and removals look at the row and the
-// disk again before they act, and a row that says otherwise leads to a re-read of that node and no
-// more. No file of the person's is ever touched.
+// it found comes back and is carried out by DiskApply.
 #pragma once
 
 #include "base/SerialQueue.h"
-#include "disk/DiskPass.h"
+#include "disk/DiskApply.h"
 #include "disk/FolderIndex.h"
-#include "library/Arrivals.h"
-#include "library/Library.h"
 #include "platform/FolderWatcher.h"
 
 #include <QElapsedTimer>
@@ -56,6 +50,9 @@ public:
 
     void setDelays(const Delays& delays) { m_delays = delays; }
 
+    // Counts removals towards what deletedElsewhere() tells.
+    void countDeleted(const std::map<QString, double>& times);
+
 signals:
     // The contents of these files are others.
     void filesChanged(const QSet<QString>& ids);
@@ -67,8 +64,6 @@ signals:
     void removedOnDisk(const std::map<QString, double>& times);
 
 private:
-    struct Apply; // a pass that is being carried out
-
     // ---- when to look: DiskPasses.cpp ----
     void takeBatch(FolderWatcher::Batch batch);
     void scheduleFlush();
@@ -82,20 +77,10 @@ private:
     void endPass();
 
     void took(Result<DiskPass> pass);
-    void applySlice();
-    void endApply();
-
-    void changed(const QString& id, const DiskPlan::Entry& entry);
-    void identified(const QString& id, const DiskPlan::Entry& entry);
-    void moved(const QString& id, const DiskPlan::Entry& to);
-    void restored(const QString& id, const DiskPlan::Entry& to);
-    void removed(const QString& id);
-    bool isStillThere(const DiskPlan::Entry& entry);
-    bool follow(const Node& node, const DiskPlan::Entry& to, const QByteArray& alsoSet);
-    void writeIdentities();
+    void applied(const DiskApply::Done& done);
 
     Library& m_library;
-    Arrivals m_arrivals;
+    DiskApply m_apply;
     FolderIndex m_index;
     NameCase m_nameCase = NameCase::Kept;
     bool m_isIndexed = false; // from the first whole pass on
@@ -117,12 +102,9 @@ private:
     std::optional<DiskRequest> m_next;
     static constexpr int mostRounds = 6; // without a folder that moved
     int m_rounds = 0; // looks in a row that asked for another and moved no folder
-    std::unique_ptr<Apply> m_apply;
-    QTimer m_slice;
     int m_deletedElsewhere = 0;
     QTimer m_deletedQuiet;
     std::stop_source m_stop;
-    SerialQueue m_seenQueue;
     SerialQueue m_queue;
     std::unique_ptr<FolderWatcher> m_watcher; // last: it ends first
 };

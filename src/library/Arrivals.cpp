@@ -247,7 +247,8 @@ private:
 
     bool isThere(const Node& node) const
     {
-        return fileFacts(QFile::encodeName(m_job.root + u'/' + node.path)).has_value();
+        const QString path = node.isLinked() ? node.path : m_job.root + u'/' + node.path;
+        return fileFacts(QFile::encodeName(path)).has_value();
     }
 
     Job m_job;

@@ -90,7 +90,12 @@ QString Library::folderPath(const QString& id) const
 
 QString Library::filePath(const Node& node) const
 {
-    return node.isLinked() ? node.path : m_root + u'/' + node.path;
+    return absolutePath(node.path);
+}
+
+QString Library::absolutePath(const QString& path) const
+{
+    return path.startsWith(u'/') ? path : m_root + u'/' + path;
 }
 
 QString Library::relativePath(const QString& absolutePath) const
@@ -228,6 +233,21 @@ void Library::tookSeen(const std::vector<std::pair<QString, SeenFile>>& seen)
 {
     for (const auto& [id, facts] : seen)
         m_tree.setSeen(id, facts);
+}
+
+void Library::tookMissing(const QSet<QString>& gone, const QSet<QString>& found)
+{
+    TreeChange change;
+    for (const QString& id : gone)
+        if (!m_missingLinks.contains(id)) {
+            m_missingLinks.insert(id);
+            change.nodes.insert(id);
+        }
+    for (const QString& id : found)
+        if (m_missingLinks.remove(id))
+            change.nodes.insert(id);
+    if (!change.isEmpty())
+        tell(change);
 }
 
 void Library::setImportProgress(std::optional<ImportProgress> progress)

@@ -55,6 +55,10 @@ public:
         return m_tree.children(parent);
     }
     bool isInTrash(const QString& id) const { return m_tree.isInTrash(id); }
+    // Whether its file is outside the library and isn't there now; only known of live items, and
+    // only in memory.
+    bool isMissing(const QString& id) const { return m_missingLinks.contains(id); }
+    const QSet<QString>& missingLinks() const { return m_missingLinks; }
     // Goes up at each change of the tree or of a node's shown data.
     qint64 revision() const { return m_revision; }
 
@@ -62,6 +66,8 @@ public:
     // nothing.
     QString folderPath(const QString& id) const;
     QString filePath(const Node& node) const;
+    // Of a node's path, or of one that it may get.
+    QString absolutePath(const QString& path) const;
     // The path below the root; the absolute path of what lies outside it.
     QString relativePath(const QString& absolutePath) const;
     QString thumbnailPath(const QString& id) const;
@@ -98,6 +104,9 @@ public:
     void tookPageStamp(const QString& id, double stamp) { m_tree.setPageStamp(id, stamp); }
     void tookSeen(const std::vector<std::pair<QString, SeenFile>>& seen);
 
+    // Linked items that can't be found now, and such that are there again.
+    void tookMissing(const QSet<QString>& gone, const QSet<QString>& found);
+
     void setImportProgress(std::optional<ImportProgress> progress);
 
     // Stores the message, logs it and shows it to the person.
@@ -127,6 +136,7 @@ private:
     std::optional<SQLite> m_connection;
     NodeTree m_tree;
     QSet<QString> m_nativeShots;
+    QSet<QString> m_missingLinks;
     QString m_loadError;
     std::optional<qint32> m_heldBy;
     bool m_missing = false;

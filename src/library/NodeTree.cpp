@@ -54,6 +54,14 @@ bool NodeTree::isInTrash(const QString& id) const
     return false;
 }
 
+bool NodeTree::isLinkedItself(const Node& item) const
+{
+    if (!item.isLinked())
+        return false;
+    const Node* folder = node(item.parentID);
+    return !folder || !folder->isLinked() || !liesBelow(item.path, folder->path);
+}
+
 QString NodeTree::spaceFolder() const
 {
     return m_spaces.empty() ? u"My Space"_s : m_spaces.front().folder;

@@ -63,6 +63,9 @@ public:
     // than 512, is not.
     bool isInTrash(const QString& id) const;
 
+    // Whether it was linked from outside by itself, and not as part of a linked folder.
+    bool isLinkedItself(const Node& node) const;
+
     // The first space's folder owns what has no better place.
     QString spaceFolder() const;
 
