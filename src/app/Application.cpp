@@ -87,6 +87,7 @@ Application::Application(TimedApplication& toolkit, LaunchOptions options, Libra
     , m_canvas(m_library)
     , m_commands(m_canvas, m_edits, m_undoManager, m_duplicates, m_addFiles, m_pageSaves)
     , m_diskSync(m_library)
+    , m_linkSync(m_library)
     , m_bus(std::make_unique<MessageBus>())
     , m_background(u"corvelle.background"_s)
 {}
@@ -132,6 +133,14 @@ void Application::start()
     connect(m_window.get(), &MainWindow::addressWanted, this, &Application::openAddress);
     connect(m_bus.get(), &MessageBus::received, this, &Application::received);
     connect(&m_diskSync, &DiskSync::removedOnDisk, this, &Application::noteRemovals);
+    connect(&m_linkSync, &LinkSync::removedOnDisk, this, &Application::noteRemovals);
+    connect(&m_linkSync, &LinkSync::removedOnDisk, &m_diskSync, &DiskSync::countDeleted);
+    connect(&m_linkSync, &LinkSync::mountsChanged, &m_diskSync, &DiskSync::lookUnderMounts);
+    connect(&m_toolkit, &QGuiApplication::applicationStateChanged, this,
+        [this](Qt::ApplicationState state) {
+            if (state == Qt::ApplicationActive)
+                m_linkSync.lookForFolders();
+        });
     connect(&m_addFiles, &AddFiles::lookWanted, &m_diskSync, &DiskSync::start);
     connect(&m_diskSync, &DiskSync::deletedElsewhere, m_window.get(),
         &MainWindow::tellDeletedElsewhere);
@@ -199,6 +208,7 @@ void Application::startServices()
             runDataSteps(*connection);
     });
     m_diskSync.watch();
+    m_linkSync.start();
 }
 
 // ---- problems at the opening ----
@@ -449,6 +459,8 @@ QStringList Application::busyWith() const
     QStringList busy;
     if (!m_diskSync.isIdle())
         busy.append(u"disk"_s);
+    if (!m_linkSync.isIdle())
+        busy.append(u"links"_s);
     if (!m_addFiles.isIdle())
         busy.append(u"arrivals"_s);
     if (!m_duplicates.isIdle())

@@ -8,6 +8,7 @@
 #include "canvas/CanvasModel.h"
 #include "disk/AddFiles.h"
 #include "disk/DiskSync.h"
+#include "disk/LinkSync.h"
 #include "interface/shell/MainWindow.h"
 #include "library/Duplicates.h"
 #include "library/Edits.h"
@@ -68,6 +69,7 @@ public:
 
     Library& library() { return m_library; }
     DiskSync& diskSync() { return m_diskSync; }
+    LinkSync& linkSync() { return m_linkSync; }
     PageSaves& pageSaves() { return m_pageSaves; }
     Edits& edits() { return m_edits; }
     Duplicates& duplicates() { return m_duplicates; }
@@ -131,6 +133,7 @@ private:
     CanvasModel m_canvas;
     CanvasCommands m_commands;
     DiskSync m_diskSync;
+    LinkSync m_linkSync;
     std::unique_ptr<MessageBus> m_bus;
     std::unique_ptr<MainWindow> m_window;
     std::unique_ptr<TestDriver> m_driver;

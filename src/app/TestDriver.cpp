@@ -241,6 +241,7 @@ TestDriver::Answer TestDriver::settle(const QJsonObject& arguments)
         Settling{arguments, {}, arguments[u"timeout"].toDouble(defaultSettleSeconds)});
     m_settling->since.start();
     m_application.diskSync().catchUp();
+    m_application.linkSync().catchUp();
     return {{}, {}, true};
 }
 

@@ -238,10 +238,10 @@ void DiskApply::writeIdentities()
         return;
     m_seenQueue.async([root = m_library.root(), identities = std::move(m_apply->identities)] {
         auto connection = SQLite::open(databasePath(root));
-        const auto written = !connection ? Result<void>(connection.failure())
-                                         : connection->transaction([&] {
-                                               return Apply::write(*connection, identities);
-                                           });
+        const auto written =
+            !connection
+                ? Result<void>(connection.failure())
+                : connection->transaction([&] { return Apply::write(*connection, identities); });
         if (!written)
             logLine(u"note files: "_s + written.failure().sentence());
     });
@@ -402,8 +402,7 @@ bool DiskApply::follow(const Node& from, const DiskPlan::Entry& to, const QByteA
 }
 
 // The nodes below a folder that moved, as their rows tell them now.
-void DiskApply::takePathsBelow(
-    const QString& folder, std::vector<std::pair<Node, SeenFile>>& nodes)
+void DiskApply::takePathsBelow(const QString& folder, std::vector<std::pair<Node, SeenFile>>& nodes)
 {
     DiskPass& pass = m_apply->pass;
     (void)m_library.connection().each(
@@ -445,9 +444,9 @@ void DiskApply::removed(const QString& id)
             if (auto done = rewritePath(connection, id, node.kind, old->path, ours); !done)
                 return done;
         if (node.isLinked())
-            if (auto done = connection.run(
-                    "INSERT OR REPLACE INTO went_away (node_id, at) VALUES (?, ?)",
-                    {id, *node.deletedAt});
+            if (auto done =
+                    connection.run("INSERT OR REPLACE INTO went_away (node_id, at) VALUES (?, ?)",
+                        {id, *node.deletedAt});
                 !done)
                 return done;
         return connection.run(

@@ -44,6 +44,15 @@ void DiskSync::watch()
         return;
     // No pass before the watcher stands: what happens in between would be missed by both.
     m_running = true;
+    makeWatcher([this](std::unique_ptr<FolderWatcher> watcher) {
+        m_watcher = std::move(watcher);
+        m_running = false;
+        start();
+    });
+}
+
+void DiskSync::makeWatcher(std::function<void(std::unique_ptr<FolderWatcher>)> then)
+{
     m_queue.run(
         [this, root = m_library.root(), guard = QPointer<QObject>(this)] {
             return std::make_unique<FolderWatcher>(
@@ -53,12 +62,23 @@ void DiskSync::watch()
                     });
                 }));
         },
-        this,
-        [this](std::unique_ptr<FolderWatcher> watcher) {
-            m_watcher = std::move(watcher);
-            m_running = false;
-            start();
-        });
+        this, std::move(then));
+}
+
+void DiskSync::lookUnderMounts(const QSet<QString>& mountPoints)
+{
+    const QString& root = m_library.root();
+    const bool concerns = std::any_of(mountPoints.begin(), mountPoints.end(),
+        [&](const QString& point) { return liesBelow(point, root); });
+    if (!concerns || !m_watcher)
+        return;
+    ++m_catchingUp;
+    makeWatcher([this](std::unique_ptr<FolderWatcher> watcher) {
+        --m_catchingUp;
+        m_watcher = std::move(watcher);
+        m_everything = true;
+        scheduleFlush();
+    });
 }
 
 void DiskSync::takeBatch(FolderWatcher::Batch batch)
@@ -161,53 +181,11 @@ void DiskSync::runPass()
         return;
     }
     m_queue.run(
-        [root = m_library.root(), round, request = m_request, memory = memoryOf(m_request),
-            stop = m_stop.get_token()]() mutable {
+        [root = m_library.root(), round, request = m_request,
+            memory = memoryOf(m_library, m_index, m_request), stop = m_stop.get_token()]() mutable {
             return lookAtFolders(root, std::move(request), std::move(memory), round, stop);
         },
         this, [this](Result<DiskPass> pass) { took(std::move(pass)); });
-}
-
-DiskMemory DiskSync::memoryOf(const DiskRequest& request)
-{
-    DiskMemory memory{{}, m_index.ids(), m_nameCase};
-    QSet<QString> taken;
-    const auto take = [&](const QString& child, const QString& folder) {
-        const Node* node = m_library.node(child);
-        const bool counts = node &&
-                            (node->kind == NodeKind::Folder || node->kind == NodeKind::File) &&
-                            !node->path.isEmpty() && parentPath(node->path) == folder &&
-                            !m_library.isInTrash(child);
-        if (!counts || taken.contains(child))
-            return false;
-        taken.insert(child);
-        const SeenFile seen = m_library.tree().seen(child);
-        memory.known.push_back({child, node->path, node->kind == NodeKind::Folder, seen.fileID,
-            node->byteSize, seen.modified});
-        return node->kind == NodeKind::Folder;
-    };
-    const auto idOf = [&](const QString& folder) {
-        const auto id = m_index.ids().constFind(pathKey(folder, m_nameCase));
-        return id == m_index.ids().cend() ? std::nullopt : std::optional(*id);
-    };
-    for (const QString& folder : request.folders)
-        if (const auto id = idOf(folder))
-            for (const QString& child : m_library.children(*id))
-                take(child, folder);
-    QStringList waiting(request.trees.begin(), request.trees.end());
-    while (!waiting.isEmpty()) {
-        const QString folder = waiting.takeLast();
-        const auto id = idOf(folder);
-        if (!id)
-            continue;
-        for (const QString& child : m_library.children(*id)) {
-            const Node* node = m_library.node(child);
-            if (take(child, folder) ||
-                (node && node->kind == NodeKind::Folder && parentPath(node->path) == folder))
-                waiting.append(node->path);
-        }
-    }
-    return memory;
 }
 
 void DiskSync::endPass()

@@ -43,6 +43,9 @@ public:
     // seconds after the last change of a quiet folder.
     void watch();
 
+    // A disk came or went at these places: what lies in the library is watched anew, and looked at.
+    void lookUnderMounts(const QSet<QString>& mountPoints);
+
     // Looks at once at what the kernel has told so far, for scripts that can't wait.
     void catchUp();
 
@@ -65,6 +68,7 @@ signals:
 
 private:
     // ---- when to look: DiskPasses.cpp ----
+    void makeWatcher(std::function<void(std::unique_ptr<FolderWatcher>)> then);
     void takeBatch(FolderWatcher::Batch batch);
     void scheduleFlush();
     void flush();
@@ -72,7 +76,6 @@ private:
     void runPass();
     void defer(const QSet<QString>& folders);
     void settleDeferred();
-    DiskMemory memoryOf(const DiskRequest& request);
     bool isInSpace(const QString& folder) const;
     void endPass();
 

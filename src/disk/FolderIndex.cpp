@@ -7,8 +7,9 @@ void FolderIndex::build(const Library& library, NameCase nameCase)
     m_nameCase = nameCase;
     m_ids.clear();
     m_keys.clear();
-    for (const Space& space : library.tree().spaces())
-        m_ids.insert(pathKey(space.folder, nameCase), QString());
+    if (m_which == Which::Own)
+        for (const Space& space : library.tree().spaces())
+            m_ids.insert(pathKey(space.folder, nameCase), QString());
     library.tree().eachNode([&](const Node& node, const SeenFile&) {
         if (node.kind == NodeKind::Folder)
             put(library, node.id);
@@ -36,13 +37,54 @@ void FolderIndex::put(const Library& library, const QString& id)
 {
     const Node* node = library.node(id);
     const bool counts = node && node->kind == NodeKind::Folder && !node->path.isEmpty() &&
-                        !node->path.startsWith(u'/') && !node->path.startsWith(u'.') &&
-                        !library.isInTrash(id);
+                        node->isLinked() == (m_which == Which::Linked) &&
+                        !node->path.startsWith(u'.') && !library.isInTrash(id);
     if (!counts)
         return;
     const QString key = pathKey(node->path, m_nameCase);
     m_ids.insert(key, id);
     m_keys.insert(id, key);
+}
+
+DiskMemory memoryOf(const Library& library, const FolderIndex& index, const DiskRequest& request)
+{
+    DiskMemory memory{{}, index.ids(), index.nameCase()};
+    QSet<QString> taken;
+    const auto take = [&](const QString& child, const QString& folder) {
+        const Node* node = library.node(child);
+        const bool counts =
+            node && (node->kind == NodeKind::Folder || node->kind == NodeKind::File) &&
+            !node->path.isEmpty() && parentPath(node->path) == folder && !library.isInTrash(child);
+        if (!counts || taken.contains(child))
+            return false;
+        taken.insert(child);
+        const SeenFile seen = library.tree().seen(child);
+        memory.known.push_back({child, node->path, node->kind == NodeKind::Folder, seen.fileID,
+            node->byteSize, seen.modified});
+        return node->kind == NodeKind::Folder;
+    };
+    const auto idOf = [&](const QString& folder) {
+        const auto id = index.ids().constFind(pathKey(folder, index.nameCase()));
+        return id == index.ids().cend() ? std::nullopt : std::optional(*id);
+    };
+    for (const QString& folder : request.folders)
+        if (const auto id = idOf(folder))
+            for (const QString& child : library.children(*id))
+                take(child, folder);
+    QStringList waiting(request.trees.begin(), request.trees.end());
+    while (!waiting.isEmpty()) {
+        const QString folder = waiting.takeLast();
+        const auto id = idOf(folder);
+        if (!id)
+            continue;
+        for (const QString& child : library.children(*id)) {
+            const Node* node = library.node(child);
+            if (take(child, folder) ||
+                (node && node->kind == NodeKind::Folder && parentPath(node->path) == folder))
+                waiting.append(node->path);
+        }
+    }
+    return memory;
 }
 
 } // namespace corvelle

@@ -23,8 +23,8 @@ Result<void> addKnownBelow(SQLite& connection, const QString& folder,
 void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans,
     const KnownRows& rows, Round round);
 
-// The same for a structural look at single folders: what lay below a folder that is gone or moved is
-// read from the table, and folders that came are scanned.
+// The same for a structural look at single folders: what lay below a folder that is gone or moved
+// is read from the table, and folders that came are scanned.
 Result<void> judgeStructure(DiskPass& pass, SQLite& connection, const DiskView& view,
     DiskPlan::Outcome outcome, DiskPlan::Scans& scans, KnownRows& rows, Round round);
 

@@ -36,8 +36,8 @@ Result<void> putBookmark(SQLite& connection, const QString& id, const LinkBookma
 
 Result<void> refreshBookmark(SQLite& connection, const QString& id, const LinkBookmark& bookmark)
 {
-    return connection.run("UPDATE link_bookmarks SET bookmark = ? WHERE node_id = ?",
-        {storedBookmark(bookmark), id});
+    return connection.run(
+        "UPDATE link_bookmarks SET bookmark = ? WHERE node_id = ?", {storedBookmark(bookmark), id});
 }
 
 } // namespace corvelle

@@ -5,6 +5,7 @@
 #include "base/Log.h"
 #include "disk/AddFiles.h"
 #include "disk/DiskSync.h"
+#include "disk/LinkSync.h"
 #include "library/Duplicates.h"
 #include "library/Edits.h"
 #include "library/PageSaves.h"
@@ -29,6 +30,7 @@ public:
         , pageSaves(library)
         , addFiles(edits)
         , diskSync(library)
+        , linkSync(library)
     {
         using namespace corvelle;
         QObject::connect(&library, &Library::failed, &library,
@@ -37,13 +39,14 @@ public:
             [this](const QString& title, const QString& reason) {
                 refusals.append(title + " | " + reason);
             });
-        QObject::connect(&diskSync, &DiskSync::removedOnDisk, &library,
-            [this](const std::map<QString, double>& times) {
-                journal.closeGesture();
-                journal.record(change::Trashed{times});
-                journal.setName("Move to Trash");
-                journal.closeGesture();
-            });
+        const auto noteRemovals = [this](const std::map<QString, double>& times) {
+            journal.closeGesture();
+            journal.record(change::Trashed{times});
+            journal.setName("Move to Trash");
+            journal.closeGesture();
+        };
+        QObject::connect(&diskSync, &DiskSync::removedOnDisk, &library, noteRemovals);
+        QObject::connect(&linkSync, &LinkSync::removedOnDisk, &library, noteRemovals);
         EXPECT_TRUE(library.open(openLibrary({root, true}, mode)))
             << library.loadError().toStdString();
         journal.start(
@@ -57,8 +60,9 @@ public:
     {
         done();
         return turnUntil([this] {
-            return diskSync.isIdle() && addFiles.isIdle() && duplicates.isIdle() &&
-                   edits.isIdle() && !library.isReloading() && !journal.isWriting();
+            return diskSync.isIdle() && linkSync.isIdle() && addFiles.isIdle() &&
+                   duplicates.isIdle() && edits.isIdle() && !library.isReloading() &&
+                   !journal.isWriting();
         });
     }
     // A whole look at the disk, to its end.
@@ -118,5 +122,6 @@ public:
     corvelle::PageSaves pageSaves;
     corvelle::AddFiles addFiles;
     corvelle::DiskSync diskSync;
+    corvelle::LinkSync linkSync;
     QStringList failures, refusals;
 };

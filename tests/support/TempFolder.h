@@ -13,6 +13,12 @@ class TempFolder
 {
 public:
     TempFolder() { EXPECT_TRUE(m_dir.isValid()); }
+    // In another folder: what lies in the temporary one is copied into a library, not linked.
+    explicit TempFolder(const QString& parent)
+        : m_dir(parent + "/corvelle-test-XXXXXX")
+    {
+        EXPECT_TRUE(m_dir.isValid());
+    }
 
     // The real path: the temporary directory itself may be a link.
     QString path(const QString& below = {}) const

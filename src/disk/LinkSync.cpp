@@ -1,0 +1,512 @@
+#include "disk/LinkSync.h"
+
+#include "base/Log.h"
+#include "base/MainThread.h"
+#include "disk/DiskScan.h"
+#include "library/LinkBookmarks.h"
+#include "library/NodePaths.h"
+
+#include <QFileInfo>
+#include <QThread>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace corvelle {
+
+namespace {
+
+constexpr int refreshMs = 100;
+constexpr int mostRoundsOfLooks = 6; // without a folder that moved
+constexpr int hangMs = 1'000; // what quitting waits for a disk
+
+// What is linked and can be watched.
+bool canBeLinked(const Node& node)
+{
+    return node.isLinked() && (node.kind == NodeKind::Folder || node.kind == NodeKind::File);
+}
+
+QString rootOf(const Node& node)
+{
+    if (node.kind == NodeKind::Folder)
+        return node.path;
+    const QString folder = parentPath(node.path);
+    return folder.isEmpty() ? u"/"_s : folder;
+}
+
+} // namespace
+
+LinkSync::LinkSync(Library& library, QObject* parent)
+    : QObject(parent)
+    , m_library(library)
+    , m_apply(library)
+    , m_index(FolderIndex::Which::Linked)
+{
+    const std::pair<QTimer*, void (LinkSync::*)()> timers[] = {{&m_refreshSoon, &LinkSync::refresh},
+        {&m_mountSoon, &LinkSync::mounted}, {&m_awaySoon, &LinkSync::lookForFolders}};
+    for (const auto& [timer, act] : timers) {
+        timer->setSingleShot(true);
+        connect(timer, &QTimer::timeout, this, act);
+    }
+    connect(&m_apply, &DiskApply::filesChanged, this, &LinkSync::filesChanged);
+    connect(&m_apply, &DiskApply::removedOnDisk, this, &LinkSync::removedOnDisk);
+}
+
+// A disk that hangs would hold up the end: its queue is left behind, and ends with the process.
+LinkSync::~LinkSync()
+{
+    m_stop.request_stop();
+    for (auto& [path, root] : m_roots)
+        drop(root, path);
+    QElapsedTimer waited;
+    waited.start();
+    for (auto& [mount, queue] : m_queues) {
+        while (!queue->isIdle() && waited.elapsed() < hangMs)
+            QThread::msleep(1);
+        if (!queue->isIdle())
+            (void)queue.release();
+    }
+}
+
+void LinkSync::start()
+{
+    Q_ASSERT(onMainThread());
+    if (m_started || !m_library.isOpen())
+        return;
+    m_started = true;
+    m_mounts = readMounts();
+    m_mountWatcher = std::make_unique<MountWatcher>();
+    connect(m_mountWatcher.get(), &MountWatcher::changed, this,
+        [this] { m_mountSoon.start(m_delays.mount); });
+    m_shallow = std::make_shared<ShallowWatcher>(
+        ShallowWatcher::Wishes{[this, guard = QPointer<QObject>(this)](QSet<QString> folders) {
+                                   SerialQueue::onMain(guard, [this, folders] {
+                                       for (const QString& folder : folders)
+                                           schedule(folder, {}, m_delays.event);
+                                   });
+                               },
+            [](const QString& name) { return isSkippedName(name); }});
+    connect(&m_library, &Library::treeChanged, this, &LinkSync::take);
+    TreeChange all;
+    all.everything = true;
+    take(all);
+}
+
+bool LinkSync::isIdle() const
+{
+    return m_catchingUp == 0 && !m_refreshSoon.isActive() && !m_mountSoon.isActive() &&
+           m_found.empty() && m_apply.isIdle() &&
+           std::all_of(m_roots.begin(), m_roots.end(), [](const auto& entry) {
+               const Root& root = entry.second;
+               return !root.isStarting && !root.isRunning && !root.changed;
+           });
+}
+
+void LinkSync::catchUp()
+{
+    if (!m_started)
+        return;
+    const auto done = [this, guard = QPointer<QObject>(this)] {
+        SerialQueue::onMain(guard, [this] { --m_catchingUp; });
+    };
+    ++m_catchingUp;
+    m_shallow->flush(done);
+    for (const auto& [path, root] : m_roots)
+        if (root.watcher) {
+            ++m_catchingUp;
+            root.watcher->flush(done);
+        }
+}
+
+// ---- roots ----
+
+void LinkSync::take(const TreeChange& change)
+{
+    if (change.everything) {
+        m_index.build(m_library, NameCase::Kept);
+        m_candidates.clear();
+        m_library.tree().eachNode(
+            [this](const Node& node, const SeenFile&) { noteCandidate(node.id); });
+    } else {
+        m_index.update(m_library, change);
+        for (const QString& id : change.nodes)
+            noteCandidate(id);
+    }
+    // A folder of the library that goes to the Trash takes links along.
+    if (!m_candidates.isEmpty() || !m_roots.empty())
+        m_refreshSoon.start(refreshMs);
+}
+
+void LinkSync::noteCandidate(const QString& id)
+{
+    const Node* node = m_library.node(id);
+    if (node && canBeLinked(*node) && m_library.tree().isLinkedItself(*node))
+        m_candidates.insert(id);
+    else
+        m_candidates.remove(id);
+}
+
+std::map<QString, LinkSync::Root> LinkSync::wantedRoots() const
+{
+    std::map<QString, Root> wanted;
+    for (const QString& id : m_candidates) {
+        const Node* node = m_library.node(id);
+        if (!node || m_library.isInTrash(id))
+            continue;
+        Root& root = wanted[rootOf(*node)];
+        root.isFolder |= node->kind == NodeKind::Folder;
+        root.ids.push_back(id);
+    }
+    return wanted;
+}
+
+void LinkSync::refresh()
+{
+    std::map<QString, Root> wanted = wantedRoots();
+    for (auto root = m_roots.begin(); root != m_roots.end();) {
+        const auto still = wanted.find(root->first);
+        if (still != wanted.end() && still->second.isFolder == root->second.isFolder) {
+            ++root;
+            continue;
+        }
+        drop(root->second, root->first);
+        root = m_roots.erase(root);
+    }
+    for (auto& [path, fresh] : wanted) {
+        const auto known = m_roots.find(path);
+        if (known == m_roots.end()) {
+            Root& root = m_roots[path];
+            root = std::move(fresh);
+            watch(path, root);
+            continue;
+        }
+        std::sort(fresh.ids.begin(), fresh.ids.end());
+        const bool hasNew = !std::includes(known->second.ids.begin(), known->second.ids.end(),
+            fresh.ids.begin(), fresh.ids.end());
+        known->second.ids = std::move(fresh.ids);
+        if (hasNew)
+            schedule(path, {}, 0);
+    }
+}
+
+SerialQueue& LinkSync::queueFor(const QString& path)
+{
+    auto& queue = m_queues[mountOf(path, m_mounts)];
+    if (!queue)
+        queue = std::make_unique<SerialQueue>(u"corvelle.links"_s);
+    return *queue;
+}
+
+void LinkSync::watch(const QString& path, Root& root)
+{
+    std::sort(root.ids.begin(), root.ids.end());
+    LinkedRequest all;
+    all.everything = true;
+    if (!root.isFolder) {
+        schedule(path, all, 0); // a look watches its folder first
+        return;
+    }
+    // No look before the watcher stands: what happens in between would be missed by both.
+    root.isStarting = true;
+    queueFor(path).run(
+        [this, path, library = m_library.root(), guard = QPointer<QObject>(this)] {
+            FolderWatcher::Wishes wishes;
+            wishes.handler = [this, path, guard](const FolderWatcher::Batch& batch) {
+                SerialQueue::onMain(guard, [this, path, batch] { takeBatch(path, batch); });
+            };
+            wishes.isSkipped = [](const QString& name) { return isSkippedName(name); };
+            wishes.isExcludedFolder = [library](const QString& name, const QString& folder) {
+                return folder == library || DiskPlan::isGeneratedFolder(name, folder);
+            };
+            return std::make_shared<FolderWatcher>(path, std::move(wishes));
+        },
+        this,
+        [this, path, all](std::shared_ptr<FolderWatcher> watcher) {
+            const auto found = m_roots.find(path);
+            if (found == m_roots.end() || !found->second.isStarting) {
+                queueFor(path).async([watcher = std::move(watcher)]() mutable { watcher.reset(); });
+                return;
+            }
+            found->second.watcher = std::move(watcher);
+            found->second.isStarting = false;
+            schedule(path, all, 0);
+        });
+}
+
+// Ending a watcher waits for its thread, and that one for its disk.
+void LinkSync::drop(Root& root, const QString& path)
+{
+    if (root.watcher)
+        queueFor(path).async(
+            [watcher = std::exchange(root.watcher, {})]() mutable { watcher.reset(); });
+    if (!root.isFolder && m_shallow)
+        m_shallow->forget(path);
+}
+
+void LinkSync::mounted()
+{
+    const Mounts before = std::exchange(m_mounts, readMounts());
+    const QSet<QString> differing = differingMounts(before, m_mounts);
+    LinkedRequest all;
+    all.everything = true;
+    for (auto& [path, root] : m_roots) {
+        const bool concerns =
+            std::any_of(differing.begin(), differing.end(), [&](const QString& point) {
+                return point == path || liesBelow(path, point) || liesBelow(point, path);
+            });
+        if (!concerns)
+            continue;
+        if (root.isFolder) {
+            drop(root, path); // it may watch what lies hidden under the disk now
+            watch(path, root);
+        } else {
+            schedule(path, all, 0);
+        }
+    }
+    if (!differing.isEmpty())
+        emit mountsChanged(differing);
+}
+
+void LinkSync::lookForFolders()
+{
+    LinkedRequest all;
+    all.everything = true;
+    for (auto& [path, root] : m_roots)
+        if (!root.isStarting && (root.isAway || !QFileInfo::exists(path)))
+            schedule(path, all, 0);
+}
+
+// ---- when to look ----
+
+void LinkSync::takeBatch(const QString& path, const FolderWatcher::Batch& batch)
+{
+    LinkedRequest request;
+    request.everything = batch.everything;
+    for (const QString& relative : batch.paths) {
+        const QString changed = path + u'/' + relative;
+        request.folders.insert(changed); // it may be a folder
+        request.folders.insert(parentPath(changed));
+    }
+    schedule(path, request, m_delays.event);
+}
+
+// Later events put a look off, but not for ever.
+void LinkSync::schedule(const QString& path, const LinkedRequest& request, int delay)
+{
+    const auto found = m_roots.find(path);
+    if (found == m_roots.end())
+        return;
+    Root& root = found->second;
+    if (root.changed)
+        root.changed->unite(request);
+    else
+        root.changed = request;
+    if (!root.since.isValid())
+        root.since.start();
+    if (!root.soon) {
+        root.soon = std::make_unique<QTimer>();
+        root.soon->setSingleShot(true);
+        connect(root.soon.get(), &QTimer::timeout, this, [this, path] { run(path); });
+    }
+    const qint64 left = std::max<qint64>(0, m_delays.longest - root.since.elapsed());
+    root.soon->start(static_cast<int>(std::min<qint64>(delay, left)));
+}
+
+void LinkSync::run(const QString& path)
+{
+    Root& root = m_roots.at(path);
+    root.since.invalidate();
+    const LinkedRequest request = *std::exchange(root.changed, std::nullopt);
+    if (root.isRunning || root.isStarting) {
+        if (root.again)
+            root.again->unite(request);
+        else
+            root.again = request;
+        return;
+    }
+    root.request = request;
+    root.rounds = 0;
+    startPass(path, root);
+}
+
+void LinkSync::startPass(const QString& path, Root& root)
+{
+    root.isRunning = true;
+    // Marks are cleared by a look at everything.
+    root.request.everything |= root.isAway || !m_library.missingLinks().isEmpty();
+    const Round round = root.rounds + 1 < mostRoundsOfLooks ? Round::Another : Round::Last;
+    queueFor(path).run(
+        [query = queryFor(path, root), round, shallow = root.isFolder ? nullptr : m_shallow,
+            stop = m_stop.get_token()]() mutable {
+            if (shallow)
+                shallow->watch(query.root);
+            return lookAtLinked(std::move(query), round, stop);
+        },
+        this, [this, path](Result<LinkedFinding> found) { took(path, std::move(found)); });
+}
+
+DiskPlan::Known LinkSync::known(const QString& id) const
+{
+    const Node& node = *m_library.node(id);
+    const SeenFile seen = m_library.tree().seen(id);
+    return {id, node.path, node.kind == NodeKind::Folder, seen.fileID, node.byteSize,
+        seen.modified};
+}
+
+LinkedQuery LinkSync::queryFor(const QString& path, const Root& root) const
+{
+    LinkedQuery query{m_library.root(), path, root.isFolder, root.request, {}, {}, {}};
+    if (root.isFolder) {
+        DiskRequest wanted{false, true, root.request.folders, root.request.trees};
+        if (root.request.everything || root.request.seeks)
+            wanted.trees = {path};
+        query.memory = memoryOf(m_library, m_index, wanted);
+    }
+    for (const QString& id : root.ids)
+        if (m_library.node(id))
+            query.tops.push_back(known(id));
+    for (const QString& id : m_library.missingLinks())
+        if (m_candidates.contains(id) && !m_library.isInTrash(id))
+            query.sought.push_back(known(id));
+    return query;
+}
+
+// ---- what was found ----
+
+void LinkSync::took(const QString& path, Result<LinkedFinding> found)
+{
+    const auto root = m_roots.find(path);
+    if (!found)
+        logLine(u"linked items: "_s + found.failure().sentence());
+    if (root == m_roots.end())
+        return; // nobody wants it any more
+    if (!found) {
+        root->second.isRunning = false;
+        return;
+    }
+    m_found.push_back({path, std::move(*found)});
+    if (m_found.size() == 1)
+        applyNext();
+}
+
+void LinkSync::applyNext()
+{
+    Found& next = m_found.front();
+    m_apply.run(std::move(next.finding.pass), [this](const DiskApply::Done& done) {
+        applied(m_found.front(), done);
+        m_found.pop_front();
+        if (!m_found.empty())
+            applyNext();
+    });
+}
+
+void LinkSync::applied(const Found& found, const DiskApply::Done& done)
+{
+    const auto entry = m_roots.find(found.root);
+    if (entry == m_roots.end())
+        return;
+    Root& root = entry->second;
+    markMissing(found, done);
+    const bool wasAway = std::exchange(root.isAway, found.finding.isAway);
+    root.isRunning = false;
+    if (wasAway && !root.isAway && root.isFolder) {
+        root.again.reset();
+        drop(root, found.root); // it may not have seen the folder come back yet
+        watch(found.root, root);
+        return;
+    }
+    if (root.isAway && !m_awaySoon.isActive())
+        m_awaySoon.start(m_delays.away);
+    if (done.movedFolder)
+        root.rounds = 0;
+    if ((done.lookAgain || done.overtaken) && ++root.rounds < mostRoundsOfLooks) {
+        root.request.trees.unite(done.freshFolders);
+        startPass(found.root, root);
+    } else if (root.again) {
+        schedule(found.root, *std::exchange(root.again, std::nullopt), 0);
+    }
+}
+
+QSet<QString> LinkSync::idsBelow(const QString& folder) const
+{
+    QSet<QString> ids;
+    DiskRequest all;
+    all.trees = {folder};
+    for (const DiskPlan::Known& item : memoryOf(m_library, m_index, all).known)
+        ids.insert(item.id);
+    return ids;
+}
+
+void LinkSync::markMissing(const Found& found, const DiskApply::Done& done)
+{
+    const LinkedFinding& finding = found.finding;
+    const Root& root = m_roots.at(found.root);
+    QSet<QString> gone = finding.gone, here = finding.here;
+    if (root.isFolder && (finding.isAway || root.request.everything))
+        (finding.isAway ? gone : here).unite(idsBelow(found.root));
+    for (const QString& folder : finding.awayBelow)
+        gone.unite(idsBelow(folder));
+    gone.subtract(done.placed);
+    here.unite(done.placed).subtract(gone);
+    QSet<QString> fresh = gone;
+    fresh.subtract(m_library.missingLinks());
+    if (!fresh.isEmpty() && finding.isAway)
+        logLine(u"%1 linked items are missing with their folder; leaving them in place"_s.arg(
+            fresh.size()));
+    m_library.tookMissing(gone, here);
+    if (!fresh.intersects(m_candidates))
+        return;
+    // They may have gone to one of the other folders.
+    LinkedRequest seek;
+    seek.seeks = true;
+    for (const auto& [path, other] : m_roots)
+        if (path != found.root && !other.isAway)
+            schedule(path, seek, 0);
+}
+
+// ---- the person's word ----
+
+bool LinkSync::relink(const QString& id, const QString& chosen)
+{
+    const Node* old = m_library.freshNode(id);
+    const QFileInfo info(chosen);
+    const QString path = info.canonicalFilePath();
+    if (!old || !canBeLinked(*old) || path.isEmpty() || path == u"/"_s)
+        return false;
+    const QString& root = m_library.root();
+    const bool isFolder = old->kind == NodeKind::Folder;
+    const bool isOurs = path == root || liesBelow(path, root) || liesBelow(root, path);
+    const auto entry = DiskPlan::entry(path, path, DiskPlan::NameRules::Ignore);
+    if (isOurs || !entry || entry->folder != isFolder)
+        return false;
+
+    SQLite& connection = m_library.connection();
+    const QString from = old->path;
+    const auto written = connection.transaction([&]() -> Result<void> {
+        if (auto done = putBookmark(connection, id, {path, entry->inode}); !done)
+            return done;
+        if (auto done = rewritePath(connection, id, old->kind, from, path); !done)
+            return done;
+        if (auto done = connection.run("DELETE FROM forgotten_links WHERE path = ?", {path}); !done)
+            return done;
+        return connection.run("DELETE FROM went_away WHERE node_id = ?", {id});
+    });
+    if (!written) {
+        logLine(u"relink: "_s + written.failure().sentence());
+        return false;
+    }
+    std::vector<std::pair<QString, QString>> paths;
+    (void)connection.each(
+        "SELECT id, path FROM nodes WHERE id = ?1 OR (path >= ?2 || '/' AND path < ?2 || '0')",
+        {id, path}, [&](const SQLRow& row) { paths.emplace_back(row.text(0), row.text(1)); });
+    m_library.tookPaths(paths);
+    m_library.tookMissing({}, {id});
+    refresh();
+    LinkedRequest all;
+    all.everything = true;
+    schedule(isFolder ? path : parentPath(path), all, 0);
+    return true;
+}
+
+} // namespace corvelle
