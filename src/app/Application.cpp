@@ -131,6 +131,10 @@ void Application::start()
     connect(m_window.get(), &MainWindow::switchLibraryWanted, this, &Application::chooseLibrary);
     connect(&m_canvas, &CanvasModel::openItem, this, &Application::openItem);
     connect(m_window.get(), &MainWindow::addressWanted, this, &Application::openAddress);
+    connect(m_window.get(), &MainWindow::relinkWanted, this,
+        [this](const QString& id, const QString& path) {
+            m_window->tellLocated(id, m_linkSync.relink(id, path));
+        });
     connect(m_bus.get(), &MessageBus::received, this, &Application::received);
     connect(&m_diskSync, &DiskSync::removedOnDisk, this, &Application::noteRemovals);
     connect(&m_linkSync, &LinkSync::removedOnDisk, this, &Application::noteRemovals);

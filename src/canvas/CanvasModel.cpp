@@ -489,6 +489,8 @@ void CanvasModel::openCard(const QString& key)
         return;
     if (node->kind == NodeKind::Folder)
         open(key);
+    else if (m_library.isMissing(key))
+        emit missingOpened(key);
     else if (viewerOf(*node) != Viewer::None)
         openOver(key);
     else

@@ -149,6 +149,8 @@ signals:
     void glideWanted(const corvelle::Camera& camera);
     // The person opened something that is shown elsewhere.
     void openItem(const QString& id);
+    // The person wants to open an item that can't be found.
+    void missingOpened(const QString& id);
     void renamingChanged();
 
 private:

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int refreshMs = 100;
 constexpr int mostRoundsOfLooks = 6; // without a folder that moved
-constexpr int hangMs = 1'000; // what quitting waits for a disk
+constexpr int hangMs = 1'000;        // what quitting waits for a disk
 
 // What is linked and can be watched.
 bool canBeLinked(const Node& node)
@@ -182,8 +182,8 @@ void LinkSync::refresh()
             continue;
         }
         std::sort(fresh.ids.begin(), fresh.ids.end());
-        const bool hasNew = !std::includes(known->second.ids.begin(), known->second.ids.end(),
-            fresh.ids.begin(), fresh.ids.end());
+        const bool hasNew = !std::includes(
+            known->second.ids.begin(), known->second.ids.end(), fresh.ids.begin(), fresh.ids.end());
         known->second.ids = std::move(fresh.ids);
         if (hasNew)
             schedule(path, {}, 0);
@@ -350,8 +350,8 @@ DiskPlan::Known LinkSync::known(const QString& id) const
 {
     const Node& node = *m_library.node(id);
     const SeenFile seen = m_library.tree().seen(id);
-    return {id, node.path, node.kind == NodeKind::Folder, seen.fileID, node.byteSize,
-        seen.modified};
+    return {
+        id, node.path, node.kind == NodeKind::Folder, seen.fileID, node.byteSize, seen.modified};
 }
 
 LinkedQuery LinkSync::queryFor(const QString& path, const Root& root) const

@@ -202,8 +202,8 @@ void LinkedLook::findPlacesLeftBehind()
 void LinkedLook::leaveOut(const QString& path)
 {
     if (const auto above = m_scans.find(parentPath(path)); above != m_scans.end())
-        std::erase_if(above->second,
-            [&](const DiskPlan::Entry& entry) { return entry.path == path; });
+        std::erase_if(
+            above->second, [&](const DiskPlan::Entry& entry) { return entry.path == path; });
     m_scans.erase(path);
     for (auto below = m_scans.lower_bound(path + u'/');
          below != m_scans.end() && below->first.startsWith(path + u'/');)
@@ -376,8 +376,7 @@ void LinkedLook::findSought()
         std::erase_if(m_found.pass.arriving, [&](const ArrivingItem& arriving) {
             return arriving.path == entry->path || liesBelow(arriving.path, entry->path);
         });
-        m_found.pass.actions.insert(
-            m_found.pass.actions.begin(), DiskPlan::Moved{item.id, *entry});
+        m_found.pass.actions.insert(m_found.pass.actions.begin(), DiskPlan::Moved{item.id, *entry});
     }
 }
 
@@ -389,8 +388,8 @@ void LinkedLook::followOriginals()
         QString id, path;
         std::optional<quint64> fileID;
     };
-    const auto originals = m_connection.query("SELECT node_id, path, file_id FROM edit_originals",
-        {}, [](const SQLRow& row) {
+    const auto originals = m_connection.query(
+        "SELECT node_id, path, file_id FROM edit_originals", {}, [](const SQLRow& row) {
             Original original{row.text(0), row.text(1), std::nullopt};
             if (const auto fileID = row.optionalInteger(2))
                 original.fileID = static_cast<quint64>(*fileID);

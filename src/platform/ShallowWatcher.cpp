@@ -57,8 +57,8 @@ public:
     {
         if (m_notify < 0)
             return false;
-        const int descriptor = ::inotify_add_watch(
-            m_notify, QFile::encodeName(folder).constData(), shallowEvents);
+        const int descriptor =
+            ::inotify_add_watch(m_notify, QFile::encodeName(folder).constData(), shallowEvents);
         if (descriptor < 0) {
             if (errno == ENOSPC || errno == ENOMEM)
                 logLine(u"watch: no more folders can be watched (fs.inotify.max_user_watches)"_s);
@@ -199,7 +199,7 @@ private:
     QSet<QString> m_changed;
     std::optional<SteadyClock::time_point> m_since; // when the first of them changed
 
-    std::mutex m_mutex; // guards the next three
+    std::mutex m_mutex;                // guards the next three
     QHash<QString, int> m_descriptors; // by folder
     QHash<int, QSet<QString>> m_folders;
     std::vector<std::function<void()>> m_flushes;

@@ -73,4 +73,63 @@ TEST_F(Live, manyFilesDeletedElsewhereAreToldOnce)
     EXPECT_EQ(program->tell("steps").toObject()["undo"][0].toString(), "Move to Trash");
 }
 
+// Files in the temporary folder would be copied in.
+class LinkedFile : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        outside.makeFile("here/notes.txt");
+        program->tell(
+            "add", {{"paths", QJsonArray{outside.path("here/notes.txt")}}, {"x", 0}, {"y", 0}});
+        program->settle();
+        id = program->tree().idAt(outside.path("here/notes.txt"));
+        ASSERT_FALSE(id.isEmpty());
+        outside.makeFolder("there");
+        home.moves(outside.path("here/notes.txt"), outside.path("there/words.txt"));
+        program->settle();
+        ASSERT_TRUE(isToldMissing());
+    }
+    void TearDown() override { EXPECT_EQ(program->quit(), 0); }
+
+    bool isToldMissing()
+    {
+        program->tell("open", {{"id", id}});
+        const QJsonArray toasts = program->state()["toasts"].toArray();
+        return toasts.size() == 1 && toasts.at(0)["key"] == "locate" &&
+               toasts.at(0)["button"] == QString::fromUtf8("Locate…");
+    }
+    // By the card's menu and the dialog, with the keyboard alone.
+    void locate(const QString& path)
+    {
+        program->tell("select", {{"ids", QJsonArray{id}}});
+        for (const char* key : {"Menu", "Down", "Down", "Return"})
+            program->tell("key", {{"key", key}});
+        program->tell("text", {{"text", path}});
+        program->tell("key", {{"key", "Return"}});
+        program->settle();
+    }
+
+    Home home;
+    TempFolder outside{QDir::homePath()};
+    std::unique_ptr<Program> program =
+        std::make_unique<Program>(home, Program::Options{{"--size", "1200x800"}, {}});
+    QString id;
+};
+
+TEST_F(LinkedFile, isFoundAgainByThePersonsWord)
+{
+    // A place in the library is refused.
+    home.givenFile("inside.txt");
+    locate(home.space("inside.txt"));
+    const QJsonArray toasts = program->state()["toasts"].toArray();
+    ASSERT_EQ(toasts.size(), 1);
+    EXPECT_EQ(toasts.at(0)["text"].toString(),
+        QString::fromUtf8("Couldn’t use that file for “notes.txt”. Try again."));
+    locate(outside.path("there/words.txt"));
+    EXPECT_EQ(program->tree().idAt(outside.path("there/words.txt")), id);
+    EXPECT_TRUE(program->state()["toasts"].toArray().isEmpty());
+    EXPECT_EQ(program->tell("node", {{"id", id}}).toObject()["title"], "notes.txt");
+}
+
 } // namespace

@@ -42,9 +42,8 @@ protected:
     void move(const QString& from, const QString& to) const
     {
         QDir().mkpath(QFileInfo(outside.path(to)).path());
-        ASSERT_EQ(::rename(QFile::encodeName(outside.path(from)),
-                      QFile::encodeName(outside.path(to))),
-            0)
+        ASSERT_EQ(
+            ::rename(QFile::encodeName(outside.path(from)), QFile::encodeName(outside.path(to))), 0)
             << from.toStdString();
     }
     void remove(const QString& path) const
@@ -304,9 +303,9 @@ TEST_F(LinkSyncTest, aCopysOriginalIsFollowed)
             [&](const SQLRow& row) { found = row.text(0); }));
         return found;
     };
-    ASSERT_TRUE(lib->library.connection().run(
-        "INSERT INTO edit_originals (node_id, path) VALUES (?, ?)",
-        {copy, outside.path("box/original.txt")}));
+    ASSERT_TRUE(
+        lib->library.connection().run("INSERT INTO edit_originals (node_id, path) VALUES (?, ?)",
+            {copy, outside.path("box/original.txt")}));
     outside.makeFile("box/any.txt"); // a look notes which file it is
     settle();
     move("box/original.txt", "box/sub/renamed.txt");
@@ -347,9 +346,9 @@ TEST(LinkedDisks, areFollowedAsTheyComeAndGo)
     environment.insert("CORVELLE_CHILD_LIBRARY", folder.path());
     child.setProcessEnvironment(environment);
     child.setProcessChannelMode(QProcess::ForwardedChannels);
-    child.start("unshare",
-        {"-rm", QCoreApplication::applicationFilePath(),
-            "--gtest_filter=LinkedDisksChild.*", "--gtest_also_run_disabled_tests"});
+    child.start(
+        "unshare", {"-rm", QCoreApplication::applicationFilePath(),
+                       "--gtest_filter=LinkedDisksChild.*", "--gtest_also_run_disabled_tests"});
     ASSERT_TRUE(child.waitForFinished(60'000));
     EXPECT_EQ(child.exitCode(), 0);
 }

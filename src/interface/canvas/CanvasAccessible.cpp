@@ -179,6 +179,8 @@ QString spokenCard(const CanvasModel& model, const QString& key)
             more = sizeWords(*node->byteSize);
         break;
     }
+    if (model.library().isMissing(key))
+        more = u"can’t be found"_s;
     return more.isEmpty() ? kind + u", "_s + node->title
                           : kind + u", "_s + node->title + u", "_s + more;
 }

@@ -251,6 +251,13 @@ FaceRequest CanvasView::describe(const QString& key)
     face.size = m_model.card(key)->size;
     face.title = node.icon.isEmpty() ? node.title : node.icon + u' ' + node.title;
     face.color = node.color;
+    face.missing = m_model.library().isMissing(key);
+    if (face.missing) {
+        face.meta = u"Can’t be found"_s;
+        if (face.kind == CardFace::Kind::File)
+            face.badge = fileBadge(node.mime, node.title);
+        return request;
+    }
     switch (face.kind) {
     case CardFace::Kind::Folder:
         face.count = m_model.childCount(key);

@@ -77,6 +77,15 @@ void drawPictureFace(const FaceBrush& brush, const CardFace& face)
     drawIcon(brush.painter, face.missing ? Icon::Help : Icon::Image,
         QRectF(centre.x() - side / 2, centre.y() - side / 2, side, side),
         face.missing ? brush.colors.ink3 : brush.colors.ink4);
+    if (!face.missing || brush.detail != Detail::Full)
+        return;
+    // With nothing to see the picture is told by its name.
+    const QSizeF size = face.size;
+    brush.text(brush.lettering(TypeStyle::FileTitle),
+        brush.box(12, size.height() - 44, size.width() - 24, 15.5), brush.colors.ink2, face.title,
+        titleElision(face.title));
+    brush.text(brush.lettering(TypeStyle::CardMeta),
+        brush.box(12, size.height() - 24, size.width() - 24, 13), brush.colors.warn, face.meta);
 }
 
 } // namespace corvelle

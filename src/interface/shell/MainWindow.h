@@ -16,6 +16,8 @@
 #include <QUrl>
 #include <QWidget>
 
+class QDialog;
+
 #include <functional>
 #include <optional>
 
@@ -76,6 +78,9 @@ public:
     // Files that something else has deleted are in the Trash.
     void tellDeletedElsewhere(int count);
 
+    // Whether the place that the person chose for an item is its place now.
+    void tellLocated(const QString& id, bool couldUse);
+
     // What a script sees of the toasts and of the alert.
     QJsonArray toastsJson() const;
     std::optional<QJsonObject> alertJson() const;
@@ -85,6 +90,8 @@ signals:
     void switchLibraryWanted();
     // A web or mail address, to be opened by the desktop.
     void addressWanted(const QUrl& url);
+    // The person says where an item is now.
+    void relinkWanted(const QString& id, const QString& path);
 
 protected:
     bool event(QEvent* event) override;
@@ -111,6 +118,9 @@ private:
     void makeNew(NodeKind kind, QPointF point);
     void askForLink(QPointF point);
     void chooseFiles(QPointF point);
+    void openDialog(QDialog& dialog);
+    void locate(const QString& id);
+    void tellMissing(const QString& id);
     void pickIcon(const QString& id, QPoint at);
     void copyLinks(const std::vector<QString>& ids);
     void paste();

@@ -15,7 +15,9 @@
 #include "platform/Desktop.h"
 
 #include <QClipboard>
+#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QLineEdit>
 #include <QMimeData>
@@ -53,6 +55,7 @@ void MainWindow::connectActs()
         m_toasts->show({u"drop"_s, Icon::Alert,
             u"Only files, web addresses and text can be added here."_s, {}, {}});
     });
+    connect(&m_model, &CanvasModel::missingOpened, this, &MainWindow::tellMissing);
     connect(&m_commands, &CanvasCommands::told, this, &MainWindow::tellWithUndo);
     connect(&m_commands.edits().journal(), &UndoJournal::refused, this,
         [this](const QString& title, const QString& reason) {
@@ -169,6 +172,8 @@ void MainWindow::actOnCards(const QString& act, const std::vector<QString>& ids,
         m_commands.duplicate(ids);
     else if (act == u"copy")
         copyLinks(ids);
+    else if (act == u"locate")
+        locate(ids.front());
     else if (act == u"show")
         showInFileManager(m_model.library().filePath(*first));
     else if (act == u"trash")
@@ -237,10 +242,65 @@ void MainWindow::chooseFiles(QPointF point)
 {
     auto* dialog = new QFileDialog(this, u"Add files"_s);
     dialog->setFileMode(QFileDialog::ExistingFiles);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QFileDialog::urlsSelected, this,
         [this, point](const QList<QUrl>& urls) { m_commands.addUrls(urls, {}, point); });
-    dialog->open();
+    openDialog(*dialog);
+}
+
+void MainWindow::locate(const QString& id)
+{
+    const Node* node = m_model.library().node(id);
+    if (!node)
+        return;
+    const bool isFolder = node->kind == NodeKind::Folder;
+    QDir folder(QFileInfo(m_model.library().filePath(*node)).path());
+    while (!folder.exists() && !folder.isRoot())
+        folder.setPath(QFileInfo(folder.path()).path());
+    const QString title = node->title.isEmpty() ? u"Corvelle"_s : node->title;
+    auto* dialog = new QFileDialog(this, u"Where is “%1” now?"_s.arg(title), folder.path());
+    dialog->setFileMode(isFolder ? QFileDialog::Directory : QFileDialog::ExistingFile);
+    dialog->setOption(QFileDialog::ShowDirsOnly, isFolder);
+    dialog->setLabelText(QFileDialog::Accept, u"Locate"_s);
+    connect(dialog, &QFileDialog::fileSelected, this,
+        [this, id](const QString& path) { emit relinkWanted(id, path); });
+    openDialog(*dialog);
+}
+
+// The keyboard comes back to where it was, also on desktops that leave that to programs.
+void MainWindow::openDialog(QDialog& dialog)
+{
+    dialog.setAttribute(Qt::WA_DeleteOnClose);
+    connect(&dialog, &QObject::destroyed, this, [this, before = QPointer(focusWidget())] {
+        activateWindow();
+        QWidget* const next = before ? before.data() : m_canvas;
+        next->setFocus();
+    });
+    dialog.open();
+}
+
+void MainWindow::tellLocated(const QString& id, bool couldUse)
+{
+    m_toasts->dismiss(u"locate"_s);
+    const Node* node = m_model.library().node(id);
+    if (!node || couldUse)
+        return;
+    const QString what = node->kind == NodeKind::Folder ? u"folder"_s : u"file"_s;
+    const QString title = node->title.isEmpty() ? u"Corvelle"_s : node->title;
+    m_toasts->show({u"locate"_s, Icon::Alert,
+        u"Couldn’t use that %1 for “%2”. Try again."_s.arg(what, title), {}, {}});
+}
+
+void MainWindow::tellMissing(const QString& id)
+{
+    const Node* node = m_model.library().node(id);
+    if (!node)
+        return;
+    m_toasts->show(
+        {u"locate"_s, Icon::Help, u"“%1” can’t be found"_s.arg(node->title),
+            u"It was in %1. It may have been moved, or be on a disk that isn’t connected."_s.arg(
+                QFileInfo(m_model.library().filePath(*node)).path()),
+            u"Locate…"_s},
+        [this, id] { locate(id); });
 }
 
 void MainWindow::pickIcon(const QString& id, QPoint at)

@@ -279,7 +279,6 @@ void MainWindow::exportPage(const Node& node, bool html)
         documents + u'/' + (name.endsWith(ending) ? name : name + ending));
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setDefaultSuffix(ending.mid(1));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QFileDialog::fileSelected, this, [this, bytes](const QString& path) {
         QSaveFile file(path);
         const bool done =
@@ -292,7 +291,7 @@ void MainWindow::exportPage(const Node& node, bool html)
                 u"Couldn’t save “%1”: %2"_s.arg(QFileInfo(path).fileName(), file.errorString()), {},
                 {}});
     });
-    dialog->open();
+    openDialog(*dialog);
 }
 
 // ---- for scripts ----

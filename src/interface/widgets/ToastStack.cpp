@@ -167,6 +167,17 @@ void ToastStack::show(const Toast& toast, std::function<void()> act)
     QAccessible::updateAccessibility(&announcement);
 }
 
+void ToastStack::dismiss(const QString& key)
+{
+    std::vector<ToastModel::Id> ids;
+    for (const auto& standing : m_model.toasts())
+        if (standing.toast.key == key)
+            ids.push_back(standing.id);
+    for (const ToastModel::Id id : ids)
+        m_model.dismiss(id);
+    synchronize();
+}
+
 void ToastStack::setBottom(int pixels)
 {
     m_bottom = pixels;

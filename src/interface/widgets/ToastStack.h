@@ -28,6 +28,9 @@ public:
     // `act` runs when the toast's action is pressed; the toast leaves then.
     void show(const Toast& toast, std::function<void()> act = {});
 
+    // Takes away what was said of this, once it no longer holds.
+    void dismiss(const QString& key);
+
     // How far the lowest toast stands above the host's lower edge; 104 by default, which is 20
     // above the dock.
     void setBottom(int pixels);
