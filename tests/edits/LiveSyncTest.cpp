@@ -4,6 +4,9 @@
 
 #include "platform/FileFacts.h"
 
+#include <QProcess>
+#include <QStandardPaths>
+
 #include <map>
 #include <random>
 #include <sys/stat.h>
@@ -34,9 +37,30 @@ protected:
         lib->diskSync.watch();
         ASSERT_TRUE(lib->settle());
     }
+    // The folder is linked into a library that lies elsewhere.
+    void openLinked()
+    {
+        folder.makeFolder("My Space");
+        lib = std::make_unique<EditedLibrary>(outside.path("library"));
+        lib->linkSync.setDelays({40, 120, 10, 60});
+        lib->linkSync.start();
+        lib->addFiles.add({folder.path("My Space")}, {}, {});
+        ASSERT_TRUE(lib->settle());
+        ASSERT_FALSE(lib->find("My Space").isEmpty());
+    }
+    // Everything as before the first seed.
+    void clear()
+    {
+        lib.reset();
+        for (const TempFolder* each : {&folder, &outside})
+            for (const QString& name :
+                QDir(each->path()).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot))
+                ASSERT_TRUE(QDir(each->path(name)).removeRecursively());
+    }
     void settle()
     {
         lib->diskSync.catchUp();
+        lib->linkSync.catchUp();
         ASSERT_TRUE(lib->settle());
     }
 
@@ -67,11 +91,14 @@ protected:
     {
         std::map<QString, QString> found;
         lib->library.tree().eachNode([&](const Node& node, const SeenFile&) {
-            if (!node.path.isNull() && !lib->library.isInTrash(node.id)) {
-                EXPECT_FALSE(found.contains(node.path))
-                    << "two cards for " << node.path.toStdString();
-                found[node.path] = node.id;
-            }
+            if (node.path.isNull() || lib->library.isInTrash(node.id) ||
+                node.path == folder.path("My Space"))
+                return;
+            const QString path =
+                node.isLinked() ? node.path.mid(folder.path().size() + 1) : node.path;
+            EXPECT_FALSE(found.contains(path)) << "two cards for " << path.toStdString();
+            EXPECT_FALSE(lib->library.isMissing(node.id)) << path.toStdString();
+            found[path] = node.id;
         });
         return found;
     }
@@ -92,11 +119,53 @@ protected:
     {
         (void)::rename(QFile::encodeName(folder.path(from)), QFile::encodeName(folder.path(to)));
     }
+    static void run(const QString& program, const QStringList& arguments)
+    {
+        EXPECT_EQ(QProcess::execute(program, arguments), 0)
+            << program.toStdString() << ' ' << arguments.join(' ').toStdString();
+    }
+    // A few files and folders with times of their own, packed.
+    QString archive() const
+    {
+        if (!QFileInfo::exists(outside.path("it.tar"))) {
+            outside.makeFile("in/a.txt", "packed");
+            outside.makeFile("in/b/c.txt", "packed deeper");
+            outside.makeFolder("in/empty");
+            run("tar", {"-cf", outside.path("it.tar"), "-C", outside.path("in"), "."});
+        }
+        return outside.path("it.tar");
+    }
+    // A working copy of two branches with some names in common.
+    void switchBranch(const QString& where)
+    {
+        if (QStandardPaths::findExecutable("git").isEmpty())
+            return;
+        const auto git = [&](const QStringList& arguments) {
+            run("git", QStringList{"-C", folder.path(where), "-c", "user.name=A", "-c",
+                           "user.email=a@example.com"} +
+                           arguments);
+        };
+        if (!QFileInfo::exists(folder.path(where + "/.git/HEAD"))) {
+            if (where == "My Space" || QFileInfo::exists(folder.path(where + "/.git")))
+                return;
+            git({"init", "-q", "-b", "one"});
+            for (const char* branch : {"one", "two"}) {
+                folder.makeFile(where + "/common.txt", branch);
+                folder.makeFile(where + "/of " + branch + "/only.txt", branch);
+                git({"add", "common.txt", QString("of ") + branch});
+                git({"commit", "-q", "-m", branch});
+                if (QLatin1String(branch) == "one")
+                    git({"checkout", "-q", "-b", "two"});
+            }
+            return;
+        }
+        git({"checkout", "-qf", random() % 2 ? "one" : "two"});
+    }
     void doSomething()
     {
         const QString file = any(false), where = any(true), other = any(true);
         const auto words = [&] { return QByteArray("words ") + QByteArray::number(++names); };
-        const auto what = random() % 16;
+        const auto what = random() % 24;
         told += QString("%1: file %2, folder %3, other %4\n").arg(what).arg(file, where, other);
         switch (what) {
         case 0:
@@ -113,7 +182,7 @@ protected:
             break;
         }
         case 4:
-            if (!file.isEmpty())
+            if (!file.isEmpty() && !QFileInfo(folder.path(file)).isSymLink())
                 folder.makeFile(file, words());
             break;
         case 5: // saved by way of another file
@@ -166,9 +235,58 @@ protected:
             if (other != "My Space" && random() % 3 == 0)
                 QDir(folder.path(other)).removeRecursively();
             break;
+        case 15: // another case of its name
+            if (!file.isEmpty()) {
+                const QString name = QFileInfo(file).fileName();
+                const QString other_ = name == name.toUpper() ? name.toLower() : name.toUpper();
+                rename(file, QFileInfo(file).path() + "/" + other_);
+            }
+            break;
+        case 16:
+            if (!file.isEmpty())
+                (void)::link(QFile::encodeName(folder.path(file)),
+                    QFile::encodeName(folder.path(fresh(where) + ".hard")));
+            break;
+        case 17:
+            if (!file.isEmpty())
+                (void)::symlink(QFile::encodeName(folder.path(file)),
+                    QFile::encodeName(folder.path(fresh(where) + ".soft")));
+            break;
+        case 18:
+            if (!file.isEmpty())
+                (void)::chmod(QFile::encodeName(folder.path(file)), random() % 2 ? 0600 : 0644);
+            break;
+        case 19: // deleted, and back from a backup or from elsewhere
+            if (!file.isEmpty() && !QFileInfo(folder.path(file)).isSymLink()) {
+                const QByteArray kept = folder.content(file);
+                if (random() % 2) {
+                    QFile::remove(folder.path(file));
+                    folder.makeFile(file, kept);
+                } else {
+                    folder.makeFolder("away");
+                    rename(file, "away/it");
+                    rename("away/it", file);
+                }
+            }
+            break;
+        case 20: {
+            const QString target = fresh(where);
+            folder.makeFolder(target);
+            run("tar", {"-xf", archive(), "-C", folder.path(target)});
+            break;
+        }
+        case 21:
+            switchBranch(where);
+            break;
+        case 22: // in a folder that goes at once
+            if (!file.isEmpty() && other != "My Space" && !file.startsWith(other + "/")) {
+                rename(file, other + "/" + QFileInfo(file).fileName());
+                rename(other, fresh("My Space"));
+            }
+            break;
         default: // nobody's business
             folder.makeFile(where + "/node_modules/x/y.js");
-            folder.makeFile(where + "/.git/index");
+            folder.makeFile(where + "/.git/any");
             break;
         }
     }
@@ -233,6 +351,30 @@ protected:
         }
     }
 
+    // What a person gave a card stays with it; its name is the file's.
+    void checkKept(const std::map<QString, Node>& before) const
+    {
+        for (const auto& [path, id] : tree()) {
+            const Node& node = lib->node(id);
+            ASSERT_EQ(node.title, lastComponent(path));
+            const auto was = before.find(id);
+            if (was == before.end())
+                continue;
+            ASSERT_EQ(node.color, was->second.color) << path.toStdString();
+            if (node.parentID == was->second.parentID) {
+                ASSERT_EQ(QPointF(node.x, node.y), QPointF(was->second.x, was->second.y))
+                    << path.toStdString();
+            }
+        }
+    }
+    std::map<QString, Node> nodes() const
+    {
+        std::map<QString, Node> found;
+        for (const auto& [path, id] : tree())
+            found[id] = lib->node(id);
+        return found;
+    }
+
     void run(unsigned seed, int rounds)
     {
         SCOPED_TRACE("CORVELLE_SEED=" + std::to_string(seed));
@@ -240,6 +382,10 @@ protected:
         for (int i = 0; i < rounds && !HasFatalFailure(); ++i) {
             const Disk before = disk();
             const auto idsBefore = tree();
+            for (const auto& [path, id] : idsBefore)
+                if (random() % 8 == 0)
+                    lib->edits.setColor({id}, random() % 2 ? NodeColor::Blue : NodeColor::Red);
+            const auto nodesBefore = nodes();
             const int many = 1 + static_cast<int>(random() % 6);
             told.clear();
             for (int n = 0; n < many; ++n)
@@ -262,10 +408,11 @@ protected:
             std::erase_if(
                 knownBefore, [](const auto& each) { return each.first.endsWith("/node_modules"); });
             checkFollowed(knownBefore, idsBefore, known);
+            checkKept(nodesBefore);
         }
     }
 
-    TempFolder folder;
+    TempFolder folder{QDir::homePath()}, outside; // what lies in the temporary one isn't linked
     std::unique_ptr<EditedLibrary> lib;
     std::mt19937 random;
     int names = 0;
@@ -281,11 +428,39 @@ TEST_F(LiveSync, theTreeFollowsWhateverHappens)
     for (int i = 0; i < seeds && !HasFailure(); ++i) {
         open();
         run(first + static_cast<unsigned>(i), 12);
-        lib.reset();
-        for (const QString& name :
-            QDir(folder.path()).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot))
-            ASSERT_TRUE(QDir(folder.path(name)).removeRecursively());
+        clear();
     }
+}
+
+TEST_F(LiveSync, aLinkedFolderIsFollowedAsTheLibraryIs)
+{
+    const int seeds = qEnvironmentVariable("CORVELLE_SEEDS", "6").toInt();
+    const unsigned first = qEnvironmentVariable("CORVELLE_SEED", "1").toUInt();
+    for (int i = 0; i < seeds && !HasFailure(); ++i) {
+        openLinked();
+        run(first + static_cast<unsigned>(i), 12);
+        clear();
+    }
+}
+
+TEST_F(LiveSync, fiveThousandFilesAtOnce)
+{
+    open();
+    for (int i = 0; i < 5000; ++i)
+        folder.makeFile(QString("My Space/%1/%2.txt").arg(i % 50).arg(i));
+    settle();
+    EXPECT_EQ(lib->library.tree().size(), 5050);
+    const QString id = lib->find("4321.txt");
+    rename("My Space/21", "My Space/twenty-one");
+    for (int i = 21; i < 5000; i += 50)
+        rename(QString("My Space/twenty-one/%1.txt").arg(i), QString("My Space/0/%1.md").arg(i));
+    settle();
+    EXPECT_EQ(lib->library.tree().size(), 5050);
+    EXPECT_EQ(lib->node(id).path, "My Space/0/4321.md");
+    ASSERT_TRUE(QDir(folder.path("My Space/0")).removeRecursively());
+    settle();
+    EXPECT_TRUE(lib->library.isInTrash(id));
+    EXPECT_EQ(tree().size(), 4849u);
 }
 
 TEST_F(LiveSync, aMoveIntoANewFolderKeepsTheCard)
@@ -317,7 +492,6 @@ TEST_F(LiveSync, outOfTheLibraryAndBackIsTheSameCard)
     folder.makeFile("My Space/a/b.txt");
     open();
     const QString id = lib->find("b.txt");
-    const TempFolder outside;
     ASSERT_EQ(::rename(QFile::encodeName(folder.path("My Space/a/b.txt")),
                   QFile::encodeName(outside.path("b.txt"))),
         0);
