@@ -154,6 +154,7 @@ void DiskApply::end()
     Done& result = ended->result;
     result.overtaken |= m_arrivals.takeOvertaken();
     result.freshFolders = std::move(ended->pass.freshFolders);
+    result.away = std::move(ended->pass.away);
     result.again = std::move(ended->pass.again);
     result.lookAgain = ended->pass.lookAgain;
     result.nameCase = ended->pass.nameCase;

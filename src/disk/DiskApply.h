@@ -31,6 +31,7 @@ public:
         bool movedFolder = false;   // one went one step further
         QSet<QString> placed;       // nodes that are at the place that the look found for them
         QSet<QString> freshFolders; // of the pass
+        QSet<QString> away;
         QSet<QString> again;
         bool lookAgain = false;
         NameCase nameCase = NameCase::Kept;

@@ -128,8 +128,8 @@ bool mayNotBeJudged(
 }
 
 // The top folders that a pass may judge, scanned.
-Result<DiskPlan::Scans> scanSpaces(SQLite& connection, const QString& root,
-    QHash<QString, QString>& folders, NameCase nameCase, std::stop_token stop)
+Result<DiskPlan::Scans> scanSpaces(
+    SQLite& connection, const QString& root, DiskPass& pass, std::stop_token stop)
 {
     const auto spaces = readSpaces(connection);
     if (!spaces)
@@ -137,14 +137,18 @@ Result<DiskPlan::Scans> scanSpaces(SQLite& connection, const QString& root,
     DiskPlan::Scans scans;
     for (const auto& [id, folder] : *spaces) {
         const auto facts = fileFacts(QFile::encodeName(root + u'/' + folder));
-        if (!facts || facts->kind != FileFacts::Kind::Folder)
-            continue;
-        auto found = DiskPlan::scanTree(root, std::span(&folder, 1), stop);
+        const bool isFolder = facts && facts->kind == FileFacts::Kind::Folder;
+        auto found =
+            isFolder ? DiskPlan::scanTree(root, std::span(&folder, 1), stop) : DiskPlan::Scans();
         const auto top = found.find(folder);
-        if (top == found.end() ||
-            isLeftBehind(connection, id, facts->identity, top->second.empty()))
+        if (!isFolder || (top != found.end() &&
+                             isLeftBehind(connection, id, facts->identity, top->second.empty()))) {
+            pass.away.insert(folder);
             continue;
-        folders.insert(pathKey(folder, nameCase), QString());
+        }
+        if (top == found.end())
+            continue; // it can't be read
+        pass.folders.insert(pathKey(folder, pass.nameCase), QString());
         scans.merge(found);
     }
     return scans;
@@ -187,10 +191,11 @@ Result<DiskPass> lookAtFolders(
     const auto spaces = readSpaces(*connection);
     if (!spaces)
         return spaces.failure();
+    DiskPass pass;
     for (const auto& [id, folder] : *spaces)
         if (request.folders.contains(folder) && mayNotBeJudged(*connection, root, id, folder))
-            request.folders.remove(folder);
-    DiskPass pass;
+            pass.away.insert(folder);
+    request.folders.subtract(pass.away);
     pass.nameCase = memory.nameCase;
     pass.folders = std::move(memory.folders);
     const DiskView view = DiskView::ofLibrary(root, stop);
@@ -231,7 +236,7 @@ Result<DiskPass> lookAtDisk(const QString& root, Round round, std::stop_token st
 
     // The disk first: what is made between the two reads is then rather looked for again than taken
     // for gone.
-    auto scans = scanSpaces(*connection, root, pass.folders, pass.nameCase, stop);
+    auto scans = scanSpaces(*connection, root, pass, stop);
     if (!scans)
         return scans.failure();
     const auto rows = readRows(*connection);

@@ -48,6 +48,9 @@ struct DiskPass
     bool lookAgain = false;
     // Folders that came or moved: the next look goes through all that lies in them.
     QSet<QString> freshFolders;
+    // Folders of spaces that aren't there, or that a disk left empty: nothing is known of what lies
+    // in them.
+    QSet<QString> away;
     // Folders about which only a structural pass can tell more.
     QSet<QString> again;
 };

@@ -74,6 +74,7 @@ void DiskSync::applied(const DiskApply::Done& done)
         m_index.build(m_library, m_nameCase);
         m_isIndexed = true;
     }
+    markSpaces(done.away);
     if (again) {
         runPass();
         return;
@@ -81,6 +82,30 @@ void DiskSync::applied(const DiskApply::Done& done)
     if (!done.again.isEmpty())
         defer(done.again);
     endPass();
+}
+
+// A space whose folder went away keeps its cards; they show that their files can't be found.
+void DiskSync::markSpaces(const QSet<QString>& away)
+{
+    if (away.isEmpty() && m_library.missingLinks().isEmpty())
+        return;
+    QSet<QString> gone, here;
+    for (const Space& space : m_library.tree().spaces()) {
+        if (!m_request.everything && !m_request.folders.contains(space.folder))
+            continue;
+        if (away.contains(space.folder)) {
+            DiskRequest all;
+            all.trees = {space.folder};
+            for (const DiskPlan::Known& known : memoryOf(m_library, m_index, all).known)
+                gone.insert(known.id);
+        } else {
+            for (const QString& id : m_library.missingLinks())
+                if (const Node* node = m_library.node(id);
+                    node && liesBelow(node->path, space.folder))
+                    here.insert(id);
+        }
+    }
+    m_library.tookMissing(gone, here);
 }
 
 } // namespace corvelle

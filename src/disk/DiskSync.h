@@ -81,6 +81,7 @@ private:
 
     void took(Result<DiskPass> pass);
     void applied(const DiskApply::Done& done);
+    void markSpaces(const QSet<QString>& away);
 
     Library& m_library;
     DiskApply m_apply;

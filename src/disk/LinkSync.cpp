@@ -5,7 +5,9 @@
 #include "disk/DiskScan.h"
 #include "library/LinkBookmarks.h"
 #include "library/NodePaths.h"
+#include "platform/FileFacts.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QThread>
 
@@ -272,9 +274,17 @@ void LinkSync::lookForFolders()
 {
     LinkedRequest all;
     all.everything = true;
-    for (auto& [path, root] : m_roots)
-        if (!root.isStarting && (root.isAway || !QFileInfo::exists(path)))
+    for (auto& [path, root] : m_roots) {
+        if (root.isAway)
             schedule(path, all, 0);
+        else if (!root.isStarting && !root.isRunning)
+            queueFor(path).run([path] { return fileFacts(QFile::encodeName(path)).has_value(); },
+                this,
+                [this, path, all](bool isThere) {
+                    if (!isThere)
+                        schedule(path, all, 0);
+                });
+    }
 }
 
 // ---- when to look ----

@@ -55,8 +55,8 @@ public:
         return m_tree.children(parent);
     }
     bool isInTrash(const QString& id) const { return m_tree.isInTrash(id); }
-    // Whether its file is outside the library and isn't there now; only known of live items, and
-    // only in memory.
+    // Whether its file can't be found now: it is outside the library and isn't there, or its disk
+    // went away. Only in memory.
     bool isMissing(const QString& id) const { return m_missingLinks.contains(id); }
     const QSet<QString>& missingLinks() const { return m_missingLinks; }
     // Goes up at each change of the tree or of a node's shown data.
@@ -104,7 +104,7 @@ public:
     void tookPageStamp(const QString& id, double stamp) { m_tree.setPageStamp(id, stamp); }
     void tookSeen(const std::vector<std::pair<QString, SeenFile>>& seen);
 
-    // Linked items that can't be found now, and such that are there again.
+    // Items that can't be found now, and such that are there again.
     void tookMissing(const QSet<QString>& gone, const QSet<QString>& found);
 
     void setImportProgress(std::optional<ImportProgress> progress);

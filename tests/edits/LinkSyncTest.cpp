@@ -240,6 +240,37 @@ TEST_F(LinkSyncTest, aFolderThatIsAwayLeavesItsCardsWhereTheyAre)
     EXPECT_TRUE(isInTrash(inner));
 }
 
+TEST_F(LinkSyncTest, aFolderAboveThatIsMovedIsFoundOutByLooking)
+{
+    outside.makeFile("up/box/a.txt");
+    outside.makeFile("up/loose.txt");
+    const QString box = add("up/box"), loose = add("up/loose.txt");
+    move("up", "other"); // the kernel tells nobody who watches what lies in it
+    lib->linkSync.lookForFolders();
+    EXPECT_TRUE(turnUntil([&] { return isMissing(box) && isMissing(loose); }));
+    move("other", "up");
+    EXPECT_TRUE(turnUntil([&] { return !isMissing(box) && !isMissing(loose); }));
+}
+
+TEST_F(LinkSyncTest, aSpaceWhoseDiskWentAwayKeepsItsCards)
+{
+    folder.makeFile("My Space/sub/a.txt");
+    settle();
+    const QString a = lib->find("a.txt");
+    ASSERT_FALSE(a.isEmpty());
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(QDir().rename(folder.path("My Space"), folder.path("Away")));
+        if (round > 0)
+            folder.makeFolder("My Space");
+        settle();
+        EXPECT_TRUE(isMissing(a) && !isInTrash(a)) << round;
+        (void)QDir().rmdir(folder.path("My Space"));
+        ASSERT_TRUE(QDir().rename(folder.path("Away"), folder.path("My Space")));
+        settle();
+        EXPECT_FALSE(isMissing(a) || isInTrash(a)) << round;
+    }
+}
+
 TEST_F(LinkSyncTest, thePersonCanSayWhereItIs)
 {
     outside.makeFile("old/box/a.txt");

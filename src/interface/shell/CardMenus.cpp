@@ -39,7 +39,7 @@ std::vector<MenuRow> cardMenu(const Library& library, const std::vector<QString>
     if (alone) {
         rows.push_back(item(u"open"_s, Icon::Open, u"Open"_s));
         rows.back().key = u"↵"_s;
-        if (library.isMissing(ids.front()))
+        if (library.isMissing(ids.front()) && first.isLinked())
             rows.push_back(item(u"locate"_s, Icon::Search, u"Locate…"_s));
         rows.push_back(menuLine());
         rows.push_back(item(u"rename"_s, Icon::Pencil, u"Rename"_s, u"F2"_s));

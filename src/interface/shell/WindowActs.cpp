@@ -299,7 +299,7 @@ void MainWindow::tellMissing(const QString& id)
         {u"locate"_s, Icon::Help, u"“%1” can’t be found"_s.arg(node->title),
             u"It was in %1. It may have been moved, or be on a disk that isn’t connected."_s.arg(
                 QFileInfo(m_model.library().filePath(*node)).path()),
-            u"Locate…"_s},
+            node->isLinked() ? u"Locate…"_s : QString()},
         [this, id] { locate(id); });
 }
 
