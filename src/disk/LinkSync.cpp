@@ -5,9 +5,7 @@
 #include "disk/DiskScan.h"
 #include "library/LinkBookmarks.h"
 #include "library/NodePaths.h"
-#include "platform/FileFacts.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QThread>
 
@@ -46,7 +44,7 @@ LinkSync::LinkSync(Library& library, QObject* parent)
     , m_index(FolderIndex::Which::Linked)
 {
     const std::pair<QTimer*, void (LinkSync::*)()> timers[] = {{&m_refreshSoon, &LinkSync::refresh},
-        {&m_mountSoon, &LinkSync::mounted}, {&m_awaySoon, &LinkSync::lookForFolders}};
+        {&m_mountSoon, &LinkSync::mounted}, {&m_awaySoon, &LinkSync::lookForAway}};
     for (const auto& [timer, act] : timers) {
         timer->setSingleShot(true);
         connect(timer, &QTimer::timeout, this, act);
@@ -226,11 +224,12 @@ void LinkSync::watch(const QString& path, Root& root)
         this,
         [this, path, all](std::shared_ptr<FolderWatcher> watcher) {
             const auto found = m_roots.find(path);
-            if (found == m_roots.end() || !found->second.isStarting) {
-                queueFor(path).async([watcher = std::move(watcher)]() mutable { watcher.reset(); });
+            const bool isWanted = found != m_roots.end() && found->second.isFolder;
+            if (isWanted)
+                std::swap(found->second.watcher, watcher); // the one asked for last
+            queueFor(path).async([old = std::move(watcher)]() mutable { old.reset(); });
+            if (!isWanted)
                 return;
-            }
-            found->second.watcher = std::move(watcher);
             found->second.isStarting = false;
             schedule(path, all, 0);
         });
@@ -272,19 +271,39 @@ void LinkSync::mounted()
 
 void LinkSync::lookForFolders()
 {
-    LinkedRequest all;
-    all.everything = true;
-    for (auto& [path, root] : m_roots) {
+    for (const auto& [path, root] : m_roots)
+        lookForFolder(path, root);
+}
+
+// Folders that are away are looked for every now and then: no event tells that one is back.
+void LinkSync::lookForAway()
+{
+    bool isAnyAway = false;
+    for (const auto& [path, root] : m_roots) {
+        isAnyAway |= root.isAway;
         if (root.isAway)
-            schedule(path, all, 0);
-        else if (!root.isStarting && !root.isRunning)
-            queueFor(path).run([path] { return fileFacts(QFile::encodeName(path)).has_value(); },
-                this,
-                [this, path, all](bool isThere) {
-                    if (!isThere)
-                        schedule(path, all, 0);
-                });
+            lookForFolder(path, root);
     }
+    if (isAnyAway)
+        m_awaySoon.start(m_delays.away);
+}
+
+void LinkSync::lookForFolder(const QString& path, const Root& root)
+{
+    if (root.isStarting || root.isRunning)
+        return;
+    std::optional<quint64> identity;
+    for (const QString& id : root.ids)
+        if (const Node* node = m_library.node(id); node && node->path == path)
+            identity = m_library.tree().seen(id).fileID;
+    queueFor(path).run([path, identity] { return isFolderAway(path, identity); }, this,
+        [this, path](bool isAway) {
+            LinkedRequest all;
+            all.everything = true;
+            const auto found = m_roots.find(path);
+            if (found != m_roots.end() && found->second.isAway != isAway)
+                schedule(path, all, 0);
+        });
 }
 
 // ---- when to look ----

@@ -96,6 +96,8 @@ private:
     void drop(Root& root, const QString& path);
     SerialQueue& queueFor(const QString& path);
     void mounted();
+    void lookForAway();
+    void lookForFolder(const QString& path, const Root& root);
 
     // ---- when to look ----
     void takeBatch(const QString& path, const FolderWatcher::Batch& batch);

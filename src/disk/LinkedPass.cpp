@@ -4,6 +4,7 @@
 #include "disk/DiskScan.h"
 #include "disk/PassOutcome.h"
 #include "library/LinkBookmarks.h"
+#include "platform/Directory.h"
 #include "platform/FileFacts.h"
 #include "platform/Volume.h"
 #include "store/Schema.h"
@@ -427,6 +428,18 @@ void LinkedRequest::unite(const LinkedRequest& other)
     seeks |= other.seeks;
     folders.unite(other.folders);
     trees.unite(other.trees);
+}
+
+bool isFolderAway(const QString& folder, std::optional<quint64> identity)
+{
+    const QByteArray path = QFile::encodeName(folder);
+    const auto facts = fileFacts(path);
+    if (!facts || facts->kind != FileFacts::Kind::Folder)
+        return true;
+    if (!identity || *identity == facts->identity)
+        return false;
+    auto directory = Directory::open(path);
+    return directory && !directory->nextName();
 }
 
 Result<LinkedFinding> lookAtLinked(LinkedQuery query, Round round, std::stop_token stop)

@@ -43,6 +43,10 @@ struct LinkedFinding
     QSet<QString> here, gone; // of the tops
 };
 
+// Whether the folder isn't there, or an empty one stands in the place of the one with this
+// identity. Costs next to nothing; waits for the disk.
+bool isFolderAway(const QString& folder, std::optional<quint64> identity);
+
 Result<LinkedFinding> lookAtLinked(LinkedQuery query, Round round, std::stop_token stop);
 
 } // namespace corvelle
