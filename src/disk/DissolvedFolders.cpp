@@ -29,28 +29,37 @@ QHash<quint64, const Known*> nodesBelow(
     return found;
 }
 
+// What came in: new, or taken for something that had gone to the Trash before.
+const Entry* incoming(const Action& action)
+{
+    if (const auto* added = std::get_if<Added>(&action))
+        return &added->entry;
+    const auto* restored = std::get_if<Restored>(&action);
+    return restored ? &restored->to : nullptr;
+}
+
 } // namespace
 
 void followOutOfRemovedFolders(Outcome& outcome, std::span<const Known> known, NameCase nameCase)
 {
     QSet<QString> removedIDs;
-    QHash<quint64, int> additions;
+    QHash<quint64, int> incomingCount;
     for (const Action& action : outcome.actions) {
         if (const auto* removed = std::get_if<Removed>(&action))
             removedIDs.insert(removed->id);
-        else if (const auto* added = std::get_if<Added>(&action))
-            ++additions[added->entry.inode];
+        else if (const Entry* entry = incoming(action))
+            ++incomingCount[entry->inode];
     }
-    if (removedIDs.isEmpty() || additions.isEmpty())
+    if (removedIDs.isEmpty() || incomingCount.isEmpty())
         return;
     const auto below = nodesBelow(removedIDs, known, nameCase);
     for (Action& action : outcome.actions) {
-        const auto* added = std::get_if<Added>(&action);
-        if (!added || additions.value(added->entry.inode) > 1)
+        const Entry* entry = incoming(action);
+        if (!entry || incomingCount.value(entry->inode) > 1)
             continue;
-        const Known* node = below.value(added->entry.inode);
-        if (node && node->folder == added->entry.folder)
-            action = Moved{node->id, Entry(added->entry)};
+        const Known* node = below.value(entry->inode);
+        if (node && node->folder == entry->folder)
+            action = Moved{node->id, Entry(*entry)};
     }
     // Moves come before what is new, as everywhere; removals stay last.
     std::stable_partition(outcome.actions.begin(), outcome.actions.end(), [](const Action& action) {

@@ -45,3 +45,13 @@ TEST(DissolvedFolders, doubtMovesNothing)
     followOutOfRemovedFolders(outcome, nodes, NameCase::Kept);
     EXPECT_EQ(outcome, before);
 }
+
+TEST(DissolvedFolders, aLinkInTheTrashDoesNotTakeTheFileOver)
+{
+    const std::vector<Known> nodes = {known("A", "S/A", 1, true), known("x", "S/A/x.txt", 2)};
+    Outcome outcome;
+    outcome.actions = {Restored{"link", entry("S/y.txt", 2)}, Removed{"A"}};
+    followOutOfRemovedFolders(outcome, nodes, NameCase::Kept);
+    EXPECT_EQ(
+        outcome.actions, (std::vector<Action>{Moved{"x", entry("S/y.txt", 2)}, Removed{"A"}}));
+}
