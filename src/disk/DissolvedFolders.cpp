@@ -6,7 +6,8 @@ namespace corvelle::DiskPlan {
 
 namespace {
 
-// The nodes below the removed folders by their identity; null for one that several have.
+// The nodes below the removed folders by their identity. Of links to the same file, of which the
+// others are gone anyhow, the one with the first path.
 QHash<quint64, const Known*> nodesBelow(
     const QSet<QString>& removedIDs, std::span<const Known> known, NameCase nameCase)
 {
@@ -23,8 +24,11 @@ QHash<quint64, const Known*> nodesBelow(
         QString above = parentPath(pathKey(node.path, nameCase));
         while (!above.isEmpty() && !folders.contains(above))
             above = parentPath(above);
-        if (!above.isEmpty())
-            found.insert(*node.inode, found.contains(*node.inode) ? nullptr : &node);
+        if (above.isEmpty())
+            continue;
+        const Known*& first = found[*node.inode];
+        if (!first || node.path < first->path)
+            first = &node;
     }
     return found;
 }

@@ -8,7 +8,7 @@ namespace corvelle::DiskPlan {
 // person who dissolves a folder moves its contents elsewhere first: what came in under the identity
 // of something below a removed folder is that thing, moved, and rather than what a link to the same
 // file in the Trash was. Turns such additions and returns into moves, before the removals.
-// Identities that occur twice on either side match nothing.
+// What came in twice under one identity matches nothing.
 void followOutOfRemovedFolders(Outcome& outcome, std::span<const Known> known, NameCase nameCase);
 
 } // namespace corvelle::DiskPlan

@@ -36,14 +36,23 @@ TEST(DissolvedFolders, whatLeftAFolderThatIsGoneIsThatThingMoved)
 TEST(DissolvedFolders, doubtMovesNothing)
 {
     const std::vector<Known> nodes = {known("A", "S/A", 1, true), known("x", "S/A/x", 2),
-        known("twin", "S/A/twin", 3), known("twin2", "S/A/twin2", 3),
         known("was folder", "S/A/f", 4, true), known("elsewhere", "S/B/y", 6)};
     Outcome outcome;
-    outcome.actions = {Added{entry("S/1", 2)}, Added{entry("S/2", 2)}, Added{entry("S/3", 3)},
-        Added{entry("S/4", 4)}, Added{entry("S/5", 6)}, Removed{"A"}};
+    outcome.actions = {Added{entry("S/1", 2)}, Added{entry("S/2", 2)}, Added{entry("S/4", 4)},
+        Added{entry("S/5", 6)}, Removed{"A"}};
     const Outcome before = outcome;
     followOutOfRemovedFolders(outcome, nodes, NameCase::Kept);
     EXPECT_EQ(outcome, before);
+}
+
+TEST(DissolvedFolders, oneOfTwoLinksThatLayThereKeepsItsCard)
+{
+    const std::vector<Known> nodes = {
+        known("A", "S/A", 1, true), known("twin2", "S/A/t2", 3), known("twin", "S/A/t", 3)};
+    Outcome outcome;
+    outcome.actions = {Added{entry("S/t", 3)}, Removed{"A"}};
+    followOutOfRemovedFolders(outcome, nodes, NameCase::Kept);
+    EXPECT_EQ(outcome.actions, (std::vector<Action>{Moved{"twin", entry("S/t", 3)}, Removed{"A"}}));
 }
 
 TEST(DissolvedFolders, aLinkInTheTrashDoesNotTakeTheFileOver)
