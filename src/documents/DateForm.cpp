@@ -120,8 +120,8 @@ std::optional<QString> dateForm(const FormatSection& section, double serial, Dat
         return std::nullopt;
     const qint64 unit = std::llround(std::pow(10, section.secondDecimals));
     auto day = static_cast<qint64>(std::floor(serial));
-    qint64 parts = std::llround(
-        (serial - static_cast<double>(day)) * static_cast<double>(daySeconds * unit));
+    qint64 parts =
+        std::llround((serial - static_cast<double>(day)) * static_cast<double>(daySeconds * unit));
     if (parts == daySeconds * unit) { // a hair before midnight
         parts = 0;
         ++day;
@@ -151,9 +151,8 @@ std::optional<double> serialOfIsoDate(QStringView text, DateSystem dates)
         const QStringView digits = text.mid(std::min(from, text.size()), width);
         const bool signed_ = read == 0 || (at < text.size() && signs[read].contains(text[at]));
         const bool whole =
-            digits.size() == width && std::all_of(digits.begin(), digits.end(), [](QChar c) {
-                return c >= u'0' && c <= u'9';
-            });
+            digits.size() == width && std::all_of(digits.begin(), digits.end(),
+                                          [](QChar c) { return c >= u'0' && c <= u'9'; });
         if (!signed_ || !whole)
             break;
         values[read] = digits.toInt();

@@ -8,7 +8,6 @@
 namespace corvelle {
 
 // The section is a Date. Nothing for a day that the calendar doesn't have.
-std::optional<QString> dateForm(
-    const FormatSection& section, double serial, DateSystem dates);
+std::optional<QString> dateForm(const FormatSection& section, double serial, DateSystem dates);
 
 } // namespace corvelle

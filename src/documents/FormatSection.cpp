@@ -329,7 +329,7 @@ void prepareNumber(FormatSection& section)
     for (FormatToken& token : section.tokens) {
         if (token.kind == Kind::Digit) {
             ++(section.isScientific ? section.exponentPlaces
-                    : point         ? section.decimalPlaces
+                : point             ? section.decimalPlaces
                                     : section.integerPlaces);
         } else if (token.kind == Kind::Percent) {
             section.tens += 2;

@@ -14,7 +14,7 @@ namespace {
 using Kind = FormatToken::Kind;
 
 constexpr int generalLength = 11;
-constexpr int scientificDigits = 6;   // of the general form
+constexpr int scientificDigits = 6;    // of the general form
 constexpr int leastExponentDigits = 2; // of a format
 
 // ---- places ----

@@ -16,8 +16,8 @@ QString filled(const FormatSection& section, const QString& value)
 {
     QString result;
     for (const FormatToken& token : section.tokens) {
-        const bool placed = token.kind == FormatToken::Kind::General ||
-                            token.kind == FormatToken::Kind::Text;
+        const bool placed =
+            token.kind == FormatToken::Kind::General || token.kind == FormatToken::Kind::Text;
         result += placed ? value : token.words;
     }
     return result;
@@ -48,9 +48,7 @@ QString NumberFormat::number(double value, DateSystem dates) const
 {
     if (m_numeric == 0 || !std::isfinite(value))
         return generalForm(value);
-    const size_t place = value < 0 && m_numeric > 1    ? 1
-                         : value == 0 && m_numeric > 2 ? 2
-                                                       : 0;
+    const size_t place = value < 0 && m_numeric > 1 ? 1 : value == 0 && m_numeric > 2 ? 2 : 0;
     const FormatSection& section = m_sections[place];
     const bool negative = value < 0 && place == 0;
     const QString sign = negative ? u"-"_s : QString();

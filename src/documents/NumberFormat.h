@@ -28,7 +28,7 @@ public:
 
 private:
     std::vector<FormatSection> m_sections;
-    size_t m_numeric = 0;  // of them are for numbers
+    size_t m_numeric = 0;   // of them are for numbers
     bool m_hasText = false; // and the last of them for texts
 };
 

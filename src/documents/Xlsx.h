@@ -1,5 +1,6 @@
-// An Excel workbook (ECMA-376 Part 1, SpreadsheetML; transitional and strict), read as the texts that
-// its cells show. Nothing is calculated: the values that were stored last are shown in their formats.
+// An Excel workbook (ECMA-376 Part 1, SpreadsheetML; transitional and strict), read as the texts
+// that its cells show. Nothing is calculated: the values that were stored last are shown in their
+// formats.
 //
 // Not shared between threads. What can't be read is left out; only a workbook without its main part
 // isn't opened.

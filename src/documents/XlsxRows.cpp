@@ -21,8 +21,7 @@ std::optional<Number> parsed(QByteArrayView text)
 {
     const QByteArrayView number = text.trimmed();
     Number value{};
-    const auto [end, error] =
-        std::from_chars(number.data(), number.data() + number.size(), value);
+    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
     const bool whole = !number.isEmpty() && end == number.data() + number.size();
     return error == std::errc() && whole ? std::optional(value) : std::nullopt;
 }
@@ -41,7 +40,7 @@ public:
     void setDimension(XNode dimension)
     {
         const QByteArray range = dimension.value("ref").toLatin1();
-        if (const auto last = cellPlace(QByteArrayView(range).mid(range.indexOf(':') + 1)))
+        if (const auto last = cellPlace(QByteArrayView(range).sliced(range.indexOf(':') + 1)))
             m_sheet.claimed = QSize(last->column + 1, last->row + 1);
     }
 
@@ -169,7 +168,7 @@ std::optional<CellPlace> cellPlace(QByteArrayView reference)
             break;
         column = column * 26 + (letter - 'A' + 1);
     }
-    const auto row = parsed<int>(reference.mid(at));
+    const auto row = parsed<int>(reference.sliced(at));
     if (column < 1 || column > mostColumns || !row || *row < 1 || *row > mostRows)
         return std::nullopt;
     return CellPlace{column - 1, *row - 1};

@@ -1,5 +1,5 @@
-// The rows of a sheet's part (ECMA-376 Part 1, 18.3.1), read from its beginning as far as the limits
-// go.
+// The rows of a sheet's part (ECMA-376 Part 1, 18.3.1), read from its beginning as far as the
+// limits go.
 #pragma once
 
 #include "documents/Xlsx.h"

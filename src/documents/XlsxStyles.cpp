@@ -82,8 +82,8 @@ std::vector<NumberFormat> xlsxFormats(const ByteSource& source)
         auto format = known.find(id);
         if (format == known.end()) {
             const auto code = codes.constFind(id);
-            format = known.insert(
-                id, NumberFormat(code != codes.constEnd() ? *code : builtInCode(id)));
+            format =
+                known.insert(id, NumberFormat(code != codes.constEnd() ? *code : builtInCode(id)));
         }
         formats.push_back(*format);
     }

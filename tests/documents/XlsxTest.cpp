@@ -139,7 +139,8 @@ TEST(Xlsx, stopsAtTheLimits)
     EXPECT_FALSE(book.sheet({2, 2, 1})->isCut); // an empty cell isn't missed
     EXPECT_TRUE(book.sheet({1, 2, 1})->isCut);
 
-    book = withRows("<row><c t='str'><v>a\xCC\x81" "bc</v></c><c><v>2</v></c></row>"
+    book = withRows("<row><c t='str'><v>a\xCC\x81"
+                    "bc</v></c><c><v>2</v></c></row>"
                     "<row><c r='A1001'><v>3</v></c></row>");
     EXPECT_EQ(book.shown({2, 1, 2}), u"a\u0301b/3"_s);
     EXPECT_TRUE(book.sheet({2, 1, 9})->isCut);
