@@ -102,8 +102,8 @@ int main(int argc, char** argv)
 {
     const std::vector<JudgedBook> judged = judgedBooks(), checking = selfCheckingBooks();
     if (judged.empty()) {
-        std::fprintf(stderr,
-            "There are no workbooks to judge by; CORVELLE_SHARED tells another place.\n");
+        std::fprintf(
+            stderr, "There are no workbooks to judge by; CORVELLE_SHARED tells another place.\n");
         return 2;
     }
     if (argc > 1 && argv[1] == std::string_view("--differences")) {

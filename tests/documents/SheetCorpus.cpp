@@ -122,13 +122,12 @@ QString ruleOf(const QString& book, int sheet, int column, int row)
 void judgeSheet(JudgedBook& judged, int sheet, const Table& ours, const Table& theirs)
 {
     for (size_t row = 0; row < std::max(ours.size(), theirs.size()); ++row) {
-        const qsizetype columns = std::max(row < ours.size() ? ours[row].size() : 0,
-            row < theirs.size() ? theirs[row].size() : 0);
+        const qsizetype columns = std::max(
+            row < ours.size() ? ours[row].size() : 0, row < theirs.size() ? theirs[row].size() : 0);
         for (qsizetype column = 0; column < columns; ++column) {
             JudgedCell cell;
-            cell.place = u"%1!%2%3"_s.arg(sheet)
-                             .arg(columnName(static_cast<int>(column)))
-                             .arg(row + 1);
+            cell.place =
+                u"%1!%2%3"_s.arg(sheet).arg(columnName(static_cast<int>(column))).arg(row + 1);
             cell.ours = cellAt(ours, row, column);
             cell.theirs = cellAt(theirs, row, column);
             if (isFilled(cell.theirs)) {
@@ -139,7 +138,8 @@ void judgeSheet(JudgedBook& judged, int sheet, const Table& ours, const Table& t
                 continue;
             if (isWrittenAlike(cell.ours, cell.theirs))
                 cell.theirs = cell.ours;
-            cell.rule = ruleOf(judged.name, sheet, static_cast<int>(column), static_cast<int>(row) + 1);
+            cell.rule =
+                ruleOf(judged.name, sheet, static_cast<int>(column), static_cast<int>(row) + 1);
             judged.cells.push_back(std::move(cell));
         }
     }
@@ -210,10 +210,9 @@ std::vector<JudgedBook> judgedBooks()
             if (!QFile::exists(folder() + table))
                 continue;
             isJudged = true;
-            const int number =
-                book ? static_cast<int>(book->names().indexOf(
-                           QString::fromUtf8(names[sheet].trimmed())))
-                     : -1;
+            const int number = book ? static_cast<int>(book->names().indexOf(
+                                          QString::fromUtf8(names[sheet].trimmed())))
+                                    : -1;
             const auto rows = book ? book->rows(number, wholeSheet()) : std::nullopt;
             judgeSheet(judged, sheet, rows ? tableOf(*rows) : Table(), tableOf(fileBytes(table)));
         }

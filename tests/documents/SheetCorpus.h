@@ -26,15 +26,15 @@ struct JudgedCell
 struct JudgedBook
 {
     QString name;
-    bool isOfFormats = false; // exists to test number formats
+    bool isOfFormats = false;      // exists to test number formats
     std::vector<JudgedCell> cells; // that aren't empty on both sides
     int filled = 0;                // with "#", and left out
 
     int equal() const;
 };
 
-// A workbook with a table of its sheets beside it; cells that didn't fit into their columns are left
-// out.
+// A workbook with a table of its sheets beside it; cells that didn't fit into their columns are
+// left out.
 std::vector<JudgedBook> judgedBooks();
 
 // Workbooks that hold number formats, values and the texts that are to come of them.

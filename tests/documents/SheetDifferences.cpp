@@ -10,7 +10,8 @@ std::vector<SheetDifference> sheetDifferences()
     const QString conditions = u"sheetjs__NumberFormatCondition.xlsm"_s;
     return {
         {u"first-days"_s,
-            u"Days count from 30 December 1899. Excel has a 29 February 1900, so its days before March "
+            u"Days count from 30 December 1899. Excel has a 29 February 1900, so its days before "
+            u"March "
             u"1900 come one later."_s,
             {{numbers, {{0, 1, 3, 11}, {0, 3, 10, 11}}}}},
         {u"conditions"_s,
@@ -23,7 +24,8 @@ std::vector<SheetDifference> sheetDifferences()
                         {1, 0, 36, 36}, {1, 0, 40, 40}, {1, 0, 42, 42}, {1, 0, 44, 44},
                         {1, 0, 46, 46}, {1, 0, 48, 48}, {1, 0, 50, 50}}}}},
         {u"fractions"_s, u"A fraction is shown in general form."_s,
-            {{u"poi__NumberFormatTests.xlsx"_s, {{1, 0, 120, 163}, {1, 0, 165, 196}, {1, 0, 198, 332}}}}},
+            {{u"poi__NumberFormatTests.xlsx"_s,
+                {{1, 0, 120, 163}, {1, 0, 165, 196}, {1, 0, 198, 332}}}}},
         {u"small-e"_s,
             u"The general form writes a power of ten with a small e and without leading zeros."_s,
             {{u"sheetjs__xlsx-stream-d-date-cell.xlsx"_s, {{0, 3, 3, 3}}}}},
