@@ -14,8 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         return 0;
     double value = 0;
     std::memcpy(&value, data, sizeof value);
-    const QString code =
-        QString::fromUtf8(bytesOf(data + sizeof value, size - sizeof value));
+    const QString code = QString::fromUtf8(bytesOf(data + sizeof value, size - sizeof value));
     const NumberFormat format(code);
     for (const DateSystem dates : {DateSystem::From1900, DateSystem::From1904}) {
         const QString shown = format.number(value, dates);

@@ -1,6 +1,7 @@
 #include "documents/XlsxRows.h"
 
 #include "base/Text.h"
+#include "documents/CellPlace.h"
 #include "documents/XNode.h"
 
 #include <algorithm>
@@ -13,8 +14,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr int mostColumns = 16'384, mostRows = 1'048'576; // of the format
-constexpr qsizetype mostPlaces = 4'000'000;               // of cells that stand in memory
+constexpr qsizetype mostPlaces = 4'000'000; // of cells that stand in memory
 
 template<class Number>
 std::optional<Number> parsed(QByteArrayView text)
@@ -31,8 +31,8 @@ class RowReader
 public:
     RowReader(const XlsxShared& shared, const SheetLimits& limits)
         : m_shared(shared)
-        , m_limits{std::min(limits.rows, mostRows), std::min(limits.columns, mostColumns),
-              limits.characters}
+        , m_limits{std::min(limits.rows, CellPlace::mostRows),
+              std::min(limits.columns, CellPlace::mostColumns), limits.characters}
     {}
 
     SheetRows take() { return std::move(m_sheet); }
@@ -157,30 +157,6 @@ SheetCell RowReader::dateOf(XNode cell, QByteArrayView value) const
 }
 
 } // namespace
-
-std::optional<CellPlace> cellPlace(QByteArrayView reference)
-{
-    qsizetype at = 0;
-    int column = 0;
-    for (; at < reference.size() && column <= mostColumns; ++at) {
-        const char letter = static_cast<char>(reference[at] & ~0x20);
-        if (letter < 'A' || letter > 'Z')
-            break;
-        column = column * 26 + (letter - 'A' + 1);
-    }
-    const auto row = parsed<int>(reference.sliced(at));
-    if (column < 1 || column > mostColumns || !row || *row < 1 || *row > mostRows)
-        return std::nullopt;
-    return CellPlace{column - 1, *row - 1};
-}
-
-QString columnName(int column)
-{
-    QString name;
-    for (int rest = column + 1; rest > 0; rest = (rest - 1) / 26)
-        name.prepend(QChar(u'A' + static_cast<char16_t>((rest - 1) % 26)));
-    return name;
-}
 
 std::optional<SheetRows> xlsxRows(
     const ByteSource& source, const XlsxShared& shared, const SheetLimits& limits)

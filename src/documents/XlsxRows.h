@@ -17,14 +17,4 @@ struct XlsxShared
 std::optional<SheetRows> xlsxRows(
     const ByteSource& source, const XlsxShared& shared, const SheetLimits& limits);
 
-// "C7" is column 2 of row 6, counted from 0. None when it isn't a place in a sheet.
-struct CellPlace
-{
-    int column = 0, row = 0;
-};
-std::optional<CellPlace> cellPlace(QByteArrayView reference);
-
-// 0 is "A", 26 is "AA".
-QString columnName(int column);
-
 } // namespace corvelle

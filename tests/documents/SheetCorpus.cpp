@@ -1,8 +1,8 @@
 #include "documents/SheetCorpus.h"
 
+#include "documents/CellPlace.h"
 #include "documents/XNode.h"
 #include "documents/Xlsx.h"
-#include "documents/XlsxRows.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,5 +1,5 @@
 #include "documents/Xlsx.h"
-#include "documents/XlsxRows.h"
+#include "documents/CellPlace.h"
 #include "documents/ZipWriter.h"
 #include "support/Printing.h"
 
