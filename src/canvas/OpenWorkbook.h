@@ -1,5 +1,5 @@
-// The workbook that is open over the canvas: one of its sheets at a time, read in the background, and
-// again when the file changes.
+// The workbook that is open over the canvas: one of its sheets at a time, read in the background,
+// and again when the file changes.
 //
 // Main thread; reading runs on the queue `corvelle.sheet-open`.
 #pragma once
@@ -18,7 +18,7 @@ class OpenWorkbook : public QObject
 
 public:
     enum class State : unsigned char {
-        Reading,  // nothing of it is there yet
+        Reading, // nothing of it is there yet
         Read,
         TooLarge, // it isn't read at all
         Unreadable,
@@ -69,7 +69,7 @@ private:
     int m_sheet = 0;
     Rows m_rows;
     int m_reading = 0;
-    int m_turn = 0; // counts what was asked for
+    int m_turn = 0;                   // counts what was asked for
     std::shared_ptr<Reader> m_reader; // on the queue
     SerialQueue m_queue;
 };

@@ -62,8 +62,7 @@ void CellBar::paintEvent(QPaintEvent*)
     const int most = std::max(1, static_cast<int>((height() - 2 * room) / step));
     double top = most == 1 ? (leastHeight - 1 - step) / 2 : room;
     for (const QString& line : linesIn(m_text, width(), most)) {
-        letters.draw(
-            painter, QRectF(textLeft, top, width() - textLeft, step), Qt::AlignLeft, line);
+        letters.draw(painter, QRectF(textLeft, top, width() - textLeft, step), Qt::AlignLeft, line);
         top += step;
     }
 }

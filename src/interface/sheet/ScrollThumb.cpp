@@ -35,15 +35,17 @@ QRectF ScrollThumb::rect() const
         return {};
     const double from = edge + (track() - length()) * m_place / m_range;
     return m_orientation == Qt::Vertical
-               ? QRectF(m_area.right() + 1 - edge - thickness, m_area.top() + from, thickness, length())
-               : QRectF(m_area.left() + from, m_area.bottom() + 1 - edge - thickness, length(), thickness);
+               ? QRectF(m_area.right() + 1 - edge - thickness, m_area.top() + from, thickness,
+                     length())
+               : QRectF(m_area.left() + from, m_area.bottom() + 1 - edge - thickness, length(),
+                     thickness);
 }
 
 bool ScrollThumb::isOnTrack(QPointF at) const
 {
-    const double beside = m_orientation == Qt::Vertical ? m_area.right() + 1 - at.x()
-                                                        : m_area.bottom() + 1 - at.y();
-    return m_range > 0 && m_area.contains(at.toPoint()) && beside <= thickness + 2 * edge;
+    const double beside =
+        m_orientation == Qt::Vertical ? m_area.right() + 1 - at.x() : m_area.bottom() + 1 - at.y();
+    return m_range > 0 && m_area.contains(at.toPoint()) && beside <= room;
 }
 
 double ScrollThumb::along(QPointF at) const

@@ -8,6 +8,8 @@ namespace corvelle {
 class ScrollThumb
 {
 public:
+    static constexpr int room = 12; // from the area's edge
+
     explicit ScrollThumb(Qt::Orientation orientation)
         : m_orientation(orientation)
     {}

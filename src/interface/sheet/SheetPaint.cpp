@@ -2,6 +2,7 @@
 #include "interface/sheet/SheetView.h"
 #include "interface/theme/Fonts.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -9,22 +10,32 @@
 
 namespace corvelle {
 
-void SheetView::paintEvent(QPaintEvent*)
+void SheetView::paintEvent(QPaintEvent* event)
 {
     QPainter painter(this);
-    const CellRange seen = inSight();
-    painter.fillRect(rect(), colors().surface);
-    painter.save();
-    painter.setClipRect(cells());
-    paintGrid(painter, seen);
-    paintTexts(painter, seen);
-    paintPick(painter);
-    painter.restore();
-    paintLetters(painter, seen);
-    paintNumbers(painter, seen);
-    paintThumbs(painter);
+    for (const QRect& part : event->region())
+        paintPart(painter, part);
     if (std::exchange(m_isUnpainted, false))
         emit painted();
+}
+
+void SheetView::paintPart(QPainter& painter, const QRect& part)
+{
+    const CellRange seen = placesIn(part);
+    const QRect area = cells();
+    painter.setClipRect(part & area);
+    painter.fillRect(part & area, colors().surface);
+    if (part.intersects(area)) {
+        paintGrid(painter, seen);
+        paintTexts(painter, seen);
+        paintPick(painter);
+    }
+    painter.setClipRect(part);
+    if (part.top() < area.top())
+        paintLetters(painter, seen);
+    if (part.left() < area.left())
+        paintNumbers(painter, seen);
+    paintThumbs(painter);
 }
 
 void SheetView::paintGrid(QPainter& painter, const CellRange& seen) const
@@ -75,8 +86,8 @@ void SheetView::paintText(QPainter& painter, CellPlace place, const SheetCell& c
     const QRectF room = roomFor(place, cell);
     if (room.right() < cells().left())
         return;
-    const bool marked = std::binary_search(m_found.begin(), m_found.end(), place,
-        [](CellPlace a, CellPlace b) {
+    const bool marked =
+        std::binary_search(m_found.begin(), m_found.end(), place, [](CellPlace a, CellPlace b) {
             return std::pair(a.row, a.column) < std::pair(b.row, b.column);
         });
     painter.setPen(marked ? colors().markInk : colors().ink);
@@ -92,7 +103,8 @@ void SheetView::paintTexts(QPainter& painter, const CellRange& seen) const
         const int columns = std::min(seen.to.column + 1, static_cast<int>(cellsOfRow.size()));
         // What comes into sight from the left may begin in a cell that is out of it.
         int first = seen.from.column;
-        while (first > 0 && (first >= columns || cellsOfRow[static_cast<size_t>(first)].text.isEmpty()))
+        while (first > 0 &&
+               (first >= columns || cellsOfRow[static_cast<size_t>(first)].text.isEmpty()))
             --first;
         for (int column = std::min(first, columns); column < columns; ++column) {
             const SheetCell& cell = cellsOfRow[static_cast<size_t>(column)];
@@ -107,8 +119,7 @@ void SheetView::paintPick(QPainter& painter) const
     const auto frame = [&](const QRect& box, int thickness) {
         const QRect outer = box.adjusted(-1, -1, 0, 0);
         const QRegion line =
-            QRegion(outer) -
-            outer.adjusted(thickness, thickness, -thickness, -thickness);
+            QRegion(outer) - outer.adjusted(thickness, thickness, -thickness, -thickness);
         for (const QRect& part : line)
             painter.fillRect(part, colors().accent);
     };
@@ -124,7 +135,7 @@ void SheetView::paintLetters(QPainter& painter, const CellRange& seen) const
     const QRect area = cells();
     const CellRange picked = m_pick.range();
     painter.save();
-    painter.setClipRect(QRect(0, 0, width(), area.top()));
+    painter.setClipRect(QRect(0, 0, width(), area.top()), Qt::IntersectClip);
     painter.fillRect(QRect(0, 0, width(), area.top()), colors().sunken);
     for (int column = seen.from.column; column <= seen.to.column; ++column) {
         const QRect cell = rectOf({column, 0});
@@ -147,7 +158,7 @@ void SheetView::paintNumbers(QPainter& painter, const CellRange& seen) const
     const QRect area = cells();
     const CellRange picked = m_pick.range();
     painter.save();
-    painter.setClipRect(QRect(0, area.top(), area.left(), area.height()));
+    painter.setClipRect(QRect(0, area.top(), area.left(), area.height()), Qt::IntersectClip);
     painter.fillRect(QRect(0, area.top(), area.left(), area.height()), colors().sunken);
     for (int row = seen.from.row; row <= seen.to.row; ++row) {
         const QRect box(0, rectOf({0, row}).top(), area.left(), SheetLayout::rowHeight);
@@ -165,6 +176,7 @@ void SheetView::paintNumbers(QPainter& painter, const CellRange& seen) const
 // Quiet at rest: they come with scrolling and with the pointer.
 void SheetView::paintThumbs(QPainter& painter) const
 {
+    painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     for (const auto& [thumb, drag] :
         {std::pair(&m_down, Drag::Down), std::pair(&m_across, Drag::Across)}) {
@@ -177,6 +189,7 @@ void SheetView::paintThumbs(QPainter& painter) const
         path.addRoundedRect(box, 3, 3);
         painter.fillPath(path, m_drag == drag ? colors().ink3 : colors().ink4);
     }
+    painter.restore();
 }
 
 } // namespace corvelle

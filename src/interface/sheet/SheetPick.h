@@ -36,8 +36,8 @@ struct SheetPick
 const SheetCell* cellAt(const SheetRows& sheet, CellPlace place);
 QString textAt(const SheetRows& sheet, CellPlace place);
 
-// As other sheets take it: cells parted by tabs, rows by newlines; what holds one of these stands in
-// quotes.
+// As other sheets take it: cells parted by tabs, rows by newlines; what holds one of these stands
+// in quotes.
 QString copiedCells(const SheetRows& sheet, const CellRange& range);
 
 // The cells with these words in any case, by rows.

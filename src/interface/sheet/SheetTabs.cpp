@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QSignalBlocker>
+#include <QToolButton>
 
 #include <cmath>
 
@@ -28,6 +29,8 @@ SheetTabs::SheetTabs(QWidget* parent)
     setExpanding(false);
     setFocusPolicy(Qt::TabFocus);
     setFixedHeight(barHeight);
+    for (QToolButton* arrow : findChildren<QToolButton*>())
+        arrow->setAutoRaise(true);
 }
 
 void SheetTabs::setSheets(const QStringList& names, int current)
@@ -61,9 +64,10 @@ void SheetTabs::paintEvent(QPaintEvent*)
     painter.setRenderHint(QPainter::Antialiasing);
     const Palette& colors = corvelle::palette(schemeOf(*this));
     painter.fillRect(rect(), colors.sunken);
+    painter.fillRect(QRect(0, 0, width(), 1), colors.hairline);
     const Lettering letters(TypeStyle::Label);
     for (int i = 0; i < count(); ++i) {
-        const QRectF tab = QRectF(tabRect(i)).adjusted(1.5, 5.5, -1.5, -4.5);
+        const QRectF tab = QRectF(tabRect(i)).adjusted(1.5, 6.5, -1.5, -5.5);
         const bool here = i == currentIndex();
         if (here) {
             QPainterPath shape;

@@ -36,7 +36,7 @@ SheetView::SheetView(QWidget* parent)
     setAttribute(Qt::WA_OpaquePaintEvent);
     m_thumbsLinger.setSingleShot(true);
     m_thumbsLinger.setInterval(thumbsLingerMs);
-    connect(&m_thumbsLinger, &QTimer::timeout, this, qOverload<>(&QWidget::update));
+    connect(&m_thumbsLinger, &QTimer::timeout, this, &SheetView::updateThumbs);
     m_autoScroll.setInterval(autoScrollMs);
     connect(&m_autoScroll, &QTimer::timeout, this, [this] {
         const QRect area = cells();
@@ -77,6 +77,7 @@ void SheetView::open(const QString& name, Rows rows)
     m_pick = {};
     m_scroll = {};
     takeRows(std::move(rows));
+    setThumbs();
     update();
     tellPick();
     emit foundChanged();
@@ -86,6 +87,7 @@ void SheetView::refresh(Rows rows)
 {
     takeRows(std::move(rows));
     scrollTo(m_scroll);
+    setThumbs();
     update();
     tellPick();
     emit foundChanged();
@@ -107,14 +109,18 @@ CellPlace SheetView::last() const
         std::clamp(rows, 1, std::max(limits.rows, m_layout.rows())) - 1};
 }
 
-CellRange SheetView::inSight() const
+CellRange SheetView::placesIn(const QRect& part) const
 {
     const QRect area = cells();
     const int columns = std::max(limits.columns, m_layout.columns());
     const int rows = std::max(limits.rows, m_layout.rows());
-    return {{m_layout.columnAt(m_scroll.x()), SheetLayout::rowAt(m_scroll.y())},
-        {std::min(columns - 1, m_layout.columnAt(m_scroll.x() + area.width())),
-            std::min(rows - 1, SheetLayout::rowAt(m_scroll.y() + area.height()))}};
+    const QPoint from =
+        QPoint(std::max(part.left(), area.left()), std::max(part.top(), area.top())) -
+        area.topLeft() + m_scroll;
+    const QPoint to = part.bottomRight() - area.topLeft() + m_scroll;
+    return {{m_layout.columnAt(from.x()), SheetLayout::rowAt(from.y())},
+        {std::min(columns - 1, m_layout.columnAt(std::max(0, to.x()))),
+            std::min(rows - 1, SheetLayout::rowAt(std::max(0, to.y())))}};
 }
 
 QRect SheetView::rectOf(CellPlace place) const
@@ -153,24 +159,45 @@ void SheetView::scrollTo(QPoint place)
     const QPoint wanted(std::clamp(place.x(), 0, range.x()), std::clamp(place.y(), 0, range.y()));
     if (wanted == m_scroll)
         return;
+    const QPoint by = wanted - m_scroll;
     m_scroll = wanted;
+    setThumbs();
     m_thumbsLinger.start();
-    afterScroll();
+    // What stays in sight is moved as a picture, headings and all.
+    const QRect area = cells();
+    const bool whole = devicePixelRatioF() == std::floor(devicePixelRatioF());
+    if (!whole || (by.x() != 0 && by.y() != 0))
+        update();
+    else if (by.x() != 0)
+        scroll(-by.x(), 0, QRect(area.left(), 0, area.width(), height()));
+    else
+        scroll(0, -by.y(), QRect(0, area.top(), width(), area.height()));
+    updateThumbs();
 }
 
-void SheetView::afterScroll()
+void SheetView::setThumbs()
 {
     const QPoint range = scrollRange();
     m_down.set(cells(), m_scroll.y(), range.y());
     m_across.set(cells(), m_scroll.x(), range.x());
-    update();
+}
+
+// Where they were moved to is painted as well.
+void SheetView::updateThumbs()
+{
+    const int strip = ScrollThumb::room + std::max(std::abs(m_lastScroll.x() - m_scroll.x()),
+                                              std::abs(m_lastScroll.y() - m_scroll.y()));
+    m_lastScroll = m_scroll;
+    update(QRect(width() - strip, 0, strip, height()));
+    update(QRect(0, height() - strip, width(), strip));
 }
 
 void SheetView::bringIntoSight(CellPlace place)
 {
     const QRect area = cells(), cell = rectOf(place);
     const auto by = [](int from, int to, int areaFrom, int areaTo) {
-        return from < areaFrom ? from - areaFrom : std::max(0, std::min(to - areaTo, from - areaFrom));
+        return from < areaFrom ? from - areaFrom
+                               : std::max(0, std::min(to - areaTo, from - areaFrom));
     };
     scrollTo(m_scroll + QPoint(by(cell.left(), cell.right(), area.left(), area.right()),
                             by(cell.top(), cell.bottom(), area.top(), area.bottom())));
@@ -180,7 +207,8 @@ void SheetView::resizeEvent(QResizeEvent*)
 {
     const QPoint range = scrollRange();
     m_scroll = QPoint(std::min(m_scroll.x(), range.x()), std::min(m_scroll.y(), range.y()));
-    afterScroll();
+    setThumbs();
+    update();
 }
 
 void SheetView::wheelEvent(QWheelEvent* event)
@@ -228,8 +256,8 @@ void SheetView::pickAll()
 void SheetView::tellPick()
 {
     const QString text = textAt(*m_rows, m_pick.picked);
-    setAccessibleName(u"%1, %2, %3"_s.arg(
-        m_name, placeName(m_pick.picked), text.isEmpty() ? u"empty"_s : text));
+    setAccessibleName(
+        u"%1, %2, %3"_s.arg(m_name, placeName(m_pick.picked), text.isEmpty() ? u"empty"_s : text));
     emit pickChanged();
 }
 
@@ -242,8 +270,9 @@ void SheetView::setHovered(std::optional<CellPlace> place)
 {
     if (place == m_pick.hovered)
         return;
-    m_pick.hovered = place;
-    update();
+    for (const auto& hovered : {std::exchange(m_pick.hovered, place), place})
+        if (hovered)
+            update(rectOf(*hovered));
 }
 
 // ---- pointer ----
@@ -272,8 +301,8 @@ void SheetView::mousePressEvent(QMouseEvent* event)
     if (event->button() != Qt::LeftButton)
         return QWidget::mousePressEvent(event);
     m_dragAt = event->position().toPoint();
-    const auto reach = event->modifiers() & Qt::ShiftModifier ? SheetPick::Reach::Range
-                                                              : SheetPick::Reach::Alone;
+    const auto reach =
+        event->modifiers() & Qt::ShiftModifier ? SheetPick::Reach::Range : SheetPick::Reach::Alone;
     for (auto [thumb, drag] : {std::pair(&m_down, Drag::Down), std::pair(&m_across, Drag::Across)})
         if (thumb->isOnTrack(event->position())) {
             m_drag = drag;
@@ -327,7 +356,7 @@ void SheetView::mouseMoveEvent(QMouseEvent* event)
         setHovered(placeAt(m_dragAt));
         const bool onTrack = m_down.isOnTrack(m_dragAt) || m_across.isOnTrack(m_dragAt);
         if (std::exchange(m_isOnTrack, onTrack) != onTrack)
-            update();
+            updateThumbs();
         return;
     }
     dragTo(m_dragAt);

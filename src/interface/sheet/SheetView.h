@@ -1,5 +1,5 @@
-// One sheet of a workbook: its cells in a grid below their letters and beside their numbers, scrolled,
-// picked, copied and searched.
+// One sheet of a workbook: its cells in a grid below their letters and beside their numbers,
+// scrolled, picked, copied and searched.
 //
 // Only cells in sight are drawn. A place in the view is in logical pixels.
 #pragma once
@@ -26,7 +26,8 @@ public:
 
     explicit SheetView(QWidget* parent);
 
-    // Begins at the first cell. `refresh` shows another state of the same sheet and stays where it is.
+    // Begins at the first cell. `refresh` shows another state of the same sheet and stays where it
+    // is.
     void open(const QString& name, Rows rows);
     void refresh(Rows rows);
     const SheetRows& sheet() const { return *m_rows; }
@@ -79,10 +80,11 @@ private:
     // The cells that can be picked: those with contents, and empty ones that fill the view.
     CellPlace last() const;
     QRect cells() const; // the area below the letters and beside the numbers
-    CellRange inSight() const;
+    CellRange placesIn(const QRect& part) const;
     void bringIntoSight(CellPlace place);
     void setPick(const SheetPick& pick);
-    void afterScroll();
+    void setThumbs();
+    void updateThumbs();
     void takeRows(Rows rows);
     bool moveByKey(const QKeyEvent& event);
     void pickHeading(QPoint at, SheetPick::Reach reach);
@@ -90,6 +92,7 @@ private:
     void setHovered(std::optional<CellPlace> place);
     void tellPick();
 
+    void paintPart(QPainter& painter, const QRect& part);
     void paintGrid(QPainter& painter, const CellRange& seen) const;
     void paintTexts(QPainter& painter, const CellRange& seen) const;
     void paintText(QPainter& painter, CellPlace place, const SheetCell& cell) const;
@@ -103,7 +106,8 @@ private:
     QString m_name;
     Rows m_rows;
     SheetLayout m_layout;
-    QPoint m_scroll; // how far the first cell is above and left of the area
+    QPoint m_scroll;     // how far the first cell is above and left of the area
+    QPoint m_lastScroll; // when the thumbs were told to be painted
     SheetPick m_pick;
     bool m_isUnpainted = false; // since open()
 
@@ -111,7 +115,14 @@ private:
     std::vector<CellPlace> m_found;
     int m_currentFound = -1;
 
-    enum class Drag : unsigned char { None, Cells, Columns, Rows, Down, Across } m_drag = Drag::None;
+    enum class Drag : unsigned char {
+        None,
+        Cells,
+        Columns,
+        Rows,
+        Down,
+        Across
+    } m_drag = Drag::None;
     QPoint m_dragAt{-1, -1}; // the pointer
     bool m_isOnTrack = false;
     ScrollThumb m_down{Qt::Vertical}, m_across{Qt::Horizontal};

@@ -153,8 +153,8 @@ QString WorkbookScreen::countWords() const
 
 QRect WorkbookScreen::body() const
 {
-    const int foot = (m_tabs->count() > 0 ? SheetTabs::barHeight : 0) +
-                     (m_notice.isEmpty() ? 0 : noticeHeight);
+    const int foot =
+        (m_tabs->count() > 0 ? SheetTabs::barHeight : 0) + (m_notice.isEmpty() ? 0 : noticeHeight);
     return rect().adjusted(0, headHeight, 0, -foot);
 }
 
@@ -166,8 +166,8 @@ void WorkbookScreen::layOut()
     m_view->setGeometry(area.adjusted(0, bar, 0, 0));
     const int words =
         static_cast<int>(Lettering(TypeStyle::Small).width(countWords())) + 2 * footSide;
-    m_tabs->setGeometry(8, height() - SheetTabs::barHeight + 1, std::max(120, width() - 8 - words),
-        SheetTabs::barHeight - 1);
+    m_tabs->setGeometry(8, height() - SheetTabs::barHeight, std::max(120, width() - 8 - words),
+        SheetTabs::barHeight);
     int right = width() - buttonEdge;
     for (BarButton* button : {m_close, m_more, m_search}) {
         button->resize(button->sizeHint());
@@ -225,7 +225,8 @@ void WorkbookScreen::paintNote(QPainter& painter) const
 {
     const Palette& colors = corvelle::palette(schemeOf(*this));
     const Lettering title(TypeStyle::AlertTitle), detail(TypeStyle::LabelText);
-    const QRectF box((width() - noteWidth) / 2.0, body().top() + body().height() * 0.36, noteWidth, 0);
+    const QRectF box(
+        (width() - noteWidth) / 2.0, body().top() + body().height() * 0.36, noteWidth, 0);
     double top = box.top();
     const auto draw = [&](const Lettering& letters, const QString& words, const QColor& ink) {
         painter.setPen(ink);

@@ -1,5 +1,5 @@
-// An opened workbook over the window: its head row, the picked cell, the sheet, and the names of all
-// sheets. Or the sentence that says why there is none to see.
+// An opened workbook over the window: its head row, the picked cell, the sheet, and the names of
+// all sheets. Or the sentence that says why there is none to see.
 #pragma once
 
 #include "interface/sheet/SheetView.h"

@@ -32,6 +32,7 @@ constexpr QSize firstSize(1440, 900);
 constexpr QSize leastSize(760, 480);
 constexpr int edge = 16;          // of the chrome from the window's sides and top
 constexpr int bottomEdge = 20;    // and from its lower edge
+constexpr int filledEdge = 84;    // where what is open has a bar there
 constexpr int emptyNoteTop = 330; // of 900: a little above the middle
 constexpr double keyZoomFactor = 1.2;
 
@@ -166,8 +167,10 @@ void MainWindow::layOut()
     const int aboveDock = m_dock->y() - edge + reach;
     m_progress->move((width() - m_progress->width()) / 2, aboveDock - m_progress->height());
     m_working->move((width() - m_working->width()) / 2, aboveDock - m_working->height());
+    const bool isFilled = m_opened && m_opened->holdsCrumbs();
     if (m_scratch)
-        m_scratch->move(edge - reach, height() - bottomEdge - m_scratch->height() + reach);
+        m_scratch->move(edge - reach,
+            height() - (isFilled ? filledEdge : bottomEdge) - m_scratch->height() + reach);
 }
 
 void MainWindow::resizeEvent(QResizeEvent*)

@@ -1,5 +1,5 @@
-// What shows an opened item over the canvas. The window has one for each kind of viewer, and lets one
-// at a time show something.
+// What shows an opened item over the canvas. The window has one for each kind of viewer, and lets
+// one at a time show something.
 //
 // Main thread. The window owns viewer and surface.
 #pragma once

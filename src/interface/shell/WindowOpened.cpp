@@ -1,5 +1,5 @@
-// What is open over the canvas, whatever shows it: which viewer that is, its coming and going, and what
-// scripts are told of it.
+// What is open over the canvas, whatever shows it: which viewer that is, its coming and going, and
+// what scripts are told of it.
 #include "interface/shell/CardMenus.h"
 #include "interface/shell/CrumbBar.h"
 #include "interface/shell/Dock.h"

@@ -66,8 +66,7 @@ void WorkbookViewer::showState()
     case OpenWorkbook::State::Reading:
         return m_screen->showNote(u"Reading sheet…"_s);
     case OpenWorkbook::State::TooLarge:
-        return m_screen->showNote(
-            u"This workbook is over 20 MB, too large to read here."_s,
+        return m_screen->showNote(u"This workbook is over 20 MB, too large to read here."_s,
             u"Workbooks up to 20 MB preview here. Open this one in its app; nothing about it changes."_s);
     case OpenWorkbook::State::Unreadable:
         return m_screen->showNote(u"Couldn’t preview this workbook"_s,
@@ -100,8 +99,8 @@ QJsonObject WorkbookViewer::told() const
         {u"scroll"_s, QJsonArray{view.scrollPlace().x(), view.scrollPlace().y()}},
         {u"scrollRange"_s, QJsonArray{view.scrollRange().x(), view.scrollRange().y()}}};
     if (m_screen->note().isEmpty() && m_isPresented) {
-        const QRect place = view.rectOf(pick.picked)
-                                .translated(view.mapTo(m_screen->parentWidget(), QPoint()));
+        const QRect place =
+            view.rectOf(pick.picked).translated(view.mapTo(m_screen->parentWidget(), QPoint()));
         told[u"rows"] = static_cast<qint64>(view.sheet().rows.size());
         told[u"picked"] = QJsonObject{{u"place"_s, placeName(pick.picked)},
             {u"text"_s, textAt(view.sheet(), pick.picked)},

@@ -18,8 +18,7 @@ Arrival::Arrival(QWidget& surface)
     m_motion.setEndValue(1.0);
     m_motion.setDuration(motion::baseMs);
     m_motion.setEasingCurve(QEasingCurve::OutCubic);
-    connect(
-        &m_motion, &QVariantAnimation::valueChanged, &surface, qOverload<>(&QWidget::update));
+    connect(&m_motion, &QVariantAnimation::valueChanged, &surface, qOverload<>(&QWidget::update));
     connect(&m_motion, &QVariantAnimation::finished, this, &Arrival::end);
 }
 
