@@ -116,17 +116,20 @@ void SheetView::paintTexts(QPainter& painter, const CellRange& seen) const
 
 void SheetView::paintPick(QPainter& painter) const
 {
-    const auto frame = [&](const QRect& box, int thickness) {
-        const QRect outer = box.adjusted(-1, -1, 0, 0);
+    // On the lines of the grid; before the first row and column there is none.
+    const auto frame = [&](const CellRange& range, int thickness) {
+        const QRect outer =
+            rectOf(range.from)
+                .united(rectOf(range.to))
+                .adjusted(range.from.column > 0 ? -1 : 0, range.from.row > 0 ? -1 : 0, 0, 0);
         const QRegion line =
             QRegion(outer) - outer.adjusted(thickness, thickness, -thickness, -thickness);
         for (const QRect& part : line)
             painter.fillRect(part, colors().accent);
     };
-    const CellRange picked = m_pick.range();
-    if (!picked.isOne())
-        frame(rectOf(picked.from).united(rectOf(picked.to)), 1);
-    frame(rectOf(m_pick.picked), 2);
+    if (!m_pick.range().isOne())
+        frame(m_pick.range(), 1);
+    frame({m_pick.picked, m_pick.picked}, 2);
 }
 
 void SheetView::paintLetters(QPainter& painter, const CellRange& seen) const
