@@ -52,7 +52,10 @@ protected:
 
     QJsonObject opened() { return program->state()["open"].toObject(); }
     QString note() { return opened()["note"].toString(); }
-    QString picked(const char* what) { return opened().value("picked").toObject().value(what).toString(); }
+    QString picked(const char* what)
+    {
+        return opened().value("picked").toObject().value(what).toString();
+    }
     QString idOf(const QString& name) { return program->tree().idAt("My Space/" + name); }
     void open(const QString& name)
     {
@@ -116,7 +119,8 @@ TEST_F(Sheets, sayWhatTheyCannotShow)
     open("Costs.xlsx");
     program->key("Ctrl+PgDown");
     program->settle();
-    ASSERT_TRUE(waitUntil([&] { return note() == "This sheet is empty."; })) << note().toStdString();
+    ASSERT_TRUE(waitUntil([&] { return note() == "This sheet is empty."; }))
+        << note().toStdString();
     program->key("Ctrl+PgDown");
     program->settle();
     const QString gone = "This sheet couldn’t be read. Open the workbook in its app to see it.";

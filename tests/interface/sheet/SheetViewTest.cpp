@@ -74,8 +74,8 @@ protected:
 
 TEST(SheetLayout, givesColumnsTheWidthOfTheirContents)
 {
-    const SheetLayout layout(
-        *sheetOf({{u"a"_s, QString(), u"long enough text"_s}, {QString(), QString(), QString(900, u'x')}, {}}),
+    const SheetLayout layout(*sheetOf({{u"a"_s, QString(), u"long enough text"_s},
+                                 {QString(), QString(), QString(900, u'x')}, {}}),
         [](const QString& text) { return 8.0 * static_cast<double>(text.size()); });
     EXPECT_EQ(layout.columns(), 3);
     EXPECT_EQ(layout.rows(), 3);
@@ -209,7 +209,8 @@ TEST_F(Sheet, looksTheSameHoweverItCameThere)
 {
     show(largeSheet());
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
-    for (const QPoint to : {QPoint(0, 60), QPoint(0, 33), QPoint(140, 33), QPoint(90, 400)}) {
+    for (const QPoint to : {QPoint(0, 60), QPoint(0, 33), QPoint(140, 33), QPoint(140, 400),
+             QPoint(150, 400), QPoint(150, 420)}) {
         view.scrollTo(to);
         QTest::qWait(30);
     }
