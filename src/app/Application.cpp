@@ -481,7 +481,7 @@ QStringList Application::busyWith() const
         busy.append(u"upkeep"_s);
     if (!m_window->canvasView().isSettled())
         busy.append(u"cards"_s);
-    if (!m_window->isPageSettled())
+    if (!m_window->isOpenedSettled())
         busy.append(u"page"_s);
     return busy;
 }

@@ -9,6 +9,7 @@ enum class Viewer : unsigned char {
     None, // it opens in its own application
     Page,
     Markdown,
+    Workbook,
 };
 
 Viewer viewerOf(const Node& node);

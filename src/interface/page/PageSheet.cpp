@@ -1,13 +1,12 @@
 #include "interface/page/PageSheet.h"
 
-#include "interface/page/FindBar.h"
 #include "interface/theme/Fonts.h"
 #include "interface/theme/Shadows.h"
 #include "interface/widgets/BarButton.h"
+#include "interface/widgets/FindBar.h"
 #include "interface/widgets/Look.h"
 
 #include <QCoreApplication>
-#include <QEasingCurve>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -30,7 +29,8 @@ PageSheet::PageSheet(ItemLooks items, MentionSource mentions, QWidget* parent)
     , m_view(new PageView(std::move(items), std::move(mentions), this))
     , m_more(new BarButton(Icon::More, u"More"_s, this))
     , m_close(new BarButton(Icon::Close, u"Close"_s, this))
-    , m_find(new FindBar(this))
+    , m_find(new FindBar(u"Find in the page"_s, this))
+    , m_arrival(*this)
 {
     m_close->setName(u"Close"_s, QKeySequence(Qt::Key_Escape).toString(QKeySequence::NativeText));
     setTabOrder(m_view, m_more);
@@ -43,12 +43,7 @@ PageSheet::PageSheet(ItemLooks items, MentionSource mentions, QWidget* parent)
     connect(m_find, &FindBar::wordsChanged, m_view, &PageView::find);
     connect(m_find, &FindBar::stepWanted, m_view, &PageView::goToFound);
     connect(m_find, &FindBar::closeWanted, this, &PageSheet::closeFind);
-    m_motion.setStartValue(0.0);
-    m_motion.setEndValue(1.0);
-    m_motion.setDuration(motion::baseMs);
-    m_motion.setEasingCurve(QEasingCurve::OutCubic);
-    connect(&m_motion, &QVariantAnimation::valueChanged, this, qOverload<>(&QWidget::update));
-    connect(&m_motion, &QVariantAnimation::finished, this, &PageSheet::arrive);
+    connect(&m_arrival, &Arrival::ended, this, &PageSheet::stand);
 }
 
 PageSheet::~PageSheet() = default;
@@ -86,7 +81,7 @@ void PageSheet::layOut()
 
 void PageSheet::resizeEvent(QResizeEvent*)
 {
-    arrive();
+    m_arrival.end();
     layOut();
 }
 
@@ -102,10 +97,8 @@ void PageSheet::showParts(bool shows)
     m_close->setVisible(shows);
 }
 
-void PageSheet::arrive()
+void PageSheet::stand()
 {
-    m_motion.stop();
-    m_picture = {};
     const bool hadFocus = hasFocus();
     showParts(true);
     if (hadFocus)
@@ -115,7 +108,7 @@ void PageSheet::arrive()
 
 void PageSheet::takeFocus()
 {
-    if (isComing())
+    if (m_arrival.isComing())
         setFocus();
     else
         m_view->setFocus();
@@ -123,16 +116,10 @@ void PageSheet::takeFocus()
 
 void PageSheet::comeFrom(const QRectF& card)
 {
-    arrive();
+    m_arrival.end();
     layOut();
-    if (isMotionReduced(*this) || card.isEmpty() || !isVisible())
-        return;
-    // The sheet as it will stand there is one picture while it grows.
-    const QRect place = sheet();
-    m_picture = grab(place);
-    m_from = card;
-    showParts(false);
-    m_motion.start();
+    if (m_arrival.begin(sheet(), card))
+        showParts(false);
 }
 
 // ---- painting ----
@@ -167,23 +154,13 @@ void PageSheet::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    const double share = !isComing() ? 1 : m_motion.currentValue().toDouble();
     QColor dim = corvelle::palette(schemeOf(*this)).dim;
-    dim.setAlphaF(dim.alphaF() * static_cast<float>(share));
+    dim.setAlphaF(dim.alphaF() * static_cast<float>(m_arrival.share()));
     painter.fillRect(rect(), dim);
-    if (!isComing()) {
+    if (m_arrival.isComing())
+        m_arrival.paint(painter, sheet(), radius::sheet);
+    else
         paintSheet(painter, sheet());
-        return;
-    }
-    const QRectF to = sheet();
-    const auto between = [share](double a, double b) { return a + (b - a) * share; };
-    const QRectF box(between(m_from.left(), to.left()), between(m_from.top(), to.top()),
-        between(m_from.width(), to.width()), between(m_from.height(), to.height()));
-    painter.setOpacity(std::min(1.0, 0.25 + share));
-    QPainterPath shape;
-    shape.addRoundedRect(box, radius::sheet, radius::sheet);
-    painter.setClipPath(shape);
-    painter.drawPixmap(box, m_picture, QRectF(m_picture.rect()));
 }
 
 // ---- input ----
@@ -191,8 +168,8 @@ void PageSheet::paintEvent(QPaintEvent*)
 // Nobody waits for the sheet to come up: a key ends that, and is the page's.
 bool PageSheet::event(QEvent* event)
 {
-    if (event->type() == QEvent::KeyPress && isComing()) {
-        arrive();
+    if (event->type() == QEvent::KeyPress && m_arrival.isComing()) {
+        m_arrival.end();
         QCoreApplication::sendEvent(m_view, event);
         return true;
     }
@@ -201,7 +178,7 @@ bool PageSheet::event(QEvent* event)
 
 void PageSheet::mousePressEvent(QMouseEvent* event)
 {
-    arrive();
+    m_arrival.end();
     if (event->button() == Qt::BackButton || event->button() == Qt::ForwardButton)
         event->ignore(); // the window goes back and forward
     else if (!sheet().contains(event->position().toPoint()))

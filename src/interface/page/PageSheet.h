@@ -3,9 +3,7 @@
 
 #include "interface/page/PageView.h"
 #include "interface/theme/Icons.h"
-
-#include <QPixmap>
-#include <QVariantAnimation>
+#include "interface/widgets/Arrival.h"
 
 namespace corvelle {
 
@@ -51,9 +49,8 @@ private:
     QRect sheet() const;
     void layOut();
     void showParts(bool shows);
-    void arrive();
+    void stand();
     void escape();
-    bool isComing() const { return !m_picture.isNull(); }
     void paintSheet(QPainter& painter, const QRectF& box) const;
 
     PageView* m_view;
@@ -64,9 +61,7 @@ private:
     Icon m_sign = Icon::Page;
     QString m_name;
 
-    QVariantAnimation m_motion;
-    QRectF m_from;
-    QPixmap m_picture; // of the sheet, while it comes up
+    Arrival m_arrival;
 };
 
 } // namespace corvelle

@@ -21,4 +21,7 @@ std::vector<MenuRow> canvasMenu(const CanvasMenuState& state);
 std::vector<MenuRow> pageMenu(bool isFile);
 std::vector<MenuRow> pageTextMenu(bool canCopy);
 
+// Of a workbook that is open.
+std::vector<MenuRow> workbookMenu(bool hasSheet);
+
 } // namespace corvelle

@@ -1,12 +1,12 @@
 #include "interface/shell/MainWindow.h"
 
 #include "base/Log.h"
-#include "canvas/OpenDocument.h"
-#include "interface/page/PageSheet.h"
 #include "interface/shell/CanvasNotes.h"
 #include "interface/shell/CrumbBar.h"
 #include "interface/shell/Dock.h"
+#include "interface/shell/PageViewer.h"
 #include "interface/shell/ToolBar.h"
+#include "interface/shell/WorkbookViewer.h"
 #include "interface/shell/ZoomBar.h"
 #include "interface/theme/Shadows.h"
 #include "interface/trash/TrashView.h"
@@ -32,6 +32,7 @@ constexpr QSize firstSize(1440, 900);
 constexpr QSize leastSize(760, 480);
 constexpr int edge = 16;          // of the chrome from the window's sides and top
 constexpr int bottomEdge = 20;    // and from its lower edge
+constexpr int filledEdge = 84;    // where what is open has a bar there
 constexpr int emptyNoteTop = 330; // of 900: a little above the middle
 constexpr double keyZoomFactor = 1.2;
 
@@ -46,8 +47,8 @@ MainWindow::MainWindow(CanvasModel& model, CanvasCommands& commands, bool showsS
     , m_dock(new Dock(this))
     , m_tools(new ToolBar(this))
     , m_trash(new TrashView(this))
-    , m_document(new OpenDocument(model.library(), this))
-    , m_page(new PageSheet(itemLooks(), mentionFacts(), this))
+    , m_page(new PageViewer(model.library(), this))
+    , m_workbook(new WorkbookViewer(model.library(), this))
     , m_working(new LineNote(LineNote::Tone::Inverse, this))
     , m_empty(new EmptyNote(this))
     , m_progress(new LineNote(LineNote::Tone::Inverse, this))
@@ -55,8 +56,10 @@ MainWindow::MainWindow(CanvasModel& model, CanvasCommands& commands, bool showsS
     setWindowTitle(u"Corvelle"_s);
     setMinimumSize(leastSize);
     resize(firstSize);
-    m_page->hide();
-    m_page->lower();
+    for (OpenedViewer* viewer : viewers()) {
+        viewer->surface().hide();
+        viewer->surface().lower();
+    }
     m_trash->hide();
     m_trash->lower();
     m_canvas->lower();
@@ -71,7 +74,8 @@ MainWindow::MainWindow(CanvasModel& model, CanvasCommands& commands, bool showsS
     setTabOrder(m_tools, m_canvas);
     setTabOrder(m_canvas, m_dock);
     setTabOrder(m_dock, m_zoom);
-    setTabOrder(m_zoom, m_page);
+    setTabOrder(m_zoom, &m_page->surface());
+    setTabOrder(&m_page->surface(), &m_workbook->surface());
 
     Library& library = model.library();
     connect(&model, &CanvasModel::cardsChanged, this, &MainWindow::updateEmptyNote);
@@ -89,7 +93,7 @@ MainWindow::MainWindow(CanvasModel& model, CanvasCommands& commands, bool showsS
 
     addShortcuts();
     connectActs();
-    connectPage();
+    connectOpened();
     takeScheme();
     updateEmptyNote();
     m_canvas->setFocus();
@@ -151,19 +155,22 @@ void MainWindow::layOut()
 {
     m_canvas->setGeometry(rect());
     m_trash->setGeometry(rect());
-    m_page->setGeometry(rect());
+    for (OpenedViewer* viewer : viewers())
+        viewer->surface().setGeometry(rect());
     m_tools->move(width() - edge - m_tools->width(), edge);
     m_dock->move((width() - m_dock->width()) / 2, height() - bottomEdge - m_dock->height());
     m_crumbs->setMostWidth(width() - 3 * edge - m_tools->width());
-    m_crumbs->move(edge, edge);
+    m_crumbs->move(m_crumbs->isBare() ? QPoint(edge / 2, 2) : QPoint(edge, edge));
     m_zoom->move(width() - edge - m_zoom->width(), height() - bottomEdge - m_zoom->height());
     m_empty->move((width() - m_empty->width()) / 2, height() * emptyNoteTop / firstSize.height());
     const int reach = shadowReach(Elevation::Hint);
     const int aboveDock = m_dock->y() - edge + reach;
     m_progress->move((width() - m_progress->width()) / 2, aboveDock - m_progress->height());
     m_working->move((width() - m_working->width()) / 2, aboveDock - m_working->height());
+    const bool isFilled = m_opened && m_opened->holdsCrumbs();
     if (m_scratch)
-        m_scratch->move(edge - reach, height() - bottomEdge - m_scratch->height() + reach);
+        m_scratch->move(edge - reach,
+            height() - (isFilled ? filledEdge : bottomEdge) - m_scratch->height() + reach);
 }
 
 void MainWindow::resizeEvent(QResizeEvent*)
@@ -245,8 +252,8 @@ void MainWindow::showAlert(const Alert& alert, std::function<void(int)> chosen)
         m_alertPanel, &AlertPanel::chosen, this, [this, chosen = std::move(chosen)](int answer) {
             m_alert.reset();
             m_alertPanel.clear();
-            if (showsPage())
-                m_page->takeFocus();
+            if (showsOpened())
+                m_opened->takeFocus();
             else
                 m_canvas->setFocus();
             chosen(answer);

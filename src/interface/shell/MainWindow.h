@@ -3,7 +3,6 @@
 
 #include "canvas/CanvasModel.h"
 #include "interface/canvas/CanvasView.h"
-#include "interface/page/ShownText.h"
 #include "interface/widgets/AlertPanel.h"
 #include "interface/widgets/MenuPanel.h"
 #include "interface/widgets/ToastStack.h"
@@ -28,10 +27,11 @@ class CrumbBar;
 class Dock;
 class EmptyNote;
 class LineNote;
-class OpenDocument;
-class PageSheet;
+class OpenedViewer;
+class PageViewer;
 class ToolBar;
 class TrashView;
+class WorkbookViewer;
 class ZoomBar;
 
 class MainWindow : public QWidget
@@ -67,9 +67,9 @@ public:
     QJsonArray menuJson() const;
     void closeOverlays();
 
-    // ---- the page over the canvas: WindowPage.cpp ----
-    bool showsPage() const;
-    bool isPageSettled() const;
+    // ---- what is open over the canvas: WindowOpened.cpp ----
+    bool showsOpened() const;
+    bool isOpenedSettled() const;
     // Opens the field for finding with these words.
     void findInOpened(const QString& words);
     // What is open, as a script sees it; null for nothing.
@@ -128,15 +128,20 @@ private:
     void tellWithUndo(const QString& text, const QString& undoName);
     void fillTrash();
     void showWorking();
-    bool isCanvasCovered() const { return showsTrash() || showsPage(); }
+    bool isCanvasCovered() const { return showsTrash() || showsOpened(); }
 
-    void connectPage();
+    void connectOpened();
+    OpenedViewer* viewerFor(const Node& node) const;
+    std::vector<OpenedViewer*> viewers() const;
     void showOpened();
-    void showDocument(bool again);
-    void namePage();
+    void leaveOpened();
+    void presentOpened();
+    void nameOpened();
     void showChrome(bool shows);
-    ItemLooks itemLooks() const;
-    MentionSource mentionFacts() const;
+    void openWorkbookMenu(QPoint at);
+
+    // ---- WindowPage.cpp ----
+    void connectPage();
     void followItem(const QString& id);
     void followAddress(const QString& address);
     void openPageMenu(QPoint at);
@@ -153,11 +158,12 @@ private:
     Dock* m_dock;
     ToolBar* m_tools;
     TrashView* m_trash;
-    OpenDocument* m_document;
-    PageSheet* m_page;
-    QElapsedTimer m_opening;     // since something was opened
-    double m_paintedAfterMs = 0; // it was first painted
-    QString m_wordsToFind;       // once what is being opened is there
+    PageViewer* m_page;
+    WorkbookViewer* m_workbook;
+    OpenedViewer* m_opened = nullptr; // that something is open in, read or shown
+    QElapsedTimer m_opening;          // since something was opened
+    double m_paintedAfterMs = 0;      // it was first painted
+    QString m_wordsToFind;            // once what is being opened is there
     QPointer<MenuPanel> m_menu;
     LineNote* m_working; // while the main thread is kept
     QTimer m_workingEnds;

@@ -1,18 +1,9 @@
-// The page or Markdown file over the canvas: opened, followed, copied and exported.
-#include "canvas/CanvasCommands.h"
-#include "canvas/OpenDocument.h"
-#include "interface/page/FindBar.h"
+// The page or Markdown file over the canvas: followed, copied and exported.
 #include "interface/page/PageCopy.h"
-#include "interface/page/PageSheet.h"
 #include "interface/shell/CardMenus.h"
-#include "interface/shell/CrumbBar.h"
-#include "interface/shell/Dock.h"
 #include "interface/shell/MainWindow.h"
-#include "interface/shell/ToolBar.h"
-#include "interface/shell/ZoomBar.h"
-#include "interface/wording/Wording.h"
+#include "interface/shell/PageViewer.h"
 #include "library/FileNames.h"
-#include "library/ItemFacts.h"
 #include "pages/PageHtml.h"
 #include "pages/PageMarkdown.h"
 #include "platform/Desktop.h"
@@ -22,7 +13,6 @@
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QSaveFile>
-#include <QShortcut>
 #include <QStandardPaths>
 
 using namespace Qt::StringLiterals;
@@ -52,129 +42,15 @@ bool isOpenedElsewhere(const QUrl& url)
 
 void MainWindow::connectPage()
 {
-    connect(&m_model, &CanvasModel::openedChanged, this, &MainWindow::showOpened);
-    connect(m_document, &OpenDocument::read, this, &MainWindow::showDocument);
-    connect(m_document, &OpenDocument::unreadable, this, [this](const QString& sentence) {
-        m_toasts->show({u"page"_s, Icon::Alert, sentence, {}, {}});
-        m_model.closeOver();
-    });
-    connect(&m_model.library(), &Library::treeChanged, this, [this](const TreeChange& change) {
-        if (change.everything || change.nodes.contains(m_model.openedID()))
-            namePage();
-        if (showsPage() && (change.everything || !change.nodes.isEmpty()))
-            m_page->view().refreshItems();
-    });
-    connect(m_page, &PageSheet::closeWanted, this, [this] { m_model.closeOver(); });
-    connect(m_page, &PageSheet::moreWanted, this,
-        [this] { openPageMenu(m_page->moreButton().bottomLeft() + QPoint(0, 6)); });
-    connect(&m_page->view(), &PageView::painted, this,
-        [this] { m_paintedAfterMs = static_cast<double>(m_opening.nsecsElapsed()) / 1e6; });
+    connect(&m_page->sheet(), &PageSheet::moreWanted, this,
+        [this] { openPageMenu(m_page->sheet().moreButton().bottomLeft() + QPoint(0, 6)); });
     connect(&m_page->view(), &PageView::menuWanted, this, &MainWindow::openTextMenu);
     connect(&m_page->view(), &PageView::itemWanted, this, &MainWindow::followItem);
     connect(&m_page->view(), &PageView::addressWanted, this, &MainWindow::followAddress);
-    connect(new QShortcut(QKeySequence(u"Ctrl+F"_s), this), &QShortcut::activated, this, [this] {
-        if (showsPage() && !m_alertPanel)
-            m_page->openFind();
+    connect(&m_model.library(), &Library::treeChanged, this, [this](const TreeChange& change) {
+        if (m_opened == m_page && (change.everything || !change.nodes.isEmpty()))
+            m_page->view().refreshItems();
     });
-}
-
-bool MainWindow::showsPage() const
-{
-    return m_page->isVisibleTo(this);
-}
-
-// ---- opening and closing ----
-
-void MainWindow::showOpened()
-{
-    const QString& id = m_model.openedID();
-    if (!id.isEmpty()) {
-        m_opening.start();
-        showTrash(false);
-        m_document->open(id);
-        return;
-    }
-    m_document->close();
-    m_wordsToFind.clear();
-    if (!showsPage())
-        return;
-    m_page->closeFind();
-    m_page->hide();
-    showChrome(true);
-    m_crumbs->setOpened({});
-    if (m_menu)
-        m_menu->closeMenu(); // it was the page's
-    if (!m_alertPanel)
-        m_canvas->setFocus();
-}
-
-void MainWindow::showDocument(bool again)
-{
-    const Node* node = m_model.library().node(m_document->id());
-    if (!node)
-        return;
-    const OpenDocument::Contents& contents = m_document->contents();
-    const bool page = viewerOf(*node) == Viewer::Page;
-    ShownPage shown{contents.text, contents.settings, page ? node->title : QString(),
-        page ? node->icon : QString()};
-    namePage();
-    if (!contents.readable)
-        m_toasts->show({u"page"_s, Icon::Alert, u"“%1” couldn’t be read"_s.arg(node->title),
-            u"What is stored of it stays as it is."_s, {}});
-    if (again && showsPage()) {
-        m_page->view().refresh(std::move(shown));
-        return;
-    }
-    const bool wasOpen = showsPage();
-    m_page->closeFind();
-    m_page->setGeometry(rect());
-    showChrome(false);
-    m_page->show();
-    m_page->view().open(std::move(shown));
-    const PlacedCard* card = m_model.card(node->id);
-    m_page->comeFrom(
-        card && !wasOpen ? toScreen(card->rect(), m_model.camera(), m_model.viewport()) : QRectF());
-    if (!m_alertPanel)
-        m_page->takeFocus();
-    layOut();
-    if (const QString words = std::exchange(m_wordsToFind, {}); !words.isEmpty())
-        findInOpened(words);
-}
-
-void MainWindow::namePage()
-{
-    const Node* node = m_model.library().node(m_document->id());
-    if (!node)
-        return;
-    m_page->setName(kindIcon(node->kind, node->isPicture()), node->title);
-    m_crumbs->setOpened(node->title);
-    const bool page = viewerOf(*node) == Viewer::Page;
-    if (page && showsPage() && m_page->view().page().title != node->title) {
-        ShownPage shown = m_page->view().page();
-        shown.title = node->title;
-        m_page->view().refresh(std::move(shown));
-    }
-}
-
-void MainWindow::showChrome(bool shows)
-{
-    m_dock->setVisible(shows);
-    m_zoom->setVisible(shows);
-    m_tools->setVisible(shows);
-}
-
-ItemLooks MainWindow::itemLooks() const
-{
-    return [&library = m_model.library()](const QString& id) {
-        const Node* node = library.node(id);
-        return node ? ItemLook{kindIcon(node->kind, node->isPicture()), !library.isInTrash(id)}
-                    : ItemLook{Icon::Page, false};
-    };
-}
-
-MentionSource MainWindow::mentionFacts() const
-{
-    return [&library = m_model.library()](const QString& id) { return itemFacts(library, id); };
 }
 
 // ---- following ----
@@ -204,7 +80,7 @@ void MainWindow::followAddress(const QString& address)
 
 void MainWindow::openPageMenu(QPoint at)
 {
-    const Node* node = m_model.library().node(m_document->id());
+    const Node* node = m_model.library().node(m_page->document().id());
     if (!node || m_alertPanel || m_menu)
         return;
     showMenu(
@@ -221,7 +97,7 @@ void MainWindow::openTextMenu(QPoint at)
 
 void MainWindow::actOnPage(const QString& act)
 {
-    const Node* node = m_model.library().node(m_document->id());
+    const Node* node = m_model.library().node(m_page->document().id());
     if (!node)
         return;
     PageView& view = m_page->view();
@@ -249,7 +125,7 @@ void MainWindow::copyPage(bool html)
     const PageNodes nodes = nodesBetween(view.page().text, 0, view.page().text.length());
     if (html) {
         // As words, to be pasted where HTML is written, and as HTML where it is shown.
-        auto copied = copiedBlocks(nodes, mentionFacts());
+        auto copied = copiedBlocks(nodes, m_page->view().mentions());
         copied->setText(copied->html());
         QGuiApplication::clipboard()->setMimeData(copied.release());
     } else {
@@ -267,10 +143,10 @@ void MainWindow::copyPage(bool html)
 void MainWindow::exportPage(const Node& node, bool html)
 {
     const PageView& view = m_page->view();
-    const PageTree page{
-        nodesBetween(view.page().text, 0, view.page().text.length()), m_document->contents().attrs};
+    const PageTree page{nodesBetween(view.page().text, 0, view.page().text.length()),
+        m_page->document().contents().attrs};
     const QByteArray bytes =
-        html ? PageHTML::file(page, node.title, {mentionFacts(), {}, {}}).toUtf8()
+        html ? PageHTML::file(page, node.title, {m_page->view().mentions(), {}, {}}).toUtf8()
              : PageMarkdown::markdownFromDoc(page.content, PageMarkdown::Pictures::Kept).toUtf8();
     const QString ending = html ? u".html"_s : u".md"_s;
     const QString name = safeFileName(node.title);
@@ -292,48 +168,6 @@ void MainWindow::exportPage(const Node& node, bool html)
                 {}});
     });
     openDialog(*dialog);
-}
-
-// ---- for scripts ----
-
-QJsonValue MainWindow::openedJson() const
-{
-    const Node* node = m_model.library().node(m_model.openedID());
-    if (!node)
-        return {};
-    const PageView& view = m_page->view();
-    QJsonObject told{{u"id"_s, node->id}, {u"kind"_s, word(node->kind)}, {u"shown"_s, showsPage()},
-        {u"paintedAfter"_s, m_paintedAfterMs}, {u"scroll"_s, view.scrollPlace()},
-        {u"scrollRange"_s, view.scrollRange()}};
-    QJsonArray targets;
-    for (const auto& [target, place] : showsPage()
-                                           ? m_page->view().targetsInSight()
-                                           : std::vector<std::pair<TargetInPage, QRectF>>()) {
-        const QPointF at = m_page->view().mapTo(this, place.topLeft().toPoint());
-        targets.append(QJsonObject{{u"item"_s, target.target.item}, {u"label"_s, target.label},
-            {u"address"_s, target.target.link ? target.target.link->href : QString()},
-            {u"place"_s, QJsonArray{at.x(), at.y(), place.width(), place.height()}}});
-    }
-    told[u"targets"] = targets;
-    if (m_page->isFinding())
-        told[u"find"] = QJsonObject{{u"words"_s, m_page->findBar().words()},
-            {u"current"_s, view.currentFound()}, {u"count"_s, view.foundCount()}};
-    return told;
-}
-
-bool MainWindow::isPageSettled() const
-{
-    return !m_document->isReading() && m_page->view().pictures().isIdle();
-}
-
-void MainWindow::findInOpened(const QString& words)
-{
-    if (m_document->isReading()) {
-        m_wordsToFind = words;
-        return;
-    }
-    m_page->openFind();
-    m_page->setFindWords(words);
 }
 
 } // namespace corvelle

@@ -70,6 +70,14 @@ GlassPanel::~GlassPanel()
     delete m_shadow;
 }
 
+void GlassPanel::setBare(bool bare)
+{
+    m_isBare = bare;
+    if (m_shadow)
+        m_shadow->setVisible(!bare && isVisible());
+    update();
+}
+
 void GlassPanel::appear()
 {
     m_motion.stop();
@@ -127,6 +135,8 @@ QColor GlassPanel::fillColor() const
 
 void GlassPanel::paintEvent(QPaintEvent*)
 {
+    if (m_isBare)
+        return;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     QPainterPath surface;
@@ -159,7 +169,7 @@ bool GlassPanel::event(QEvent* event)
     case QEvent::Show:
     case QEvent::ShowToParent:
         placeShadow();
-        if (m_shadow)
+        if (m_shadow && !m_isBare)
             m_shadow->show();
         break;
     case QEvent::HideToParent:

@@ -31,6 +31,10 @@ public:
     GlassPanel(Fill fill, double radius, QWidget* parent);
     ~GlassPanel() override;
 
+    // Without surface and shadow: only what is on it shows, on a surface of others.
+    void setBare(bool bare);
+    bool isBare() const { return m_isBare; }
+
     // Shows the panel: it fades in while it comes up by a few pixels to where it stands.
     void appear();
 
@@ -57,6 +61,7 @@ private:
     const double m_radius;
     QPointer<PanelShadow> m_shadow;
     QVariantAnimation m_motion;
+    bool m_isBare = false;
     bool m_isLeaving = false;
     bool m_isRising = false;
     QPoint m_place;   // where it stands once it has risen

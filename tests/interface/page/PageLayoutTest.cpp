@@ -1,8 +1,8 @@
 // A page cut into pieces: heights, places, and what stays still.
 #include "interface/page/PageLayout.h"
-#include "interface/page/FindBar.h"
 #include "interface/page/PageAccessible.h"
 #include "interface/page/PageSheet.h"
+#include "interface/widgets/FindBar.h"
 #include "pages/PageDocument.h"
 #include "support/Printing.h"
 

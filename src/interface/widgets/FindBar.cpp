@@ -1,4 +1,4 @@
-#include "interface/page/FindBar.h"
+#include "interface/widgets/FindBar.h"
 
 #include "interface/theme/Fonts.h"
 #include "interface/widgets/BarButton.h"
@@ -20,14 +20,14 @@ constexpr int fieldWidth = 220, countWidth = 76, barHeight = 44;
 
 } // namespace
 
-FindBar::FindBar(QWidget* parent)
+FindBar::FindBar(const QString& where, QWidget* parent)
     : GlassPanel(Fill::Panel, radius::menu, parent)
     , m_field(new QLineEdit(this))
     , m_count(new QLabel(this))
 {
     setAccessibleName(u"Find"_s);
-    m_field->setAccessibleName(u"Find in the page"_s);
-    m_field->setPlaceholderText(u"Find in the page"_s);
+    m_field->setAccessibleName(where);
+    m_field->setPlaceholderText(where);
     m_field->setFrame(false);
     m_field->setFixedSize(fieldWidth, 32);
     m_field->setTextMargins(8, 0, 8, 0);

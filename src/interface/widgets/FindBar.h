@@ -14,7 +14,8 @@ class FindBar : public GlassPanel
     Q_OBJECT
 
 public:
-    explicit FindBar(QWidget* parent);
+    // `where` it finds: "Find in the page".
+    FindBar(const QString& where, QWidget* parent);
 
     // Shows it with the keyboard in its field, what stands there selected.
     void open();

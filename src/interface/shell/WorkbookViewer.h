@@ -1,0 +1,45 @@
+// Shows workbooks.
+#pragma once
+
+#include "canvas/OpenWorkbook.h"
+#include "interface/sheet/WorkbookScreen.h"
+#include "interface/shell/OpenedViewer.h"
+
+#include <QTimer>
+
+namespace corvelle {
+
+class WorkbookViewer : public OpenedViewer
+{
+    Q_OBJECT
+
+public:
+    WorkbookViewer(Library& library, QWidget* window);
+
+    WorkbookScreen& screen() { return *m_screen; }
+
+    QWidget& surface() override { return *m_screen; }
+    bool holdsCrumbs() const override { return true; }
+    void open(const Node& node) override;
+    void close() override;
+    void present() override;
+    void setNode(const Node& node) override { m_screen->setName(node.title); }
+    void comeFrom(const QRectF& card) override { m_screen->comeFrom(card); }
+    void takeFocus() override { m_screen->takeFocus(); }
+    void openFind() override { m_screen->openFind(); }
+    void setFindWords(const QString& words) override { m_screen->setFindWords(words); }
+    bool isReading() const override { return m_workbook->isReading(); }
+    QJsonObject told() const override;
+
+private:
+    void took();
+    void showState();
+
+    OpenWorkbook* m_workbook;
+    WorkbookScreen* m_screen;
+    bool m_isPresented = false;
+    int m_shownSheet = -1; // whose rows are on the screen
+    QTimer m_patience;     // before it is told that something is being read
+};
+
+} // namespace corvelle

@@ -1,0 +1,157 @@
+// Workbooks, opened over the canvas and read in the real window.
+#include "documents/ZipWriter.h"
+#include "e2e/Program.h"
+#include "support/Printing.h"
+
+namespace {
+
+using corvelle::ZipWriter;
+
+const QByteArray names = " xmlns='http://schemas.openxmlformats.org/spreadsheetml/2006/main'"
+                         " xmlns:r='http://schemas.openxmlformats.org/officeDocument/2006/"
+                         "relationships'";
+
+// One cell for each word.
+QByteArray sheetPart(int rows, const QByteArrayList& words)
+{
+    QByteArray part = "<worksheet" + names + "><sheetData>";
+    for (int row = 0; row < rows; ++row) {
+        part += "<row>";
+        for (const QByteArray& word : words)
+            part += "<c t='str'><v>" + word + "</v></c>";
+        part += "</row>";
+    }
+    return part + "</sheetData></worksheet>";
+}
+
+QByteArray workbook(int rows, const QByteArrayList& words)
+{
+    ZipWriter zip(QDateTime{});
+    zip.add("xl/workbook.xml",
+        "<workbook" + names +
+            "><sheets><sheet name='Costs'/><sheet name='Empty'/><sheet name='Gone'/></sheets>"
+            "</workbook>");
+    zip.add("xl/worksheets/sheet1.xml", sheetPart(rows, words));
+    zip.add("xl/worksheets/sheet2.xml", sheetPart(0, {}));
+    return zip.finish();
+}
+
+class Sheets : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        home.givenFile("Costs.xlsx", workbook(1200, {"Van", "two\nlines", "420"}));
+        home.givenFile("Macro.XLSM", workbook(1, {"x"}));
+        home.givenFile("Broken.xlsx", "PK, but no workbook");
+        home.givenFile("Huge.xlsx", QByteArray(20'000'001, ' '));
+        program = std::make_unique<Program>(home, Program::Options{{"--size", "1200x800"}, {}});
+        program->settle();
+    }
+    void TearDown() override { EXPECT_EQ(program->quit(), 0); }
+
+    QJsonObject opened() { return program->state()["open"].toObject(); }
+    QString note() { return opened()["note"].toString(); }
+    QString picked(const char* what)
+    {
+        return opened().value("picked").toObject().value(what).toString();
+    }
+    QString idOf(const QString& name) { return program->tree().idAt("My Space/" + name); }
+    void open(const QString& name)
+    {
+        program->tell("open", {{"id", idOf(name)}});
+        program->settle();
+        ASSERT_TRUE(waitUntil([&] { return opened()["shown"].toBool(); }));
+        ASSERT_EQ(opened()["id"].toString(), idOf(name));
+    }
+
+    Home home;
+    std::unique_ptr<Program> program;
+};
+
+TEST_F(Sheets, openFromTheirCardsAndCloseBackIntoThem)
+{
+    const QJsonObject node = program->tree().at("My Space/Costs.xlsx");
+    program->mouse("double", program->onScreen(node));
+    ASSERT_TRUE(waitUntil([&] { return opened()["shown"].toBool(); }));
+    program->settle();
+    EXPECT_EQ(opened()["kind"].toString(), "file");
+    EXPECT_EQ(opened()["sheets"].toArray(), (QJsonArray{"Costs", "Empty", "Gone"}));
+    EXPECT_EQ(opened()["rows"].toInt(), 1000);
+    EXPECT_EQ(opened()["notice"].toString(),
+        "Preview limited to the first 1,000 rows, 40 columns, and 2,000 characters per cell.");
+    program->key("Esc");
+    EXPECT_TRUE(opened().isEmpty());
+    program->key("Alt+Left");
+    ASSERT_TRUE(waitUntil([&] { return opened()["shown"].toBool(); })) << "a place to go back to";
+    program->key("Esc");
+    program->tell("select", {{"ids", QJsonArray{node["id"]}}});
+    program->key("Return");
+    ASSERT_TRUE(waitUntil([&] { return opened()["shown"].toBool(); }));
+    program->tell("trash", {{"ids", QJsonArray{node["id"]}}});
+    program->settle();
+    EXPECT_TRUE(opened().isEmpty());
+}
+
+TEST_F(Sheets, cellsArePickedAndCopied)
+{
+    open("Costs.xlsx");
+    program->key("Down");
+    program->key("Right");
+    EXPECT_EQ(picked("place"), "B2");
+    EXPECT_EQ(picked("text"), "two\nlines");
+    const QJsonArray rect = opened().value("picked").toObject().value("rect").toArray();
+    const QPointF next(rect[0].toDouble() + rect[2].toDouble() + 20, rect[1].toDouble() + 15);
+    program->mouse("press", next);
+    program->mouse("release", next);
+    EXPECT_EQ(picked("text"), "420");
+    program->key("Shift+Left", 2);
+    program->key("Ctrl+C");
+    EXPECT_EQ(program->tell("clipboard")["text/plain"].toString(), "Van\t\"two\nlines\"\t420");
+    program->wheel(QPointF(600, 400), QPoint(0, -5));
+    EXPECT_GT(opened().value("scroll").toArray().at(1).toInt(), 0);
+    program->tell("open", {{"id", idOf("Costs.xlsx")}, {"find", "van"}});
+    EXPECT_EQ(opened().value("find").toObject().value("count").toInt(), 1000);
+}
+
+TEST_F(Sheets, sayWhatTheyCannotShow)
+{
+    open("Costs.xlsx");
+    program->key("Ctrl+PgDown");
+    program->settle();
+    ASSERT_TRUE(waitUntil([&] { return note() == "This sheet is empty."; }))
+        << note().toStdString();
+    program->key("Ctrl+PgDown");
+    program->settle();
+    const QString gone = "This sheet couldn’t be read. Open the workbook in its app to see it.";
+    ASSERT_TRUE(waitUntil([&] { return note() == gone; })) << note().toStdString();
+    program->key("Ctrl+PgUp", 2);
+    program->settle();
+    ASSERT_TRUE(waitUntil([&] { return note().isEmpty(); }));
+    open("Broken.xlsx"); // over the one that is open
+    EXPECT_EQ(note(), "Couldn’t preview this workbook");
+    program->key("Esc");
+    open("Huge.xlsx");
+    EXPECT_EQ(note(), "This workbook is over 20 MB, too large to read here.");
+    program->key("Esc");
+    open("Macro.XLSM");
+    EXPECT_EQ(picked("text"), "x");
+}
+
+TEST_F(Sheets, showTheFileAsItIsNow)
+{
+    open("Macro.XLSM");
+    program->key("Right");
+    home.givenFile("Macro.XLSM", workbook(2, {"x", "new"}));
+    ASSERT_TRUE(waitUntil([&] {
+        program->settle();
+        return picked("text") == "new";
+    }));
+    EXPECT_EQ(picked("place"), "B1");
+    home.givenFile("Macro.XLSM", "half");
+    ::usleep(1'500'000);
+    program->settle();
+    EXPECT_EQ(picked("text"), "new") << "what was read stands while the file is being replaced";
+}
+
+} // namespace

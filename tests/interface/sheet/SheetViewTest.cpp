@@ -1,0 +1,294 @@
+// A sheet in its grid: where cells stand, how they are picked, copied, found and scrolled.
+#include "interface/sheet/ScrollThumb.h"
+#include "interface/sheet/SheetTabs.h"
+#include "interface/sheet/WorkbookScreen.h"
+#include "interface/widgets/FindBar.h"
+#include "support/Printing.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTest>
+#include <QWheelEvent>
+
+#include <gtest/gtest.h>
+
+using namespace corvelle;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+SheetView::Rows sheetOf(const std::vector<QStringList>& rows, bool isCut = false)
+{
+    SheetRows sheet;
+    sheet.isCut = isCut;
+    for (const QStringList& texts : rows) {
+        auto& cells = sheet.rows.emplace_back();
+        for (const QString& text : texts)
+            cells.push_back({text, !text.isEmpty() && text[0].isDigit()});
+    }
+    return std::make_shared<const SheetRows>(std::move(sheet));
+}
+
+SheetView::Rows largeSheet(int rows = 1000, int columns = 40)
+{
+    std::vector<QStringList> all;
+    for (int row = 0; row < rows; ++row) {
+        QStringList& texts = all.emplace_back();
+        for (int column = 0; column < columns; ++column)
+            texts.append(u"%1 in row %2"_s.arg(columnName(column)).arg(row + 1));
+    }
+    return sheetOf(all);
+}
+
+class Sheet : public testing::Test
+{
+protected:
+    void show(SheetView::Rows rows)
+    {
+        view.resize(900, 600);
+        view.show();
+        view.open(u"Costs"_s, std::move(rows));
+    }
+    QString picked() const { return placeName(view.pick().picked); }
+    QString range() const
+    {
+        const CellRange range = view.pick().range();
+        return placeName(range.from) + u':' + placeName(range.to);
+    }
+    void press(CellPlace place, Qt::KeyboardModifiers modifiers = {})
+    {
+        QTest::mouseClick(&view, Qt::LeftButton, modifiers, view.rectOf(place).center());
+    }
+    QString copied()
+    {
+        view.copy();
+        return QGuiApplication::clipboard()->text();
+    }
+
+    SheetView view{nullptr};
+};
+
+} // namespace
+
+TEST(SheetLayout, givesColumnsTheWidthOfTheirContents)
+{
+    const SheetLayout layout(*sheetOf({{u"a"_s, QString(), u"long enough text"_s},
+                                 {QString(), QString(), QString(900, u'x')}, {}}),
+        [](const QString& text) { return 8.0 * static_cast<double>(text.size()); });
+    EXPECT_EQ(layout.columns(), 3);
+    EXPECT_EQ(layout.rows(), 3);
+    EXPECT_EQ(layout.width(0), SheetLayout::leastWidth);
+    EXPECT_EQ(layout.width(1), SheetLayout::emptyWidth);
+    EXPECT_EQ(layout.width(2), SheetLayout::mostWidth);
+    EXPECT_EQ(layout.width(7), SheetLayout::emptyWidth);
+    for (const int column : {0, 1, 2, 3, 30}) {
+        EXPECT_EQ(layout.columnAt(layout.left(column)), column);
+        EXPECT_EQ(layout.columnAt(layout.left(column + 1) - 1), column);
+    }
+    EXPECT_EQ(SheetLayout().columnAt(SheetLayout::emptyWidth), 1);
+}
+
+TEST(ScrollThumb, leadsToEveryPlace)
+{
+    ScrollThumb thumb(Qt::Vertical);
+    thumb.set(QRect(10, 20, 300, 400), 0, 0);
+    EXPECT_TRUE(thumb.rect().isEmpty());
+    EXPECT_FALSE(thumb.isOnTrack(QPointF(305, 100)));
+    for (const int place : {0, 123, 30'000}) {
+        thumb.set(QRect(10, 20, 300, 400), place, 30'000);
+        EXPECT_TRUE(thumb.isOnTrack(thumb.rect().center()));
+        thumb.grab(thumb.rect().center());
+        EXPECT_EQ(thumb.placeFor(thumb.rect().center()), place);
+    }
+    thumb.grab(thumb.rect().center());
+    EXPECT_EQ(thumb.placeFor(QPointF(0, -500)), 0);
+    EXPECT_EQ(thumb.placeFor(QPointF(0, 5000)), 30'000);
+}
+
+TEST_F(Sheet, picksCellsByThePointer)
+{
+    show(sheetOf({{u"a"_s, u"b"_s, u"c"_s}, {u"d"_s, u"e"_s, u"f"_s}}));
+    EXPECT_EQ(picked(), u"A1"_s);
+    press({2, 1});
+    EXPECT_EQ(picked(), u"C2"_s);
+    press({1, 0}, Qt::ShiftModifier);
+    EXPECT_EQ(range(), u"B1:C2"_s);
+    press({4, 6}); // an empty one beside the contents
+    EXPECT_EQ(range(), u"E7:E7"_s);
+
+    QTest::mousePress(&view, Qt::LeftButton, {}, view.rectOf({0, 0}).center());
+    QTest::mouseMove(&view, view.rectOf({1, 1}).center());
+    QTest::mouseRelease(&view, Qt::LeftButton, {}, view.rectOf({1, 1}).center());
+    EXPECT_EQ(range(), u"A1:B2"_s);
+
+    const QPoint letter(view.rectOf({1, 0}).center().x(), 10);
+    QTest::mouseClick(&view, Qt::LeftButton, {}, letter);
+    EXPECT_EQ(range(), u"B1:B2"_s);
+    EXPECT_EQ(picked(), u"B1"_s);
+    QTest::mouseClick(&view, Qt::LeftButton, {}, QPoint(10, view.rectOf({0, 1}).center().y()));
+    EXPECT_EQ(range(), u"A2:C2"_s);
+    QTest::mouseClick(&view, Qt::LeftButton, {}, QPoint(10, 10));
+    EXPECT_EQ(range(), u"A1:C2"_s);
+}
+
+TEST_F(Sheet, picksCellsByKeys)
+{
+    show(largeSheet());
+    const struct
+    {
+        Qt::Key key;
+        Qt::KeyboardModifiers modifiers;
+        QString picked;
+    } steps[] = {
+        {Qt::Key_Left, {}, u"A1"_s},
+        {Qt::Key_Right, {}, u"B1"_s},
+        {Qt::Key_Return, {}, u"B2"_s},
+        {Qt::Key_End, {}, u"AN2"_s},
+        {Qt::Key_Right, {}, u"AN2"_s},
+        {Qt::Key_Down, Qt::ControlModifier, u"AN1000"_s},
+        {Qt::Key_Home, {}, u"A1000"_s},
+        {Qt::Key_Up, Qt::ControlModifier, u"A1"_s},
+        {Qt::Key_End, Qt::ControlModifier, u"AN1000"_s},
+        {Qt::Key_Home, Qt::ControlModifier, u"A1"_s},
+    };
+    for (const auto& step : steps) {
+        QTest::keyClick(&view, step.key, step.modifiers);
+        EXPECT_EQ(picked(), step.picked);
+        EXPECT_EQ(view.placeAt(view.rectOf(view.pick().picked).center()), view.pick().picked)
+            << "what is picked is in sight";
+    }
+    QTest::keyClick(&view, Qt::Key_PageDown);
+    EXPECT_GT(view.pick().picked.row, 10);
+    QTest::keyClick(&view, Qt::Key_PageUp);
+    QTest::keyClick(&view, Qt::Key_Down, Qt::ShiftModifier);
+    EXPECT_EQ(range(), u"A1:A2"_s);
+    QSignalSpy closed(&view, &SheetView::closeWanted);
+    QTest::keyClick(&view, Qt::Key_Escape);
+    EXPECT_EQ(range(), u"A2:A2"_s);
+    EXPECT_EQ(closed.count(), 0);
+    QTest::keyClick(&view, Qt::Key_Escape);
+    EXPECT_EQ(closed.count(), 1);
+}
+
+TEST_F(Sheet, copiesWhatOtherSheetsTake)
+{
+    show(sheetOf({{u"a"_s, u"two\nlines"_s}, {u"say \"x\""_s}, {}, {u"1"_s, u"2"_s}}));
+    EXPECT_EQ(copied(), u"a"_s);
+    press({1, 0});
+    EXPECT_EQ(copied(), u"two\nlines"_s);
+    QTest::keyClick(&view, Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(copied(), u"a\t\"two\nlines\"\n\"say \"\"x\"\"\"\t\n\t\n1\t2"_s);
+}
+
+TEST_F(Sheet, scrollsByWheelAndThumbs)
+{
+    show(largeSheet());
+    const auto wheel = [this](QPoint pixels, Qt::KeyboardModifiers modifiers = {}) {
+        QWheelEvent event(QPointF(400, 300), QPointF(400, 300), pixels, {}, Qt::NoButton, modifiers,
+            Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(&view, &event);
+    };
+    wheel({0, -70});
+    EXPECT_EQ(view.scrollPlace(), QPoint(0, 70));
+    wheel({0, -50}, Qt::ShiftModifier);
+    EXPECT_EQ(view.scrollPlace(), QPoint(50, 70));
+    wheel({500, 500});
+    EXPECT_EQ(view.scrollPlace(), QPoint(0, 0));
+    const QPoint track(view.width() - 5, view.height() - 20);
+    QTest::mouseClick(&view, Qt::LeftButton, {}, track);
+    EXPECT_GT(view.scrollPlace().y(), view.scrollRange().y() * 9 / 10);
+    EXPECT_EQ(picked(), u"A1"_s) << "a press on the track picks nothing";
+    view.resize(900, 40'000);
+    EXPECT_EQ(view.scrollPlace().y(), 0);
+}
+
+// What is moved as a picture looks like what is painted anew.
+TEST_F(Sheet, looksTheSameHoweverItCameThere)
+{
+    show(largeSheet());
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+    for (const QPoint to : {QPoint(0, 60), QPoint(0, 33), QPoint(140, 33), QPoint(140, 400),
+             QPoint(150, 400), QPoint(150, 420)}) {
+        view.scrollTo(to);
+        QTest::qWait(30);
+    }
+    QTest::qWait(1000); // the thumbs are gone
+    const QImage moved =
+        view.screen()->grabWindow(view.winId()).toImage().convertToFormat(QImage::Format_RGB32);
+    const QImage fresh = view.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    ASSERT_EQ(moved.size(), fresh.size());
+    EXPECT_TRUE(moved == fresh);
+}
+
+TEST_F(Sheet, findsWordsInAnyCase)
+{
+    show(sheetOf({{u"Sea"_s, u"land"_s}, {u"SEAside"_s}, {u"the sea"_s}}));
+    view.find(u"sea"_s);
+    EXPECT_EQ(view.foundCount(), 3);
+    EXPECT_EQ(picked(), u"A1"_s);
+    view.goToFound(-1);
+    EXPECT_EQ(picked(), u"A3"_s);
+    view.goToFound(1);
+    EXPECT_EQ(view.currentFound(), 0);
+    view.find(u"nothing"_s);
+    EXPECT_EQ(view.currentFound(), -1);
+    view.goToFound(1);
+    EXPECT_EQ(picked(), u"A1"_s);
+}
+
+TEST_F(Sheet, staysWhereItIsWhenTheFileChanges)
+{
+    show(largeSheet());
+    press({2, 4});
+    view.scrollTo({0, 900});
+    view.refresh(largeSheet(60, 3));
+    EXPECT_EQ(picked(), u"C5"_s);
+    EXPECT_EQ(view.scrollPlace().y(), 900);
+    view.refresh(sheetOf({{u"left"_s}}));
+    EXPECT_EQ(view.scrollPlace(), QPoint());
+    EXPECT_EQ(copied(), QString());
+}
+
+TEST(WorkbookScreen, tellsWhatCannotBeSeen)
+{
+    WorkbookScreen screen(nullptr);
+    screen.resize(900, 600);
+    screen.show();
+    screen.setSheets({u"One & two"_s, u"Three"_s}, 1);
+    screen.showRows(sheetOf({{u"a"_s}}, true), WorkbookScreen::Begin::Anew);
+    EXPECT_TRUE(screen.view().isVisible());
+    EXPECT_EQ(screen.view().name(), u"Three"_s);
+    EXPECT_EQ(screen.view().accessibleName(), u"Three, A1, a"_s);
+    EXPECT_EQ(screen.notice(),
+        u"Preview limited to the first 1,000 rows, 40 columns, and 2,000 characters per cell."_s);
+    screen.showRows(sheetOf({}), WorkbookScreen::Begin::Anew);
+    EXPECT_EQ(screen.note(), u"This sheet is empty."_s);
+    EXPECT_FALSE(screen.view().isVisible());
+    EXPECT_TRUE(screen.notice().isEmpty());
+    QSignalSpy turned(&screen, &WorkbookScreen::sheetWanted);
+    QTest::keyClick(&screen, Qt::Key_PageUp, Qt::ControlModifier);
+    ASSERT_EQ(turned.count(), 1);
+    EXPECT_EQ(turned[0][0].toInt(), 0);
+    QSignalSpy closed(&screen, &WorkbookScreen::closeWanted);
+    QTest::keyClick(&screen, Qt::Key_Escape);
+    EXPECT_EQ(closed.count(), 1);
+}
+
+TEST(WorkbookScreen, escapeClosesTheFieldForFindingFirst)
+{
+    WorkbookScreen screen(nullptr);
+    screen.resize(900, 600);
+    screen.show();
+    screen.setSheets({u"Sheet"_s}, 0);
+    screen.showRows(sheetOf({{u"a"_s, u"b"_s, u"ab"_s}}), WorkbookScreen::Begin::Anew);
+    screen.openFind();
+    screen.setFindWords(u"b"_s);
+    EXPECT_EQ(screen.view().foundCount(), 2);
+    QSignalSpy closed(&screen, &WorkbookScreen::closeWanted);
+    QTest::keyClick(&screen.view(), Qt::Key_Escape);
+    EXPECT_FALSE(screen.isFinding());
+    EXPECT_EQ(closed.count(), 0);
+    EXPECT_EQ(screen.view().foundCount(), 0);
+}
