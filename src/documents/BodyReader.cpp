@@ -85,8 +85,8 @@ void resolveMerges(DNodes& rows)
             } else {
                 const bool begins = cell.vMerge.has_value() && !*cell.vMerge;
                 kept.push_back(std::move(node));
-                std::fill(heads.begin() + qsizetype(column), heads.begin() + qsizetype(next),
-                    nullptr);
+                std::fill(
+                    heads.begin() + qsizetype(column), heads.begin() + qsizetype(next), nullptr);
                 if (begins && column < heads.size())
                     heads[column] = &std::get<DNode::Cell>(kept.back().value);
             }
@@ -106,8 +106,8 @@ void keepOnly(DNodes& nodes)
 // What can be drawn, and how large.
 void measure(DocPicture& picture)
 {
-    static const QStringList drawn = {u"image/png"_s, u"image/jpeg"_s, u"image/gif"_s,
-        u"image/webp"_s, u"image/bmp"_s};
+    static const QStringList drawn = {
+        u"image/png"_s, u"image/jpeg"_s, u"image/gif"_s, u"image/webp"_s, u"image/bmp"_s};
     if (!picture.raw || !drawn.contains(picture.contentType))
         return;
     const auto size = pictureSize(*picture.raw);
@@ -127,19 +127,21 @@ const QHash<QByteArrayView, BodyReader::Handler>& BodyReader::handlers()
 {
     using B = BodyReader;
     static const QHash<QByteArrayView, Handler> all = {{"w:p", &B::readParagraph},
-        {"w:r", &B::readRun}, {"w:fldChar", &B::readFieldChar}, {"w:instrText", &B::readInstruction},
-        {"w:t", &B::readText}, {"w:tab", &B::readTab}, {"w:noBreakHyphen", &B::readNoBreakHyphen},
-        {"w:softHyphen", &B::readSoftHyphen}, {"w:sym", &B::readSymbol},
-        {"w:hyperlink", &B::readHyperlink}, {"w:tbl", &B::readTable}, {"w:tr", &B::readRow},
-        {"w:tc", &B::readCell}, {"w:footnoteReference", &B::readFootnoteReference},
+        {"w:r", &B::readRun}, {"w:fldChar", &B::readFieldChar},
+        {"w:instrText", &B::readInstruction}, {"w:t", &B::readText}, {"w:tab", &B::readTab},
+        {"w:noBreakHyphen", &B::readNoBreakHyphen}, {"w:softHyphen", &B::readSoftHyphen},
+        {"w:sym", &B::readSymbol}, {"w:hyperlink", &B::readHyperlink}, {"w:tbl", &B::readTable},
+        {"w:tr", &B::readRow}, {"w:tc", &B::readCell},
+        {"w:footnoteReference", &B::readFootnoteReference},
         {"w:endnoteReference", &B::readEndnoteReference}, {"w:br", &B::readBreak},
         {"w:bookmarkStart", &B::readBookmark}, {"mc:AlternateContent", &B::readAlternate},
         {"w:sdt", &B::readControl}, {"wp:inline", &B::readDrawing}, {"wp:anchor", &B::readDrawing},
         {"v:imagedata", &B::readImageData},
         // As if they weren't there.
-        {"w:ins", &B::readChildren}, {"w:moveTo", &B::readChildren}, {"w:smartTag", &B::readChildren},
-        {"w:customXml", &B::readChildren}, {"w:fldSimple", &B::readChildren},
-        {"w:object", &B::readChildren}, {"w:drawing", &B::readChildren}, {"w:pict", &B::readChildren},
+        {"w:ins", &B::readChildren}, {"w:moveTo", &B::readChildren},
+        {"w:smartTag", &B::readChildren}, {"w:customXml", &B::readChildren},
+        {"w:fldSimple", &B::readChildren}, {"w:object", &B::readChildren},
+        {"w:drawing", &B::readChildren}, {"w:pict", &B::readChildren},
         {"v:shape", &B::readChildren}, {"v:rect", &B::readChildren}, {"v:group", &B::readChildren},
         {"v:textbox", &B::readChildren}, {"w:txbxContent", &B::readChildren},
         {"w:dir", &B::readChildren}, {"w:bdo", &B::readChildren}};
@@ -365,10 +367,8 @@ void BodyReader::readDrawing(XNode node, DNodes& into)
         alt = about.value("title").trimmed();
     const Relationship* link = m_rels.find(about.child("a:hlinkClick").value("r:id"));
     for (const XNode graphic : node.descendants("a:graphic")) {
-        const XNode blip = graphic.child("a:graphicData")
-                               .child("pic:pic")
-                               .child("pic:blipFill")
-                               .child("a:blip");
+        const XNode blip =
+            graphic.child("a:graphicData").child("pic:pic").child("pic:blipFill").child("a:blip");
         if (!blip)
             continue;
         const QString id = blip.attr("r:embed") ? blip.value("r:embed") : blip.value("r:link");

@@ -1,5 +1,5 @@
-// Turns elements of a Word file's body into nodes (ECMA-376 Part 1, 17): with all changes accepted, and
-// without what isn't known. One for each read of a part; one thread.
+// Turns elements of a Word file's body into nodes (ECMA-376 Part 1, 17): with all changes accepted,
+// and without what isn't known. One for each read of a part; one thread.
 //
 // Recursion follows the elements, which a tree has at most XNode::mostLevels deep.
 #pragma once
@@ -52,7 +52,7 @@ private:
         QString instr;
         QString target;       // Hyperlink
         bool checked = false; // Checkbox
-        int link = -1;       // the nearest Hyperlink in the stack, itself counted; -1 for none
+        int link = -1;        // the nearest Hyperlink in the stack, itself counted; -1 for none
     };
 
     static const QHash<QByteArrayView, Handler>& handlers();
@@ -91,7 +91,7 @@ private:
 
     Source& m_source;
     Relationships m_rels;
-    std::vector<Field> m_fields; // open ones, the innermost last
+    std::vector<Field> m_fields;  // open ones, the innermost last
     std::vector<XNode> m_deleted; // children of paragraphs that join the next one
     DNodes m_extra;               // blocks inside the paragraph that is being read
     bool m_isInParagraph = false;

@@ -1,7 +1,8 @@
 // A document as it is shown to be read: what Word files and previews of other kinds become.
 //
-// Values, but for pictures, which are shared and don't change once they are in a document. Texts that
-// may be absent are null then. A reader of documents bounds how deep blocks lie in one another.
+// Values, but for pictures, which are shared and don't change once they are in a document. Texts
+// that may be absent are null then. A reader of documents bounds how deep blocks lie in one
+// another.
 #pragma once
 
 #include <QByteArray>

@@ -5,9 +5,9 @@
 
 namespace corvelle {
 
-// A line for the block: its kind with depth, number, level or check, a tab, its text. The blocks of a
-// quote or a cell follow two blanks deeper; a cell has a line with its row, its column and its spans.
-// Backslashes, tabs, line breaks and control characters are escaped. UTF-8.
+// A line for the block: its kind with depth, number, level or check, a tab, its text. The blocks of
+// a quote or a cell follow two blanks deeper; a cell has a line with its row, its column and its
+// spans. Backslashes, tabs, line breaks and control characters are escaped. UTF-8.
 QByteArray dumpOf(const DocBlock& block);
 
 } // namespace corvelle

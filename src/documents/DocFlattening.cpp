@@ -45,8 +45,8 @@ int headingLevel(const QString& styleId, const QString& styleName)
 
 bool isNoteStyle(const QString& styleName)
 {
-    static const QStringList names = {u"FOOTNOTE TEXT"_s, u"ENDNOTE TEXT"_s, u"ANNOTATION TEXT"_s,
-        u"FOOTNOTE"_s, u"ENDNOTE"_s};
+    static const QStringList names = {
+        u"FOOTNOTE TEXT"_s, u"ENDNOTE TEXT"_s, u"ANNOTATION TEXT"_s, u"FOOTNOTE"_s, u"ENDNOTE"_s};
     return names.contains(styleName.toUpper());
 }
 
@@ -169,35 +169,35 @@ void DocFlattening::flatten(const DNodes& nodes, const DocMarks& marks, DocInlin
         into.push_back({DocInline::Text{text, textMarks}});
     };
     for (const DNode& node : nodes)
-        std::visit(
-            Overloaded{[&](const DNode::Run& run) {
+        std::visit(Overloaded{[&](const DNode::Run& run) {
+                                  DocMarks inner = marks;
+                                  inner.bold |=
+                                      run.props.bold || run.props.styleName.toUpper() == u"STRONG";
+                                  inner.italic |= run.props.italic;
+                                  inner.strike |= run.props.strike;
+                                  inner.underline |= run.props.underline;
+                                  inner.sup |= run.props.vertical == u"superscript";
+                                  inner.sub |= run.props.vertical == u"subscript";
+                                  flatten(run.children, inner, into);
+                              },
+                       [&](const DNode::Hyperlink& link) {
                            DocMarks inner = marks;
-                           inner.bold |= run.props.bold || run.props.styleName.toUpper() == u"STRONG";
-                           inner.italic |= run.props.italic;
-                           inner.strike |= run.props.strike;
-                           inner.underline |= run.props.underline;
-                           inner.sup |= run.props.vertical == u"superscript";
-                           inner.sub |= run.props.vertical == u"subscript";
-                           flatten(run.children, inner, into);
+                           inner.link = link.target;
+                           flatten(link.children, inner, into);
                        },
-                [&](const DNode::Hyperlink& link) {
-                    DocMarks inner = marks;
-                    inner.link = link.target;
-                    flatten(link.children, inner, into);
-                },
-                [&](const DNode::Text& text) { addText(text.text, marks); },
-                [&](const DNode::Tab&) { addText(u"\t"_s, marks); },
-                [&](const DNode::NoteRef& ref) {
-                    DocMarks raised = marks;
-                    raised.sup = true;
-                    addText(u'[' + QString::number(noteNumber(ref.key)) + u']', raised);
-                },
-                [&](const DNode::LineBreak&) { into.push_back({DocInline::LineBreak{}}); },
-                [&](const DNode::Checkbox& box) {
-                    into.push_back({DocInline::Checkbox{box.checked}});
-                },
-                [&](const DNode::Picture& picture) { into.push_back({picture}); },
-                [](const auto&) {}},
+                       [&](const DNode::Text& text) { addText(text.text, marks); },
+                       [&](const DNode::Tab&) { addText(u"\t"_s, marks); },
+                       [&](const DNode::NoteRef& ref) {
+                           DocMarks raised = marks;
+                           raised.sup = true;
+                           addText(u'[' + QString::number(noteNumber(ref.key)) + u']', raised);
+                       },
+                       [&](const DNode::LineBreak&) { into.push_back({DocInline::LineBreak{}}); },
+                       [&](const DNode::Checkbox& box) {
+                           into.push_back({DocInline::Checkbox{box.checked}});
+                       },
+                       [&](const DNode::Picture& picture) { into.push_back({picture}); },
+                       [](const auto&) {}},
             node.value);
 }
 

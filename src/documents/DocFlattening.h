@@ -13,7 +13,8 @@ namespace corvelle {
 class DocFlattening
 {
 public:
-    // The blocks of one node more of the body, behind what is there. Numbers of lists and notes go on.
+    // The blocks of one node more of the body, behind what is there. Numbers of lists and notes go
+    // on.
     void add(const DNode& node, DocBlocks& into);
 
     // The notes that were referred to, in that order, and those that they refer to themselves.

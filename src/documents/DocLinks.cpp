@@ -22,9 +22,8 @@ bool isRoman(QChar c)
 
 bool isPageNumber(const QString& field)
 {
-    return !field.isEmpty() && std::all_of(field.begin(), field.end(), [](QChar c) {
-        return isDigit(c) || isRoman(c.toLower());
-    });
+    return !field.isEmpty() && std::all_of(field.begin(), field.end(),
+                                   [](QChar c) { return isDigit(c) || isRoman(c.toLower()); });
 }
 
 QString normalised(const QString& text)

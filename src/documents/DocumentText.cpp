@@ -50,8 +50,8 @@ public:
         m_blocks.push_back({DocBlock::Section{}});
         m_blocks.push_back(paragraphOf(u"Slide "_s + QString::number(number), 2));
         if (!addParagraphs(markup, {paragraphTag}))
-            m_blocks.push_back(paragraphOf(
-                u"This slide has no text. Open the original to see its artwork."_s));
+            m_blocks.push_back(
+                paragraphOf(u"This slide has no text. Open the original to see its artwork."_s));
     }
 
     // True when there was any.
@@ -100,8 +100,9 @@ std::optional<qint64> slideNumber(const QString& part)
     if (!part.startsWith(before) || !part.endsWith(behind))
         return std::nullopt;
     const QStringView digits =
-        QStringView(part).sliced(before.size()).chopped(std::min<qsizetype>(
-            behind.size(), part.size() - before.size()));
+        QStringView(part)
+            .sliced(before.size())
+            .chopped(std::min<qsizetype>(behind.size(), part.size() - before.size()));
     const bool areDigits = !digits.isEmpty() && std::all_of(digits.begin(), digits.end(),
                                                     [](QChar c) { return c >= u'0' && c <= u'9'; });
     return areDigits ? std::optional(digits.toLongLong()) : std::nullopt;
@@ -200,8 +201,8 @@ DocBlocks DocumentText::preview(const QString& path)
     if (extension != u"rtf")
         return previewOf(extension, ZipArchive::ofFile(path));
     QFile file(path);
-    return preview(extension,
-        file.open(QIODevice::ReadOnly) ? file.read(mostPreviewBytes) : QByteArray());
+    return preview(
+        extension, file.open(QIODevice::ReadOnly) ? file.read(mostPreviewBytes) : QByteArray());
 }
 
 DocBlocks DocumentText::preview(const QString& extension, const QByteArray& bytes)

@@ -1,5 +1,5 @@
-// A preview, as text, of documents that have no reader of their own: rich text, OpenDocument, decks.
-// Any thread.
+// A preview, as text, of documents that have no reader of their own: rich text, OpenDocument,
+// decks. Any thread.
 #pragma once
 
 #include "documents/DocBlock.h"

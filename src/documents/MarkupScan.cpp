@@ -58,7 +58,8 @@ qsizetype entityAt(QByteArrayView markup, qsizetype at, QByteArray* text)
     else if (name.startsWith('#')) {
         const bool isHex = name.startsWith("#x");
         bool isNumber = false;
-        const uint code = name.sliced(isHex ? 2 : 1).toByteArray().toUInt(&isNumber, isHex ? 16 : 10);
+        const uint code =
+            name.sliced(isHex ? 2 : 1).toByteArray().toUInt(&isNumber, isHex ? 16 : 10);
         if (!isNumber || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF))
             return 0;
         const char32_t scalar = code;

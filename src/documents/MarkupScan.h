@@ -1,5 +1,5 @@
-// Finds tags and elements in XML by their spelling, as far as a preview needs it: also where the XML is
-// broken. Linear; views into the bytes, which must outlive them. UTF-8.
+// Finds tags and elements in XML by their spelling, as far as a preview needs it: also where the
+// XML is broken. Linear; views into the bytes, which must outlive them. UTF-8.
 #pragma once
 
 #include <QByteArrayView>
@@ -40,7 +40,8 @@ private:
     struct Names
     {
         QByteArray open, close;
-        qsizetype nextOpen = -1, nextClose = -1; // from the place reached; the end when there is none
+        qsizetype nextOpen = -1,
+                  nextClose = -1; // from the place reached; the end when there is none
     };
     qsizetype nearestClose(qsizetype from);
 
@@ -52,8 +53,8 @@ private:
 // The value of an attribute inside a start tag; empty when it isn't there.
 QString attributeIn(QByteArrayView tag, QByteArrayView name);
 
-// The text between tags, with entities in place: tabs and line breaks of OpenDocument as characters,
-// all other tags as nothing.
+// The text between tags, with entities in place: tabs and line breaks of OpenDocument as
+// characters, all other tags as nothing.
 QString textOfMarkup(QByteArrayView markup);
 
 // Characters as a person counts them.

@@ -1,5 +1,5 @@
-// What holds the parts of an office file together (ECMA-376 Part 2): relationships and content types.
-// A package part that is missing or damaged is as good as an empty one.
+// What holds the parts of an office file together (ECMA-376 Part 2): relationships and content
+// types. A package part that is missing or damaged is as good as an empty one.
 #pragma once
 
 #include "documents/ZipArchive.h"
@@ -40,8 +40,8 @@ class ContentTypes
 {
 public:
     static ContentTypes of(const ZipArchive& zip);
-    // Of a part without its leading slash; a picture's by its extension when the package doesn't say.
-    // Null for neither.
+    // Of a part without its leading slash; a picture's by its extension when the package doesn't
+    // say. Null for neither.
     QString typeOf(const QString& part) const;
 
 private:

@@ -16,8 +16,8 @@ constexpr int mostFallbacks = 16;
 
 // The places of Windows-1252 that differ from Latin-1.
 constexpr char16_t windows1252[32] = {0x20AC, 0x81, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
-    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8D, 0x017D, 0x8F, 0x90, 0x2018, 0x2019, 0x201C, 0x201D,
-    0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D, 0x017E, 0x0178};
+    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8D, 0x017D, 0x8F, 0x90, 0x2018, 0x2019, 0x201C,
+    0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D, 0x017E, 0x0178};
 
 QChar characterOf(unsigned char byte)
 {
@@ -147,8 +147,8 @@ private:
     void readWord()
     {
         const qsizetype from = m_at;
-        while (m_at < m_rtf.size() && m_at - from < mostWordLetters && (m_rtf[m_at] | 0x20) >= 'a' &&
-               (m_rtf[m_at] | 0x20) <= 'z')
+        while (m_at < m_rtf.size() && m_at - from < mostWordLetters &&
+               (m_rtf[m_at] | 0x20) >= 'a' && (m_rtf[m_at] | 0x20) <= 'z')
             ++m_at;
         const QByteArrayView word = m_rtf.sliced(from, m_at - from);
         const qint64 number = readNumber();
@@ -162,7 +162,8 @@ private:
             put(QChar(static_cast<char16_t>(number)));
             m_fallbacksLeft = m_groups.back().fallbacks;
         } else if (word == "uc") {
-            m_groups.back().fallbacks = static_cast<int>(std::clamp<qint64>(number, 0, mostFallbacks));
+            m_groups.back().fallbacks =
+                static_cast<int>(std::clamp<qint64>(number, 0, mostFallbacks));
         } else if (isFirst && skippedDestinations().contains(word)) {
             m_groups.back().skipped = true;
         } else if (const char16_t c = namedCharacters().value(word)) {
@@ -177,7 +178,8 @@ private:
         qsizetype at = m_at + (isNegative ? 1 : 0);
         const qsizetype from = at;
         qint64 number = 0;
-        for (; at < m_rtf.size() && at - from < mostDigits && m_rtf[at] >= '0' && m_rtf[at] <= '9'; ++at)
+        for (; at < m_rtf.size() && at - from < mostDigits && m_rtf[at] >= '0' && m_rtf[at] <= '9';
+             ++at)
             number = number * 10 + (m_rtf[at] - '0');
         if (at > from)
             m_at = at;

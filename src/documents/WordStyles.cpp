@@ -78,8 +78,7 @@ std::optional<NumLevel> Numbering::find(const QString& numberId, const QString& 
     return std::nullopt;
 }
 
-std::optional<NumLevel> Numbering::ofParagraph(
-    XNode numberProperties, const QString& styleId) const
+std::optional<NumLevel> Numbering::ofParagraph(XNode numberProperties, const QString& styleId) const
 {
     const QString level = numberProperties.child("w:ilvl").value("w:val");
     const QString number = numberProperties.child("w:numId").value("w:val");

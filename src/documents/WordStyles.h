@@ -1,5 +1,5 @@
-// What styles and numbering say of a Word file's paragraphs (ECMA-376 Part 1, 17.7 and 17.9). A style
-// counts by its name alone; what it is based on isn't looked at.
+// What styles and numbering say of a Word file's paragraphs (ECMA-376 Part 1, 17.7 and 17.9). A
+// style counts by its name alone; what it is based on isn't looked at.
 #pragma once
 
 #include "documents/DNode.h"

@@ -21,8 +21,8 @@ qsizetype endOfWord(QStringView text, qsizetype at)
     return at;
 }
 
-// The quoted text at a place and the place behind it; without its second quotation mark it ends at a
-// blank.
+// The quoted text at a place and the place behind it; without its second quotation mark it ends at
+// a blank.
 QString quotedAt(QStringView text, qsizetype at, qsizetype* behind)
 {
     const qsizetype second = text.indexOf(u'"', at + 1);

@@ -1,5 +1,5 @@
-// Small rules of Word's own notations: what a field's instruction means, and which character a symbol
-// is. Pure.
+// Small rules of Word's own notations: what a field's instruction means, and which character a
+// symbol is. Pure.
 #pragma once
 
 #include <QByteArrayView>
