@@ -1,7 +1,7 @@
 // What reading documents costs, as one line of JSON: milliseconds of the processor, or bytes.
 //   bench_documents text FILE      a Word file into plain text, inside a process that runs already
-//   bench_documents memory FILE    what that keeps resident at most, and how large the largest part is
-//   bench_documents zip FILE       all entries of an archive, read by us and by libzip
+//   bench_documents memory FILE    what that keeps resident at most, and how large the largest part
+//   is bench_documents zip FILE       all entries of an archive, read by us and by libzip
 #include "documents/DocxReader.h"
 
 #include <QFile>
@@ -106,7 +106,8 @@ bool zip(const QString& path)
         for (const QString& name : archive.names())
             ours += archive.read(name).value_or(QByteArray()).size();
     });
-    const double theirsTook = best([&] { isRead = isRead && readByLibzip(path.toLocal8Bit(), &theirs); });
+    const double theirsTook =
+        best([&] { isRead = isRead && readByLibzip(path.toLocal8Bit(), &theirs); });
     std::printf("{\"ours\": %f, \"libzip\": %f}\n", oursTook, theirsTook);
     return isRead && ours == theirs;
 }

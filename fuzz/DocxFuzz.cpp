@@ -2,9 +2,9 @@
 // the parts one after the other, with a byte 1 between: body, styles, numbering, footnotes,
 // relationships.
 
+#include "base/Overloaded.h"
 #include "documents/DocDump.h"
 #include "documents/DocxReader.h"
-#include "documents/Overloaded.h"
 #include "documents/ZipWriter.h"
 
 #include "Check.h"

@@ -1,11 +1,15 @@
 #include "canvas/OpenDocument.h"
 
+#include "documents/DocumentText.h"
+#include "documents/DocxReader.h"
 #include "library/LibraryPlace.h"
 #include "pages/PageMarkdown.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QStringDecoder>
+
+#include <atomic>
 
 using namespace Qt::StringLiterals;
 
@@ -40,6 +44,27 @@ Outcome readFile(const QString& path, const QString& title)
     return {std::move(contents), {}};
 }
 
+// A document is shown whatever becomes of it: one that can't be read says so in its place.
+Outcome readDocument(const QString& path)
+{
+    static std::atomic<int> opened = 0;
+    OpenDocument::Contents contents;
+    const QString ending = path.section(u'.', -1).toLower();
+    const bool word = ending.startsWith(u"do");
+    auto blocks = word ? DocxReader::blocks(path) : std::optional(DocumentText::preview(path));
+    if (!blocks) {
+        contents.text = documentNote(u"Couldn’t read this document"_s,
+            u"It may be damaged, or saved in a way this preview can’t read. Open it in its app to see it."_s);
+    } else if (blocks->empty()) {
+        contents.text = documentNote(u"This document has no readable content."_s);
+    } else {
+        contents.document =
+            std::make_shared<const DocumentPage>(std::move(*blocks), QString::number(++opened));
+        contents.text = contents.document->text();
+    }
+    return {std::move(contents), {}};
+}
+
 Outcome readPage(
     PagePreparer& preparer, const QString& database, const QString& id, const QString& title)
 {
@@ -47,7 +72,7 @@ Outcome readPage(
     if (!page)
         return {{}, u"Couldn’t read “%1”."_s.arg(title)};
     return {OpenDocument::Contents{
-                std::move(page->text), page->settings, std::move(page->attrs), page->readable},
+                std::move(page->text), page->settings, std::move(page->attrs), page->readable, {}},
         {}};
 }
 
@@ -83,11 +108,14 @@ void OpenDocument::start()
     if (!node)
         return;
     ++m_reading;
-    const bool page = viewerOf(*node) == Viewer::Page;
+    const Viewer viewer = viewerOf(*node);
     m_queue.run(
-        [preparer = m_preparer, page, id = m_id, title = node->title,
-            path = page ? databasePath(m_library.root()) : m_library.filePath(*node)] {
-            return page ? readPage(*preparer, path, id, title) : readFile(path, title);
+        [preparer = m_preparer, viewer, id = m_id, title = node->title,
+            database = databasePath(m_library.root()),
+            path = node->path.isNull() ? QString() : m_library.filePath(*node)] {
+            if (viewer == Viewer::Page)
+                return readPage(*preparer, database, id, title);
+            return viewer == Viewer::Document ? readDocument(path) : readFile(path, title);
         },
         this,
         [this, id = m_id](Outcome outcome) {

@@ -1,10 +1,11 @@
-// The page or Markdown file that is open over the canvas: read in the background, and again when it
-// changes.
+// The page, Markdown file or document that is open over the canvas: read in the background, and
+// again when it changes.
 //
 // Main thread; reading runs on the queue `corvelle.page-open`.
 #pragma once
 
 #include "base/SerialQueue.h"
+#include "canvas/DocumentPage.h"
 #include "canvas/Viewer.h"
 #include "library/Library.h"
 #include "pages/PagePrepared.h"
@@ -24,6 +25,7 @@ public:
         PageSettings settings;
         QByteArray attrs;
         bool readable = true;
+        std::shared_ptr<const DocumentPage> document; // of a document that is only read
     };
 
     explicit OpenDocument(Library& library, QObject* parent = nullptr);

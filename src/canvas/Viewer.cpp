@@ -10,9 +10,11 @@ Viewer viewerOf(const Node& node)
         return Viewer::None;
     if (node.mime == u"text/markdown" || node.mime == u"text/x-markdown")
         return Viewer::Markdown;
-    const bool workbook = node.path.endsWith(u".xlsx", Qt::CaseInsensitive) ||
-                          node.path.endsWith(u".xlsm", Qt::CaseInsensitive);
-    return workbook ? Viewer::Workbook : Viewer::None;
+    const QString ending = node.path.section(u'.', -1).toLower();
+    for (const char* document : {"docx", "docm", "dotx", "dotm", "rtf", "odt", "ods", "odp"})
+        if (ending == QLatin1StringView(document))
+            return Viewer::Document;
+    return ending == u"xlsx" || ending == u"xlsm" ? Viewer::Workbook : Viewer::None;
 }
 
 } // namespace corvelle

@@ -9,6 +9,7 @@ enum class Viewer : unsigned char {
     None, // it opens in its own application
     Page,
     Markdown,
+    Document, // a Word file, or the words of another kind of document
     Workbook,
 };
 

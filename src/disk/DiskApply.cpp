@@ -3,6 +3,7 @@
 #include "base/Clock.h"
 #include "base/Log.h"
 #include "base/MainThread.h"
+#include "base/Overloaded.h"
 #include "library/LinkBookmarks.h"
 #include "library/NodePaths.h"
 #include "platform/FileFacts.h"
@@ -19,15 +20,6 @@ namespace corvelle {
 namespace {
 
 constexpr qint64 sliceMs = 8; // half a frame: the other half is the window's
-
-template<class... Visitors>
-struct Overloaded : Visitors...
-{
-    using Visitors::operator()...;
-};
-// Some compilers have no guide of their own for aggregates yet.
-template<class... Visitors>
-Overloaded(Visitors...) -> Overloaded<Visitors...>;
 
 std::optional<FileFacts> factsAt(const QString& absolutePath)
 {

@@ -1,6 +1,6 @@
 #include "documents/DocBlock.h"
 
-#include "documents/Overloaded.h"
+#include "base/Overloaded.h"
 
 namespace corvelle {
 

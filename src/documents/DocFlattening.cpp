@@ -1,6 +1,6 @@
 #include "documents/DocFlattening.h"
 
-#include "documents/Overloaded.h"
+#include "base/Overloaded.h"
 
 #include <algorithm>
 

@@ -768,4 +768,9 @@ Units mapped(Units place, const Edit& edit, Bias bias)
     return place + shift;
 }
 
+PageNode nodeOf(const BlockAttachment& attachment)
+{
+    return attachment.made ? *attachment.made : nodeFromJson(attachment.node);
+}
+
 } // namespace corvelle

@@ -75,8 +75,12 @@ struct BlockAttachment
 {
     PageNode::Type kind = PageNode::Type::Image; // Table, Image or Embed
     QByteArray node;                             // canonical JSON
+    // A table of a document that is only read, in place of the JSON.
+    std::shared_ptr<const PageNode> made;
     bool operator==(const BlockAttachment&) const = default;
 };
+
+PageNode nodeOf(const BlockAttachment& attachment);
 
 // What a run of characters is.
 struct CharStyle

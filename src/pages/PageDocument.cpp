@@ -113,7 +113,7 @@ private:
         if (isObject) {
             auto style = std::make_shared<CharStyle>();
             style->attachment =
-                std::make_shared<const BlockAttachment>(BlockAttachment{node.type, json});
+                std::make_shared<const BlockAttachment>(BlockAttachment{node.type, json, {}});
             m_builder.add(QStringView(&attachmentCharacter, 1), style);
         } else if (const QString words = plainText(node); !words.isEmpty()) {
             m_builder.add(words);
@@ -197,8 +197,9 @@ struct Para
     Block kind = Block::Paragraph;
     int depth = 0; // of the place in the tree where it belongs
     Units from = 0, to = 0;
-    QByteArray raw;                // Raw
-    Type attachment = Type::Other; // Table, Image, Embed: one stands in the text
+    QByteArray raw;                       // Raw
+    Type attachment = Type::Other;        // Table, Image, Embed: one stands in the text
+    std::shared_ptr<const PageNode> made; // in place of what is raw
 
     bool hasAttachment() const { return attachment != Type::Other; }
 };
@@ -249,10 +250,12 @@ private:
                 for (qsizetype i = 0; i < piece.size(); ++i) {
                     if (piece[i] != attachmentCharacter)
                         continue;
-                    if (whole.kind == Block::Raw && at + i == block.start)
+                    if (whole.kind == Block::Raw && at + i == block.start) {
                         whole.attachment = style->attachment->kind;
-                    else
+                        whole.made = style->attachment->made;
+                    } else {
                         inside.push_back({at + i, style->attachment});
+                    }
                 }
             });
         if (inside.empty()) {
@@ -270,12 +273,14 @@ private:
             object.kind = Block::Raw;
             object.raw = found.attachment->node;
             object.attachment = found.attachment->kind;
+            object.made = found.attachment->made;
             object.from = found.at;
             object.to = at = found.at + 1;
             m_paras.push_back(object);
             part.kind = Block::Paragraph;
             part.raw.clear();
             part.attachment = Type::Other;
+            part.made.reset();
         }
         part.from = at;
         part.to = whole.to;
@@ -386,7 +391,7 @@ private:
     void raw(const Para& para, PageNodes& out)
     {
         Type type = para.attachment;
-        bool isLost = para.raw.isEmpty();
+        bool isLost = para.raw.isEmpty() && !para.made;
         if (!para.hasAttachment() && !isLost) {
             const PageNode parsed = nodeFromJson(para.raw);
             type = parsed.type;
@@ -394,7 +399,7 @@ private:
                      (type == Type::Other && parsed.text.isEmpty());
         }
         if (!isLost) {
-            PageNode node = PageNode::of(type);
+            PageNode node = para.made ? *para.made : PageNode::of(type);
             node.raw = para.raw;
             out.push_back(std::move(node));
         }

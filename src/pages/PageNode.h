@@ -14,8 +14,18 @@
 
 namespace corvelle {
 
-// In the order in which they are written.
-enum class Mark : quint8 { Bold = 1, Italic = 2, Strike = 4, Underline = 8, Code = 16 };
+// In the order in which they are written. The last three stand in documents that are only read, and
+// in no page.
+enum class Mark : quint8 {
+    Bold = 1,
+    Italic = 2,
+    Strike = 4,
+    Underline = 8,
+    Code = 16,
+    Superscript = 32,
+    Subscript = 64,
+    Faint = 128
+};
 Q_DECLARE_FLAGS(Marks, Mark)
 Q_DECLARE_OPERATORS_FOR_FLAGS(Marks)
 

@@ -1,7 +1,7 @@
 #include "documents/WordJudge.h"
 
+#include "base/Overloaded.h"
 #include "documents/DocxReader.h"
-#include "documents/Overloaded.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -114,7 +114,7 @@ private:
         const double room = pieceRoom(facts).width;
         if (!data.isShown())
             return {room, noteHeight};
-        const QSizeF own = *data.size;
+        const QSizeF own = QSizeF(*data.size) * facts.style->zoom();
         const QSizeF fitted = own.scaled(room, tallest, Qt::KeepAspectRatio);
         const QSizeF size = fitted.width() < own.width() ? fitted : own;
         return {std::max(8.0, std::round(size.width())), std::max(8.0, std::round(size.height()))};

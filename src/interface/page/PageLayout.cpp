@@ -37,6 +37,19 @@ Units cutAfter(const FlatText& text, Units from, Units to)
     return from + part.size() - (part.back().isHighSurrogate() ? 1 : 0);
 }
 
+// What its JSON takes, or would take.
+qsizetype sizeOf(const BlockAttachment& table)
+{
+    if (!table.made)
+        return table.node.size();
+    constexpr qsizetype perCell = 120;
+    qsizetype size = 0;
+    for (const PageNode& row : table.made->content)
+        for (const PageNode& cell : row.content)
+            size += perCell + plainText(cell).size();
+    return size;
+}
+
 } // namespace
 
 PageLayout::PageLayout(const ItemLooks& items, PagePictures& pictures)
@@ -114,9 +127,10 @@ void PageLayout::cutBlock(const FlatText::BlockAt& block, float gap, int number)
 // A long table is cut between rows that no merged cell joins, unless one joins too many.
 void PageLayout::cutTable(qsizetype block, const BlockAttachment& table, float gap, int number)
 {
-    const auto cells = table.node.size() < longTableBytes ? nullptr : tableCells(table);
+    const qsizetype size = sizeOf(table);
+    const auto cells = size < longTableBytes ? nullptr : tableCells(table);
     if (!cells || cells->plan.rowCount == 0) {
-        addPiece({block, 0, 1, 0, 0}, gap, number, 40 + static_cast<double>(table.node.size()) / 8);
+        addPiece({block, 0, 1, 0, 0}, gap, number, 40 + static_cast<double>(size) / 8);
         return;
     }
     const TablePlan& plan = cells->plan;

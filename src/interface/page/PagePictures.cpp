@@ -27,10 +27,10 @@ QByteArray bytesOf(QStringView src)
     return QByteArray::fromBase64(src.mid(comma + 1).toLatin1());
 }
 
-PictureData dataOf(QStringView src)
+PictureData dataOf(const QByteArray& bytes)
 {
     PictureData data;
-    data.bytes = bytesOf(src);
+    data.bytes = bytes;
     data.key = QString::number(data.bytes.size()) + u'@' + QString::number(qHash(data.bytes));
     if (!data.bytes.isEmpty())
         data.size = pictureSize(data.bytes);
@@ -57,7 +57,11 @@ PagePictures::Found PagePictures::find(const BlockAttachment& picture)
             return found;
     Found found{pictureOf(nodeFromJson(picture.node)), {}};
     if (found.told.src.startsWith(u"data:", Qt::CaseInsensitive)) {
-        found.data = dataOf(found.told.src);
+        found.data = dataOf(bytesOf(found.told.src));
+        found.told.src.clear();
+    } else if (const QByteArray bytes = m_source ? m_source(found.told.src) : QByteArray();
+               !bytes.isEmpty()) {
+        found.data = dataOf(bytes);
         found.told.src.clear();
     }
     keep(picture.node, found);

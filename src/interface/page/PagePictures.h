@@ -15,6 +15,7 @@
 #include <QTimer>
 
 #include <deque>
+#include <functional>
 #include <optional>
 
 namespace corvelle {
@@ -36,6 +37,11 @@ class PagePictures : public QObject
 public:
     explicit PagePictures(QObject* parent = nullptr);
     ~PagePictures() override;
+
+    // Where pictures are that stand in the page by a name of their own; a name means one picture
+    // for ever. Empty for what isn't such a name.
+    using Source = std::function<QByteArray(const QString& src)>;
+    void setSource(Source source) { m_source = std::move(source); }
 
     // What a picture of a page is. Of its bytes the header alone is read; the newest few are kept,
     // since a large one takes long.
@@ -65,6 +71,7 @@ private:
         int width = 0; // that it was decoded for
     };
 
+    Source m_source;
     QCache<QString, Entry> m_entries;                 // by key; costs in KiB
     std::deque<std::pair<QByteArray, Found>> m_found; // by its node, the newest first
     QSet<QString> m_decoding;

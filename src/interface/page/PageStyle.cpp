@@ -10,8 +10,6 @@ namespace corvelle {
 
 namespace {
 
-constexpr double smallScale = 0.9;
-
 TypeStyle typeOf(Block kind)
 {
     switch (kind) {
@@ -69,14 +67,15 @@ Gaps gapsOf(Block kind)
 
 } // namespace
 
-PageStyle::PageStyle(Scheme scheme, const PageSettings& settings)
+PageStyle::PageStyle(Scheme scheme, const PageSettings& settings, double zoom)
     : m_scheme(scheme)
     , m_settings(settings)
+    , m_zoom(zoom)
 {}
 
 QFont PageStyle::font(Block kind) const
 {
-    QFont font = corvelle::font(typeOf(kind), m_settings.smallText ? smallScale : 1);
+    QFont font = corvelle::font(typeOf(kind), scale());
     if (kind == Block::Code)
         return font;
     if (m_settings.font == PageSettings::Font::Serif)
@@ -91,7 +90,7 @@ QFont PageStyle::font(Block kind) const
 
 QFont PageStyle::codeFont() const
 {
-    return corvelle::font(TypeStyle::PageCode, m_settings.smallText ? smallScale : 1);
+    return corvelle::font(TypeStyle::PageCode, scale());
 }
 
 QFont PageStyle::chipFont(Block kind) const
@@ -132,10 +131,10 @@ double PageStyle::inset(Block kind) const
     switch (kind) {
     case Block::Bullet:
     case Block::Ordered:
-        return 24;
+        return 24 * m_zoom;
     case Block::Todo:
     case Block::Done:
-        return 28;
+        return 28 * m_zoom;
     case Block::Code:
         return codeSide;
     default:

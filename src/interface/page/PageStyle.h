@@ -14,7 +14,11 @@ namespace corvelle {
 class PageStyle
 {
 public:
-    explicit PageStyle(Scheme scheme = Scheme::Light, const PageSettings& settings = {});
+    // `zoom` is what the person makes larger or smaller: letters and all room around them.
+    explicit PageStyle(
+        Scheme scheme = Scheme::Light, const PageSettings& settings = {}, double zoom = 1);
+
+    double zoom() const { return m_zoom; }
 
     const Palette& colors() const { return palette(m_scheme); }
     bool isDark() const { return m_scheme == Scheme::Dark; }
@@ -32,14 +36,16 @@ public:
 
     // How far words stand in from the edge of their block, on the side where reading begins.
     double inset(Block kind) const;
-    double quoteInset() const { return 18; }
-    double indent() const { return 24; } // of each level
+    double quoteInset() const { return 18 * m_zoom; }
+    double indent() const { return 24 * m_zoom; } // of each level
 
 private:
-    double scaled(double size) const { return size * (m_settings.smallText ? 0.9 : 1); }
+    double scale() const { return (m_settings.smallText ? 0.9 : 1) * m_zoom; }
+    double scaled(double size) const { return size * scale(); }
 
     Scheme m_scheme;
     PageSettings m_settings;
+    double m_zoom;
 };
 
 // The space inside a code block.

@@ -25,6 +25,7 @@ namespace {
 
 constexpr double widestColumn = 680, leastSide = 40, wideSide = 64;
 constexpr double topRoom = 30, titleGap = 10, bottomRoom = 120, coverHeight = 132;
+constexpr double zoomStep = 1.1, leastZoom = 0.5, mostZoom = 3;
 constexpr double lineStep = 48; // of the arrow keys
 constexpr double wheelLine = 20;
 constexpr double thumbWidth = 6, thumbEdge = 3, leastThumb = 32;
@@ -111,7 +112,7 @@ void PageView::take(ShownPage page)
     ++m_turn;
     m_targets.clear();
     m_focused = -1;
-    m_layout.setPage(m_page.text, PageStyle(schemeOf(*this), m_page.settings));
+    m_layout.setPage(m_page.text, PageStyle(schemeOf(*this), m_page.settings, m_zoom));
     const Units end = m_page.text.length();
     m_anchor = std::min(m_anchor, end);
     m_head = std::min(m_head, end);
@@ -151,8 +152,18 @@ void PageView::refreshItems()
 
 void PageView::setStyle()
 {
-    m_layout.setStyle(PageStyle(schemeOf(*this), m_page.settings));
+    m_layout.setStyle(PageStyle(schemeOf(*this), m_page.settings, m_zoom));
     settle();
+}
+
+void PageView::setZoom(double zoom)
+{
+    zoom = std::clamp(zoom, leastZoom, mostZoom);
+    if (zoom == m_zoom)
+        return;
+    m_zoom = zoom;
+    m_layout.setStyle(PageStyle(schemeOf(*this), m_page.settings, m_zoom));
+    layOut();
 }
 
 void PageView::changeEvent(QEvent* event)
@@ -167,7 +178,7 @@ void PageView::changeEvent(QEvent* event)
 QRectF PageView::column() const
 {
     const bool full = m_page.settings.fullWidth;
-    const double wanted = full ? width() - 2 * wideSide : widestColumn;
+    const double wanted = full ? width() - 2 * wideSide : widestColumn * m_zoom;
     const double wide = std::max(120.0, std::min(wanted, width() - 2 * leastSide));
     return QRectF(std::floor((width() - wide) / 2), 0, wide, height());
 }
@@ -177,7 +188,7 @@ double PageView::headHeight() const
     const double cover = coverTone(m_page.settings) ? coverHeight : 0;
     if (m_page.title.isEmpty())
         return cover + topRoom;
-    const Lettering lettering(TypeStyle::PageTitle);
+    const Lettering lettering(TypeStyle::PageTitle, m_zoom);
     const auto lines = lettering.lines(titleWords(m_page), column().width(), 12).size();
     return cover + topRoom +
            static_cast<double>(std::max<size_t>(1, lines)) * lettering.lineHeight() + titleGap;
@@ -280,6 +291,11 @@ void PageView::scrollTo(double place)
 
 void PageView::wheelEvent(QWheelEvent* event)
 {
+    if (event->modifiers() & Qt::ControlModifier) {
+        setZoom(m_zoom * std::pow(zoomStep, event->angleDelta().y() / 120.0));
+        event->accept();
+        return;
+    }
     const double lines = QGuiApplication::styleHints()->wheelScrollLines();
     scrollBy(-(event->pixelDelta().isNull() ? event->angleDelta().y() / 120.0 * lines * wheelLine
                                             : event->pixelDelta().y()));
@@ -362,7 +378,7 @@ void PageView::paintHead(QPainter& painter, double y) const
     }
     if (m_page.title.isEmpty())
         return;
-    const Lettering lettering(TypeStyle::PageTitle);
+    const Lettering lettering(TypeStyle::PageTitle, m_zoom);
     painter.setPen(m_layout.style().colors().ink);
     y += topRoom;
     for (const QString& line : lettering.lines(titleWords(m_page), place.width(), 12)) {
@@ -464,6 +480,20 @@ void PageView::showPlace(Units place)
     const FlatText::BlockAt block = m_page.text.blockAt(place);
     if (m_layout.count() > 0)
         showRange({block.index, -1, place - block.start, place - block.start + 1});
+}
+
+void PageView::showAtTop(Units place)
+{
+    if (m_layout.count() == 0)
+        return;
+    constexpr double margin = 24;
+    const FlatText::BlockAt block = m_page.text.blockAt(place);
+    const Units offset = place - block.start;
+    m_topPiece = m_layout.pieceOf(block.index, offset);
+    const QRectF rect = m_layout.laid(m_topPiece).rectOf({-1, {offset, offset + 1}});
+    m_topOffset = std::round(rect.top() - margin);
+    m_isAtTop = false;
+    settle();
 }
 
 PageTarget PageView::targetAt(QPointF at)
@@ -630,6 +660,15 @@ void PageView::keyPressEvent(QKeyEvent* event)
         return copy();
     if (event->matches(QKeySequence::SelectAll))
         return selectAll();
+    if (event->modifiers() & Qt::ControlModifier) {
+        const int key = event->key();
+        if (key == Qt::Key_Plus || key == Qt::Key_Equal)
+            return setZoom(m_zoom * zoomStep);
+        if (key == Qt::Key_Minus)
+            return setZoom(m_zoom / zoomStep);
+        if (key == Qt::Key_0)
+            return setZoom(1);
+    }
     const double screen = std::max(40.0, height() - 60.0);
     switch (event->key()) {
     case Qt::Key_Up:

@@ -55,6 +55,11 @@ public:
     void copy() const;
     const MentionSource& mentions() const { return m_mentions; }
 
+    // ---- zoom ----
+    // Of letters, room and pictures; 1 is as designed. Kept within what can be read.
+    double zoom() const { return m_zoom; }
+    void setZoom(double zoom);
+
     // ---- scrolling ----
     // How far the upper edge is below the page's beginning, by what is known of its height.
     double scrollPlace() const;
@@ -67,6 +72,8 @@ public:
     // Where the unit at a place is, by what is known of the page's height.
     QRectF rectOf(Units place);
     void showPlace(Units place);
+    // Brings it to the upper edge, as a link inside the page does.
+    void showAtTop(Units place);
     // The mentions, links and cards that can be pressed now, with their places in the view.
     std::vector<std::pair<TargetInPage, QRectF>> targetsInSight();
 
@@ -129,6 +136,7 @@ private:
     const MentionSource m_mentions;
     PagePictures m_pictures;
     ShownPage m_page;
+    double m_zoom = 1;
     int m_turn = 0;
     bool m_isUnpainted = false; // since open()
     PageLayout m_layout;

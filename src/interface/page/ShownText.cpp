@@ -34,6 +34,12 @@ QTextCharFormat formatOf(const CharStyle& style, const PageStyle& page)
         format.setFontLetterSpacingType(QFont::AbsoluteSpacing);
         format.setFontLetterSpacing(0);
     }
+    if (style.marks & Mark::Superscript)
+        format.setVerticalAlignment(QTextCharFormat::AlignSuperScript);
+    if (style.marks & Mark::Subscript)
+        format.setVerticalAlignment(QTextCharFormat::AlignSubScript);
+    if (style.marks & Mark::Faint)
+        format.setForeground(page.colors().ink3);
     if (style.link) {
         format.setForeground(page.colors().accentInk);
         format.setFontUnderline(true);

@@ -6,7 +6,7 @@ namespace corvelle {
 
 QString wordsForObject(const BlockAttachment& attachment)
 {
-    const PageNode node = nodeFromJson(attachment.node);
+    const PageNode node = nodeOf(attachment);
     switch (attachment.kind) {
     case PageNode::Type::Table:
         return plainText(node).replace(u'\n', lineBreak);

@@ -11,10 +11,10 @@ namespace {
 
 constexpr size_t keptTables = 4;
 
-std::shared_ptr<const TableCells> readTable(const QByteArray& json)
+std::shared_ptr<const TableCells> readTable(const BlockAttachment& table)
 {
     auto cells = std::make_shared<TableCells>();
-    cells->rows = tableRows(nodeFromJson(json));
+    cells->rows = tableRows(nodeOf(table));
     cells->plan = TablePlan::of(cells->rows);
     cells->texts.reserve(cells->plan.cells.size());
     for (const TablePlan::Slot& slot : cells->plan.cells) {
@@ -36,11 +36,12 @@ Units TableCells::mostOfCell() const
 
 std::shared_ptr<const TableCells> tableCells(const BlockAttachment& table)
 {
-    static std::deque<std::pair<QByteArray, std::shared_ptr<const TableCells>>> kept;
-    for (const auto& [json, cells] : kept)
-        if (json.isSharedWith(table.node) || json == table.node)
+    static std::deque<std::pair<BlockAttachment, std::shared_ptr<const TableCells>>> kept;
+    for (const auto& [read, cells] : kept)
+        if (read.made == table.made &&
+            (read.node.isSharedWith(table.node) || read.node == table.node))
             return cells;
-    kept.emplace_front(table.node, readTable(table.node));
+    kept.emplace_front(table, readTable(table));
     if (kept.size() > keptTables)
         kept.pop_back();
     return kept.front().second;

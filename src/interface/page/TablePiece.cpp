@@ -37,14 +37,14 @@ double sideOf(double width)
     return std::floor(std::min(cellSide, width / 4));
 }
 
-QFont cellFont(bool head)
+QFont cellFont(bool head, double zoom)
 {
-    return corvelle::font(head ? TypeStyle::SmallStrong : TypeStyle::LabelText);
+    return corvelle::font(head ? TypeStyle::SmallStrong : TypeStyle::LabelText, zoom);
 }
 
-double naturalWidth(const QString& words, bool head)
+double naturalWidth(const QString& words, bool head, double zoom)
 {
-    const QFontMetricsF metrics(cellFont(head));
+    const QFontMetricsF metrics(cellFont(head, zoom));
     double widest = 0;
     for (const QString& line : words.split(lineBreak))
         widest = std::max(widest, metrics.horizontalAdvance(line.left(200)));
@@ -176,7 +176,7 @@ private:
                 const FlatText& text = cells.texts[i];
                 column = std::max(
                     column, naturalWidth(text.text(0, std::min(text.length(), sampledUnits)),
-                                slot.isHeader));
+                                slot.isHeader, m_facts.style->zoom()));
             }
         }
         for (size_t i = 0; i < wanted.size(); ++i)
@@ -205,13 +205,14 @@ private:
             box.cell = static_cast<int>(i);
             box.slot = slot;
             box.text = std::make_unique<TextBox>(
-                std::move(shown), TextBox::Setting{cellFont(slot.isHeader), cellLine,
-                                      std::max(1.0, width - 2 * sideOf(width)), alignmentOf(slot),
-                                      reversed, m_facts.style->isDark()});
+                std::move(shown), TextBox::Setting{cellFont(slot.isHeader, m_facts.style->zoom()),
+                                      lineHeight(), std::max(1.0, width - 2 * sideOf(width)),
+                                      alignmentOf(slot), reversed, m_facts.style->isDark()});
             m_boxes.push_back(std::move(box));
         }
     }
 
+    double lineHeight() const { return std::round(cellLine * m_facts.style->zoom()); }
     double columnEdge(int column) const
     {
         return m_columns[std::min(static_cast<size_t>(column), m_columns.size() - 1)];
@@ -220,7 +221,7 @@ private:
     void placeRows()
     {
         std::vector<double> heights(
-            static_cast<size_t>(m_rowCount), cellLine + 2 * cellEnd + cellRule);
+            static_cast<size_t>(m_rowCount), lineHeight() + 2 * cellEnd + cellRule);
         const auto wants = [](const Box& box) {
             return box.text->height() + 2 * cellEnd + cellRule;
         };

@@ -33,6 +33,10 @@ PageViewer::PageViewer(Library& library, QWidget* window)
     , m_document(new OpenDocument(library, this))
     , m_sheet(new PageSheet(itemLooks(library), mentionFacts(library), window))
 {
+    view().pictures().setSource([this](const QString& src) {
+        const auto& document = m_document->contents().document;
+        return document ? document->picture(src) : QByteArray();
+    });
     connect(m_document, &OpenDocument::read, this, &PageViewer::took);
     connect(m_document, &OpenDocument::unreadable, this, &OpenedViewer::unreadable);
     connect(m_sheet, &PageSheet::closeWanted, this, &OpenedViewer::closeWanted);
@@ -86,6 +90,16 @@ void PageViewer::setNode(const Node& node)
         shown.title = node.title;
         m_sheet->view().refresh(std::move(shown));
     }
+}
+
+bool PageViewer::followInside(const QString& address)
+{
+    const auto& document = m_document->contents().document;
+    if (!document || !address.startsWith(u'#'))
+        return false;
+    if (const auto place = document->placeOf(address))
+        view().showAtTop(*place);
+    return true;
 }
 
 bool PageViewer::isSettled() const

@@ -31,6 +31,9 @@ public:
     bool isSettled() const override;
     QJsonObject told() const override;
 
+    // Follows an address if it leads to another place of what is shown.
+    bool followInside(const QString& address);
+
 private:
     void took(bool again);
     ShownPage shownPage(const Node& node) const;

@@ -22,6 +22,7 @@ OpenedViewer* MainWindow::viewerFor(const Node& node) const
     switch (viewerOf(node)) {
     case Viewer::Page:
     case Viewer::Markdown:
+    case Viewer::Document:
         return m_page;
     case Viewer::Workbook:
         return m_workbook;

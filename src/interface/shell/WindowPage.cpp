@@ -67,6 +67,8 @@ void MainWindow::followItem(const QString& id)
 
 void MainWindow::followAddress(const QString& address)
 {
+    if (m_page->followInside(address))
+        return;
     if (const QString item = addressedItem(address); !item.isEmpty())
         followItem(item);
     else if (const QUrl url(address.trimmed()); isOpenedElsewhere(url))
