@@ -1,7 +1,7 @@
 #include "canvas/DocumentPage.h"
 
-#include "documents/DocLinks.h"
 #include "base/Overloaded.h"
+#include "documents/DocLinks.h"
 #include "pages/PageDocument.h"
 
 #include <algorithm>
@@ -88,7 +88,8 @@ public:
     void addAll(const DocBlocks& blocks)
     {
         for (size_t i = 0; i < blocks.size(); ++i)
-            if (const auto* note = noteIn(blocks[i]); note && !m_page.m_notes.contains(note->number))
+            if (const auto* note = noteIn(blocks[i]);
+                note && !m_page.m_notes.contains(note->number))
                 m_page.m_notes.insert(note->number, i);
         const auto firstNote = std::min_element(m_page.m_notes.cbegin(), m_page.m_notes.cend());
         for (m_row = 0; m_row < blocks.size(); ++m_row) {
@@ -231,7 +232,8 @@ private:
         } else {
             told.alt = pictureMissing;
         }
-        addObject({Type::Image, canonicalJson(pictureNode(told)), {}}, around.depth, around.inQuote);
+        addObject(
+            {Type::Image, canonicalJson(pictureNode(told)), {}}, around.depth, around.inQuote);
     }
 
     void addObject(BlockAttachment object, int depth, bool quoted)
@@ -297,8 +299,7 @@ std::optional<Units> DocumentPage::placeOf(const QString& href) const
         if (found != m_references.cend())
             row = *found;
     } else if (words.startsWith(u'[') && words.endsWith(u']')) {
-        const auto found =
-            m_notes.constFind(QStringView(words).sliced(1).chopped(1).toInt());
+        const auto found = m_notes.constFind(QStringView(words).sliced(1).chopped(1).toInt());
         if (found != m_notes.cend())
             row = *found;
     }

@@ -35,9 +35,9 @@ private:
     FlatText m_text;
     QString m_pictureName; // before the number of each
     std::vector<DocInline::Picture> m_pictures;
-    std::vector<qsizetype> m_places;  // of each of the blocks, the block of the text it begins at
-    QHash<int, size_t> m_notes;       // by number, the block that is the note
-    QHash<int, size_t> m_references;  // by number, the block that holds the first reference
+    std::vector<qsizetype> m_places; // of each of the blocks, the block of the text it begins at
+    QHash<int, size_t> m_notes;      // by number, the block that is the note
+    QHash<int, size_t> m_references; // by number, the block that holds the first reference
 };
 
 // A heading and what there is to say, for a document of which there is nothing to show.
