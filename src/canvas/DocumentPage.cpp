@@ -285,9 +285,10 @@ QByteArray DocumentPage::picture(const QString& src) const
 {
     if (!src.startsWith(m_pictureName))
         return {};
-    const size_t number = QStringView(src).sliced(m_pictureName.size()).toULongLong();
-    return number < m_pictures.size() ? m_pictures[number]->data.value_or(QByteArray())
-                                      : QByteArray();
+    bool isNumber = false;
+    const size_t number = QStringView(src).sliced(m_pictureName.size()).toULongLong(&isNumber);
+    return isNumber && number < m_pictures.size() ? m_pictures[number]->data.value_or(QByteArray())
+                                                  : QByteArray();
 }
 
 std::optional<Units> DocumentPage::placeOf(const QString& href) const

@@ -95,7 +95,8 @@ TEST(DocumentPage, tablesKeepTheirGridAndMarks)
     DocMarks sup;
     sup.sup = true;
     DocRow head{true, {DocCell{2, 1, {paragraph({words("wide", sup)})}}}};
-    DocRow row{false, {DocCell{1, 1, {paragraph({words("a")}), paragraph({words("b")})}}, DocCell{}}};
+    DocRow row{
+        false, {DocCell{1, 1, {paragraph({words("a")}), paragraph({words("b")})}}, DocCell{}}};
     const DocumentPage page({{DocBlock::Table{{head, row}}}, {DocBlock::Table{}}}, "1");
     ASSERT_EQ(page.text().blockCount(), 1) << "the empty table isn't there";
     const auto style = page.text().styleAt(0);
@@ -113,15 +114,14 @@ TEST(DocumentPage, tablesKeepTheirGridAndMarks)
 
 TEST(DocumentPage, linksInsideLeadToTheirPlaces)
 {
-    const DocumentPage page(
-        {paragraph({linked("1. First", "#_Toc1"), linked("\t7", "#_Toc1")}),
-            paragraph({linked("there", "https://example.com/"), reference(1), words(" and "),
-                reference(2), reference(9)}),
-            paragraph({words("1. First")}, 1), note(1, "one"), note(2, "two")},
+    const DocumentPage page({paragraph({linked("1. First", "#_Toc1"), linked("\t7", "#_Toc1")}),
+                                paragraph({linked("there", "https://example.com/"), reference(1),
+                                    words(" and "), reference(2), reference(9)}),
+                                paragraph({words("1. First")}, 1), note(1, "one"), note(2, "two")},
         "1");
-    EXPECT_EQ(links(page.text()),
-        (QStringList{"#1. First\t7", "https://example.com/", "#[1]", "#[2]",
-            QString("#") + u'↑' + '1', QString("#") + u'↑' + '2'}));
+    EXPECT_EQ(
+        links(page.text()), (QStringList{"#1. First\t7", "https://example.com/", "#[1]", "#[2]",
+                                QString("#") + u'↑' + '1', QString("#") + u'↑' + '2'}));
     const auto lineAt = [&](const QString& href) {
         const auto place = page.placeOf(href);
         return place ? static_cast<int>(page.text().blockAt(*place).index) : -1;
@@ -139,8 +139,8 @@ TEST(DocumentPage, picturesStandOnLinesOfTheirOwnUnderNamesOfTheirOwn)
     auto shown = std::make_shared<DocPicture>();
     shown->data = "bytes";
     auto lost = std::make_shared<DocPicture>();
-    const DocumentPage page(
-        {paragraph({words("a"), {DocInline::Picture(shown)}, words("b"), {DocInline::Picture(lost)}})},
+    const DocumentPage page({paragraph({words("a"), {DocInline::Picture(shown)}, words("b"),
+                                {DocInline::Picture(lost)}})},
         "7");
     ASSERT_EQ(page.text().blockCount(), 4);
     const auto picture = [&](qsizetype block) {
