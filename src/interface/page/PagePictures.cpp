@@ -2,6 +2,8 @@
 
 #include "platform/PictureFacts.h"
 
+#include <QMimeDatabase>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -66,6 +68,24 @@ PagePictures::Found PagePictures::find(const BlockAttachment& picture)
     }
     keep(picture.node, found);
     return found;
+}
+
+void PagePictures::putInBytes(PageNodes& nodes) const
+{
+    if (!m_source)
+        return;
+    for (PageNode& node : nodes) {
+        putInBytes(node.content);
+        if (node.type != PageNode::Type::Image)
+            continue;
+        PagePicture picture = pictureOf(node);
+        const QByteArray bytes = m_source(picture.src);
+        if (bytes.isEmpty())
+            continue;
+        picture.src = u"data:%1;base64,%2"_s.arg(
+            QMimeDatabase().mimeTypeForData(bytes).name(), QString::fromLatin1(bytes.toBase64()));
+        node = pictureNode(picture);
+    }
 }
 
 void PagePictures::keep(const QByteArray& node, const Found& found)

@@ -42,6 +42,8 @@ public:
     // for ever. Empty for what isn't such a name.
     using Source = std::function<QByteArray(const QString& src)>;
     void setSource(Source source) { m_source = std::move(source); }
+    // Puts the bytes into the nodes in place of such names, for what leaves the program.
+    void putInBytes(PageNodes& nodes) const;
 
     // What a picture of a page is. Of its bytes the header alone is read; the newest few are kept,
     // since a large one takes long.

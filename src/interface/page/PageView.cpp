@@ -518,12 +518,19 @@ void PageView::selectAll()
     select(0, m_page.text.length());
 }
 
+PageNodes PageView::nodes(Units from, Units to) const
+{
+    PageNodes nodes = nodesBetween(m_page.text, from, to);
+    m_pictures.putInBytes(nodes);
+    return nodes;
+}
+
 void PageView::copy() const
 {
     const auto [from, to] = selection();
     if (from < to)
         QGuiApplication::clipboard()->setMimeData(
-            copiedBlocks(nodesBetween(m_page.text, from, to), m_mentions).release());
+            copiedBlocks(nodes(from, to), m_mentions).release());
 }
 
 void PageView::extend(QPointF at)

@@ -53,6 +53,9 @@ public:
     void select(Units from, Units to);
     void selectAll();
     void copy() const;
+    // What stands between two places, with the bytes of its pictures.
+    PageNodes nodes(Units from, Units to) const;
+    PageNodes nodes() const { return nodes(0, m_page.text.length()); }
     const MentionSource& mentions() const { return m_mentions; }
 
     // ---- zoom ----

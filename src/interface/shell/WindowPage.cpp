@@ -123,8 +123,7 @@ void MainWindow::actOnPage(const QString& act)
 
 void MainWindow::copyPage(bool html)
 {
-    const PageView& view = m_page->view();
-    const PageNodes nodes = nodesBetween(view.page().text, 0, view.page().text.length());
+    const PageNodes nodes = m_page->view().nodes();
     if (html) {
         // As words, to be pasted where HTML is written, and as HTML where it is shown.
         auto copied = copiedBlocks(nodes, m_page->view().mentions());
@@ -144,9 +143,7 @@ void MainWindow::copyPage(bool html)
 
 void MainWindow::exportPage(const Node& node, bool html)
 {
-    const PageView& view = m_page->view();
-    const PageTree page{nodesBetween(view.page().text, 0, view.page().text.length()),
-        m_page->document().contents().attrs};
+    const PageTree page{m_page->view().nodes(), m_page->document().contents().attrs};
     const QByteArray bytes =
         html ? PageHTML::file(page, node.title, {m_page->view().mentions(), {}, {}}).toUtf8()
              : PageMarkdown::markdownFromDoc(page.content, PageMarkdown::Pictures::Kept).toUtf8();
