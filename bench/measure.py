@@ -3,8 +3,8 @@
 
     measure.py BUILD [NAME...]
 
-Names are groups of rows: scan, first, opening, memory, canvas, edits, pages, reading, live, parts; all of them when none is given. Ours and
-the peer are measured in turn, so that both see the same machine. Every figure is the median of the runs. A missed target is
+Names are groups of rows: scan, first, opening, memory, canvas, edits, pages, reading, sheets, live, parts; all of them when none is given. Ours
+and the peer are measured in turn, so that both see the same machine. Every figure is the median of the runs. A missed target is
 said, and is no failure of the script.
 """
 
@@ -18,6 +18,7 @@ import time
 
 import documents
 import folders
+import sheets
 from program import Program
 
 RUNS = 5
@@ -239,6 +240,47 @@ class Bench:
         return json.loads(subprocess.run([os.path.join(self.programs, "bench_pages"), *arguments], check=True,
                                          stdout=subprocess.PIPE).stdout)
 
+    def sheets(self):
+        """A workbook to text, the memory of opening one, and a sheet scrolled in the window."""
+        path, empty = sheets.table(self.data, 20_000, 20), sheets.table(self.data, 0, 20)
+        whole, look, peer = [], [], []
+        for run in range(RUNS):
+            whole.append(self._sheets("text", path)["ms"])
+            look.append(self._sheets("look", path)["ms"])
+            peer.append(sheets.table_ms(path) - sheets.table_ms(empty))
+        self.table.ratio("workbook of 400,000 cells to text / xlsx2csv", middle(whole), middle(peer), "ms", 0.05)
+        self.table.ratio("the 20,000 of them that a preview shows / xlsx2csv's all", middle(look), middle(peer), "ms", 0.05)
+        path, largest = sheets.many_strings(self.data, 400_000)
+        self.table.ratio("memory of opening 400,000 strings / the part of them", self._sheets("open", path)["kilobytes"] / 1024,
+                         largest / (1 << 20), "MiB", 3)
+        self._scroll(sheets.table(self.data, 1000, 40))
+
+    def _scroll(self, path):
+        library = self.opened(folders.wide(self.data))
+        painted, p95 = [], []
+        with self.start(library, arguments=("--size", "1440x900")) as program:
+            program.tell("add", paths=[path], x=0, y=0)
+            program.settle()
+            sheet = program.tell("find", title=os.path.basename(path))[-1]
+            for run in range(RUNS):
+                program.tell("open", id=sheet)
+                program.settle()
+                time.sleep(1)  # it has come up
+                painted.append(program.tell("state")["open"]["paintedAfter"])
+                program.tell("perf", reset=True)
+                for step in range(60):
+                    program.tell("wheel", x=700, y=500, dx=-(step % 3 == 0), dy=-1)
+                p95.append(program.tell("perf")["p95"])
+                program.tell("close")
+            program.tell("delete", ids=[sheet])
+            program.settle()
+        self.table.value("sheet of 1,000 x 40 cells, to its first picture", middle(painted), "ms")
+        self.table.value("the same scrolled, frames p95", middle(p95), "ms", 16)
+
+    def _sheets(self, *arguments):
+        return json.loads(subprocess.run([os.path.join(self.programs, "bench_sheets"), *arguments], check=True,
+                                         stdout=subprocess.PIPE).stdout)
+
     def reading(self):
         """A page of 20,000 blocks, opened and scrolled in the window."""
         library = self.opened(folders.wide(self.data))
@@ -354,7 +396,7 @@ class Bench:
 
 
 def main():
-    names = ("scan", "first", "opening", "memory", "canvas", "edits", "pages", "reading", "live", "parts")
+    names = ("scan", "first", "opening", "memory", "canvas", "edits", "pages", "reading", "sheets", "live", "parts")
     if len(sys.argv) < 2 or any(name not in names for name in sys.argv[2:]):
         print(f"measure.py BUILD [NAME...], where NAME is one of: {' '.join(names)}", file=sys.stderr)
         return 2
