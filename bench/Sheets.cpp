@@ -1,7 +1,7 @@
 // What reading a workbook costs, as one line of JSON.
-//   bench_sheets text FILE    every sheet to plain text: milliseconds of the processor, and its length
-//   bench_sheets look FILE    the same of what a preview shows
-//   bench_sheets open FILE    opened and its first sheet previewed: by how many KiB the process grew
+//   bench_sheets text FILE    every sheet to plain text: milliseconds of the processor, and its
+//   length bench_sheets look FILE    the same of what a preview shows bench_sheets open FILE opened
+//   and its first sheet previewed: by how many KiB the process grew
 #include "documents/Xlsx.h"
 
 #include <QFile>
@@ -58,8 +58,8 @@ int main(int argc, char** argv)
         for (int i = 0; i < tries; ++i) {
             const std::clock_t start = std::clock();
             length = textLength(bytes, what == "text" ? everything : SheetLimits());
-            least = std::min(
-                least, static_cast<double>(std::clock() - start) * 1e3 / CLOCKS_PER_SEC);
+            least =
+                std::min(least, static_cast<double>(std::clock() - start) * 1e3 / CLOCKS_PER_SEC);
         }
         std::printf("{\"ms\": %.2f, \"characters\": %lld}\n", least, length);
     } else if (what == "open") {

@@ -96,7 +96,8 @@ private:
     void paintPart(QPainter& painter, const QRect& part);
     void paintGrid(QPainter& painter, const CellRange& seen) const;
     void paintTexts(QPainter& painter, const CellRange& seen) const;
-    void paintText(QPainter& painter, CellPlace place, const SheetCell& cell) const;
+    int firstReaching(int row, int column) const;
+    bool isFound(CellPlace place) const;
     void paintPick(QPainter& painter) const;
     void paintLetters(QPainter& painter, const CellRange& seen) const;
     void paintNumbers(QPainter& painter, const CellRange& seen) const;
