@@ -3,9 +3,9 @@
 
     measure.py BUILD [NAME...]
 
-Names are groups of rows: scan, first, opening, memory, canvas, edits, pages, documents, reading, live, parts; all of them when none is given. Ours and
-the peer are measured in turn, so that both see the same machine. Every figure is the median of the runs. A missed target is
-said, and is no failure of the script.
+Names are groups of rows: scan, first, opening, memory, canvas, edits, pages, documents, sheets, reading, live, parts; all of them
+when none is given. Ours and the peer are measured in turn, so that both see the same machine. Every figure is the median of the
+runs. A missed target is said, and is no failure of the script.
 """
 
 import json
@@ -18,6 +18,7 @@ import time
 
 import documents
 import folders
+import sheets
 import word
 from program import Program
 
@@ -269,30 +270,82 @@ class Bench:
         return json.loads(subprocess.run([os.path.join(self.programs, "bench_documents"), *arguments], check=True,
                                          stdout=subprocess.PIPE).stdout)
 
-    def reading(self):
-        """A page of 20,000 blocks, opened and scrolled in the window."""
+    def sheets(self):
+        """A workbook to text, the memory of opening one, and a sheet scrolled in the window."""
+        path, empty = sheets.table(self.data, 20_000, 20), sheets.table(self.data, 0, 20)
+        whole, look, peer = [], [], []
+        for run in range(RUNS):
+            whole.append(self._sheets("text", path)["ms"])
+            look.append(self._sheets("look", path)["ms"])
+            peer.append(sheets.table_ms(path) - sheets.table_ms(empty))
+        self.table.ratio("workbook of 400,000 cells to text / xlsx2csv", middle(whole), middle(peer), "ms", 0.05)
+        self.table.ratio("the 20,000 of them that a preview shows / xlsx2csv's all", middle(look), middle(peer), "ms", 0.05)
+        path, largest = sheets.many_strings(self.data, 400_000)
+        self.table.ratio("memory of opening 400,000 strings / the part of them", self._sheets("open", path)["kilobytes"] / 1024,
+                         largest / (1 << 20), "MiB", 3)
+        self._scroll(sheets.table(self.data, 1000, 40))
+
+    def _scroll(self, path):
         library = self.opened(folders.wide(self.data))
-        painted, p95, longest = [], [], []
+        painted, p95 = [], []
+        with self.start(library, arguments=("--size", "1440x900")) as program:
+            program.tell("add", paths=[path], x=0, y=0)
+            program.settle()
+            sheet = program.tell("find", title=os.path.basename(path))[-1]
+            for run in range(RUNS):
+                program.tell("open", id=sheet)
+                program.settle()
+                time.sleep(1)  # it has come up
+                painted.append(program.tell("state")["open"]["paintedAfter"])
+                program.tell("perf", reset=True)
+                for step in range(60):
+                    program.tell("wheel", x=700, y=500, dx=-(step % 3 == 0), dy=-1)
+                p95.append(program.tell("perf")["p95"])
+                program.tell("close")
+            program.tell("delete", ids=[sheet])
+            program.settle()
+        self.table.value("sheet of 1,000 x 40 cells, to its first picture", middle(painted), "ms")
+        self.table.value("the same scrolled, frames p95", middle(p95), "ms", 16)
+
+    def _sheets(self, *arguments):
+        return json.loads(subprocess.run([os.path.join(self.programs, "bench_sheets"), *arguments], check=True,
+                                         stdout=subprocess.PIPE).stdout)
+
+    def reading(self):
+        """A page of 20,000 blocks and a Word file of 500 pages, opened and scrolled in the window."""
+        library = self.opened(folders.wide(self.data))
         with self.start(library, arguments=("--size", "1440x900")) as program:
             page = program.tell("make", kind="page", title="Long", x=0, y=0)["id"]
             program.tell("write", id=page, doc=documents.long_page())
             program.settle()
-            for run in range(RUNS):
-                program.tell("open", id=page)
-                program.settle()
-                painted.append(program.tell("state")["open"]["paintedAfter"])
-                time.sleep(0.4)  # until it has come up
-                program.tell("perf", reset=True)
-                for step in range(200):
-                    program.tell("wheel", x=720, y=450, dx=0, dy=-60 if step < 150 else 90, pixel=True)
-                time.sleep(0.05)
-                perf = program.tell("perf")
-                p95.append(perf["p95"])
-                longest.append(perf["max"])
-                program.tell("close")
-                program.settle()
-            program.tell("delete", ids=[page])
-        self.table.value("page of 20,000 blocks: until the first picture", middle(painted), "ms", 150)
+            self._read("page of 20,000 blocks", program, page, 150)
+            path = word.long(self.data)
+            program.tell("add", paths=[path], x=0, y=0)
+            program.settle()
+            file = program.tell("find", title=os.path.basename(path))[-1]
+            self._read("Word file of 500 pages", program, file, None)
+            program.tell("delete", ids=[page, file])
+
+    def _read(self, what, program, item, target):
+        painted, presented, p95, longest = [], [], [], []
+        for run in range(RUNS):
+            program.tell("open", id=item)
+            program.settle()
+            opened = program.tell("state")["open"]
+            painted.append(opened["paintedAfter"])
+            presented.append(opened["paintedAfter"] - opened["readAfter"])
+            time.sleep(0.4)  # until it has come up
+            program.tell("perf", reset=True)
+            for step in range(200):
+                program.tell("wheel", x=720, y=450, dx=0, dy=-60 if step < 150 else 90, pixel=True)
+            time.sleep(0.05)
+            perf = program.tell("perf")
+            p95.append(perf["p95"])
+            longest.append(perf["max"])
+            program.tell("close")
+            program.settle()
+        self.table.value(f"{what}: until the first picture", middle(painted), "ms", target)
+        self.table.value(f"{what}: from having read it to the first picture", middle(presented), "ms", 200)
         self.table.value("scrolling it, p95 frame", middle(p95), "ms", 16, 2)
         self.table.value("scrolling it, longest frame", middle(longest), "ms", 16, 2)
 
@@ -399,7 +452,7 @@ class Bench:
 
 
 def main():
-    names = ("scan", "first", "opening", "memory", "canvas", "edits", "pages", "documents", "reading", "live", "parts")
+    names = ("scan", "first", "opening", "memory", "canvas", "edits", "pages", "documents", "sheets", "reading", "live", "parts")
     if len(sys.argv) < 2 or any(name not in names for name in sys.argv[2:]):
         print(f"measure.py BUILD [NAME...], where NAME is one of: {' '.join(names)}", file=sys.stderr)
         return 2

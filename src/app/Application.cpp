@@ -6,6 +6,7 @@
 #include "base/Log.h"
 #include "interface/canvas/CanvasAccessible.h"
 #include "interface/page/PageAccessible.h"
+#include "interface/sheet/SheetAccessible.h"
 #include "interface/widgets/Look.h"
 #include "interface/wording/Wording.h"
 #include "library/DataSteps.h"
@@ -117,6 +118,7 @@ void Application::start()
     watchSignals();
     installCanvasAccessibility();
     installPageAccessibility();
+    installSheetAccessibility();
     takeAppearance();
     connect(&m_appearance, &Appearance::changed, this, &Application::takeAppearance);
     m_window = std::make_unique<MainWindow>(m_canvas, m_commands, m_options.showsScratchNote());

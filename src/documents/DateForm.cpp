@@ -132,6 +132,7 @@ std::optional<QString> dateForm(const FormatSection& section, double serial, Dat
         parts / unit + (section.isElapsed ? day * daySeconds : 0), parts % unit,
         section.secondDecimals};
     QString result;
+    result.reserve(24);
     for (const FormatToken& token : section.tokens)
         result += tokenForm(section, token, at);
     return result;

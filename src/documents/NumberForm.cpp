@@ -16,6 +16,7 @@ using Kind = FormatToken::Kind;
 constexpr int generalLength = 11;
 constexpr int scientificDigits = 6;    // of the general form
 constexpr int leastExponentDigits = 2; // of a format
+constexpr qsizetype shortForm = 24;    // units of most numbers
 
 // ---- places ----
 
@@ -153,6 +154,7 @@ QString numberForm(const FormatSection& section, const Decimal& magnitude)
                                  : Scientific{value.rounded(section.decimalPlaces)};
     Places places(section, parts.mantissa);
     QString result;
+    result.reserve(shortForm);
     int digits = 0; // that were met
     for (const FormatToken& token : section.tokens) {
         if (token.kind == Kind::Digit) {

@@ -101,11 +101,11 @@ QString plainText(const SheetRows& sheet)
         for (size_t column = 0; column < cells.size(); ++column) {
             if (column > 0)
                 text += u'\t';
-            QString words = cells[column].text;
+            const qsizetype from = text.size();
+            text += cells[column].text;
             std::replace_if(
-                words.begin(), words.end(),
+                text.begin() + from, text.end(),
                 [](QChar c) { return c == u'\t' || c == u'\n' || c == u'\r'; }, u' ');
-            text += words;
         }
     }
     return text;

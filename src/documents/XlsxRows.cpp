@@ -88,9 +88,12 @@ private:
             rows.resize(static_cast<size_t>(row) + 1);
         }
         auto& cells = rows[static_cast<size_t>(row)];
+        if (cells.empty())
+            cells.reserve(m_width); // rows are mostly as wide as the last one
         if (cells.size() <= static_cast<size_t>(column)) {
             m_places += column + 1 - static_cast<qsizetype>(cells.size());
             cells.resize(static_cast<size_t>(column) + 1);
+            m_width = cells.size();
         }
         return cells[static_cast<size_t>(column)];
     }
@@ -114,6 +117,7 @@ private:
     SheetRows m_sheet;
     int m_row = -1, m_column = -1; // read last
     qsizetype m_places = 0;
+    size_t m_width = 0; // of the row before
 };
 
 SheetCell RowReader::cellOf(XNode cell) const

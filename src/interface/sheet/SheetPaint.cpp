@@ -10,6 +10,21 @@
 
 namespace corvelle {
 
+namespace {
+
+// What a translucent line comes to on an area. Lines as long as the view are far quicker to paint
+// in a full colour.
+QColor lineOn(const QColor& area, const QColor& line)
+{
+    const float share = line.alphaF();
+    const auto mixed = [share](
+                           float below, float above) { return below + (above - below) * share; };
+    return QColor::fromRgbF(mixed(area.redF(), line.redF()), mixed(area.greenF(), line.greenF()),
+        mixed(area.blueF(), line.blueF()));
+}
+
+} // namespace
+
 void SheetView::paintEvent(QPaintEvent* event)
 {
     QPainter painter(this);
@@ -52,12 +67,13 @@ void SheetView::paintGrid(QPainter& painter, const CellRange& seen) const
 
     // Lines end where no more is shown, though the file may go on.
     const int right = rectOf(seen.to).right(), bottom = rectOf(seen.to).bottom();
+    const QColor line = lineOn(colors().surface, colors().hairlineFaint);
     for (int column = seen.from.column; column <= seen.to.column; ++column)
-        painter.fillRect(QRect(rectOf({column, 0}).right(), area.top(), 1, bottom - area.top() + 1),
-            colors().hairlineFaint);
+        painter.fillRect(
+            QRect(rectOf({column, 0}).right(), area.top(), 1, bottom - area.top() + 1), line);
     for (int row = seen.from.row; row <= seen.to.row; ++row)
-        painter.fillRect(QRect(area.left(), rectOf({0, row}).bottom(), right - area.left() + 1, 1),
-            colors().hairlineFaint);
+        painter.fillRect(
+            QRect(area.left(), rectOf({0, row}).bottom(), right - area.left() + 1, 1), line);
     const QRegion beyond = QRegion(area) - QRect(area.topLeft(), QPoint(right, bottom));
     for (const QRect& part : beyond)
         painter.fillRect(part, colors().sunken);
@@ -80,38 +96,49 @@ QRectF SheetView::roomFor(CellPlace place, const SheetCell& cell) const
     return box.adjusted(SheetLayout::side, 0, -SheetLayout::side, 0);
 }
 
-void SheetView::paintText(QPainter& painter, CellPlace place, const SheetCell& cell) const
-{
-    const Lettering letters(TypeStyle::SheetCell);
-    const QRectF room = roomFor(place, cell);
-    if (room.right() < cells().left())
-        return;
-    const bool marked =
-        std::binary_search(m_found.begin(), m_found.end(), place, [](CellPlace a, CellPlace b) {
-            return std::pair(a.row, a.column) < std::pair(b.row, b.column);
-        });
-    painter.setPen(marked ? colors().markInk : colors().ink);
-    letters.draw(painter, room, cell.isNumber ? Qt::AlignRight : Qt::AlignLeft,
-        letters.elided(lineOf(cell.text), room.width(), Qt::ElideRight));
-}
-
 void SheetView::paintTexts(QPainter& painter, const CellRange& seen) const
 {
-    const int rows = std::min(seen.to.row + 1, m_layout.rows());
-    for (int row = seen.from.row; row < rows; ++row) {
-        const auto& cellsOfRow = m_rows->rows[static_cast<size_t>(row)];
-        const int columns = std::min(seen.to.column + 1, static_cast<int>(cellsOfRow.size()));
-        // What comes into sight from the left may begin in a cell that is out of it.
-        int first = seen.from.column;
-        while (first > 0 &&
-               (first >= columns || cellsOfRow[static_cast<size_t>(first)].text.isEmpty()))
-            --first;
-        for (int column = std::min(first, columns); column < columns; ++column) {
-            const SheetCell& cell = cellsOfRow[static_cast<size_t>(column)];
-            if (!cell.text.isEmpty())
-                paintText(painter, {column, row}, cell);
+    const Lettering letters(TypeStyle::SheetCell);
+    const int left = cells().left(), rows = std::min(seen.to.row + 1, m_layout.rows());
+    // Two inks and few changes: first the plain texts, then those on a mark.
+    for (const bool marked : {false, true}) {
+        if (marked && m_found.empty())
+            break;
+        LetteringRun run(letters, painter, marked ? colors().markInk : colors().ink);
+        for (int row = seen.from.row; row < rows; ++row) {
+            const auto& texts = m_rows->rows[static_cast<size_t>(row)];
+            const int columns = std::min(seen.to.column + 1, static_cast<int>(texts.size()));
+            for (int column = firstReaching(row, seen.from.column); column < columns; ++column) {
+                const SheetCell& cell = texts[static_cast<size_t>(column)];
+                if (cell.text.isEmpty() || isFound({column, row}) != marked)
+                    continue;
+                const QRectF room = roomFor({column, row}, cell);
+                if (room.right() > left)
+                    run.draw(
+                        room, cell.isNumber ? Qt::AlignRight : Qt::AlignLeft, lineOf(cell.text));
+            }
         }
     }
+}
+
+// What comes into sight from the left may begin in a cell that is out of it.
+int SheetView::firstReaching(int row, int column) const
+{
+    const auto& texts = m_rows->rows[static_cast<size_t>(row)];
+    const auto isEmpty = [&texts](int at) {
+        return at >= static_cast<int>(texts.size()) ||
+               texts[static_cast<size_t>(at)].text.isEmpty();
+    };
+    while (column > 0 && isEmpty(column))
+        --column;
+    return column;
+}
+
+bool SheetView::isFound(CellPlace place) const
+{
+    return std::binary_search(m_found.begin(), m_found.end(), place, [](CellPlace a, CellPlace b) {
+        return std::pair(a.row, a.column) < std::pair(b.row, b.column);
+    });
 }
 
 void SheetView::paintPick(QPainter& painter) const
@@ -140,18 +167,22 @@ void SheetView::paintLetters(QPainter& painter, const CellRange& seen) const
     painter.save();
     painter.setClipRect(QRect(0, 0, width(), area.top()), Qt::IntersectClip);
     painter.fillRect(QRect(0, 0, width(), area.top()), colors().sunken);
-    for (int column = seen.from.column; column <= seen.to.column; ++column) {
-        const QRect cell = rectOf({column, 0});
-        const QRect box(cell.left(), 0, cell.width(), area.top());
-        const bool isPicked = column >= picked.from.column && column <= picked.to.column;
-        if (isPicked)
-            painter.fillRect(box, colors().accentSoft);
-        painter.setPen(isPicked ? colors().accentInk : colors().ink3);
-        letters.draw(painter, box, Qt::AlignHCenter, columnName(column));
-        painter.fillRect(QRect(box.right(), 0, 1, area.top()), colors().hairline);
+    for (const bool isPicked : {false, true}) {
+        LetteringRun run(letters, painter, isPicked ? colors().accentInk : colors().ink3);
+        for (int column = seen.from.column; column <= seen.to.column; ++column) {
+            if ((column >= picked.from.column && column <= picked.to.column) != isPicked)
+                continue;
+            const QRect cell = rectOf({column, 0});
+            const QRect box(cell.left(), 0, cell.width(), area.top());
+            if (isPicked)
+                painter.fillRect(box, colors().accentSoft);
+            run.draw(box, Qt::AlignHCenter, columnName(column));
+            painter.fillRect(QRect(box.right(), 0, 1, area.top()), colors().hairline);
+        }
     }
     painter.fillRect(QRect(0, 0, area.left(), area.top()), colors().sunken);
-    painter.fillRect(QRect(0, area.top() - 1, width(), 1), colors().hairline);
+    painter.fillRect(
+        QRect(0, area.top() - 1, width(), 1), lineOn(colors().sunken, colors().hairline));
     painter.restore();
 }
 
@@ -163,16 +194,20 @@ void SheetView::paintNumbers(QPainter& painter, const CellRange& seen) const
     painter.save();
     painter.setClipRect(QRect(0, area.top(), area.left(), area.height()), Qt::IntersectClip);
     painter.fillRect(QRect(0, area.top(), area.left(), area.height()), colors().sunken);
-    for (int row = seen.from.row; row <= seen.to.row; ++row) {
-        const QRect box(0, rectOf({0, row}).top(), area.left(), SheetLayout::rowHeight);
-        const bool isPicked = row >= picked.from.row && row <= picked.to.row;
-        if (isPicked)
-            painter.fillRect(box, colors().accentSoft);
-        painter.setPen(isPicked ? colors().accentInk : colors().ink3);
-        letters.draw(painter, box, Qt::AlignHCenter, QString::number(row + 1));
-        painter.fillRect(QRect(0, box.bottom(), area.left(), 1), colors().hairlineFaint);
+    for (const bool isPicked : {false, true}) {
+        LetteringRun run(letters, painter, isPicked ? colors().accentInk : colors().ink3);
+        for (int row = seen.from.row; row <= seen.to.row; ++row) {
+            if ((row >= picked.from.row && row <= picked.to.row) != isPicked)
+                continue;
+            const QRect box(0, rectOf({0, row}).top(), area.left(), SheetLayout::rowHeight);
+            if (isPicked)
+                painter.fillRect(box, colors().accentSoft);
+            run.draw(box, Qt::AlignHCenter, QString::number(row + 1));
+            painter.fillRect(QRect(0, box.bottom(), area.left(), 1), colors().hairlineFaint);
+        }
     }
-    painter.fillRect(QRect(area.left() - 1, area.top(), 1, area.height()), colors().hairline);
+    painter.fillRect(QRect(area.left() - 1, area.top(), 1, area.height()),
+        lineOn(colors().sunken, colors().hairline));
     painter.restore();
 }
 

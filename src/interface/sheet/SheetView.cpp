@@ -252,13 +252,17 @@ void SheetView::pickAll()
     setPick(pick);
 }
 
-// Who doesn't see the sheet hears the name: the sheet's, the cell's and what is in it.
 void SheetView::tellPick()
 {
-    const QString text = textAt(*m_rows, m_pick.picked);
-    setAccessibleName(
-        u"%1, %2, %3"_s.arg(m_name, placeName(m_pick.picked), text.isEmpty() ? u"empty"_s : text));
+    setAccessibleName(m_name);
     emit pickChanged();
+    if (!QAccessible::isActive() || !hasFocus())
+        return;
+    QAccessibleInterface* table = QAccessible::queryAccessibleInterface(this);
+    if (QAccessibleInterface* cell = table ? table->focusChild() : nullptr) {
+        QAccessibleEvent event(cell, QAccessible::Focus);
+        QAccessible::updateAccessibility(&event);
+    }
 }
 
 void SheetView::copy() const

@@ -42,6 +42,9 @@ public:
     // Where the cell is in the view, in sight or not.
     QRect rectOf(CellPlace place) const;
     std::optional<CellPlace> placeAt(QPoint at) const;
+    // The last cell that can be picked: of those with contents, and of empty ones that fill the
+    // view.
+    CellPlace last() const;
 
     // ---- finding ----
     void find(const QString& words);
@@ -77,8 +80,6 @@ protected:
     void leaveEvent(QEvent* event) override;
 
 private:
-    // The cells that can be picked: those with contents, and empty ones that fill the view.
-    CellPlace last() const;
     QRect cells() const; // the area below the letters and beside the numbers
     CellRange placesIn(const QRect& part) const;
     void bringIntoSight(CellPlace place);
@@ -95,7 +96,8 @@ private:
     void paintPart(QPainter& painter, const QRect& part);
     void paintGrid(QPainter& painter, const CellRange& seen) const;
     void paintTexts(QPainter& painter, const CellRange& seen) const;
-    void paintText(QPainter& painter, CellPlace place, const SheetCell& cell) const;
+    int firstReaching(int row, int column) const;
+    bool isFound(CellPlace place) const;
     void paintPick(QPainter& painter) const;
     void paintLetters(QPainter& painter, const CellRange& seen) const;
     void paintNumbers(QPainter& painter, const CellRange& seen) const;

@@ -163,4 +163,44 @@ void Lettering::draw(
     draw(painter, QPointF(x, baseline(box.top(), box.height())), text);
 }
 
+LetteringRun::LetteringRun(const Lettering& lettering, QPainter& painter, const QColor& ink)
+    : m_lettering(lettering)
+    , m_painter(painter)
+{
+    const QTransform& device = painter.deviceTransform();
+    const int pixels = fontPixels(lettering.m_size * std::hypot(device.m11(), device.m12()), ink);
+    m_factor = lettering.m_size / pixels;
+    painter.save();
+    painter.setPen(ink);
+    painter.setFont(
+        pixels == lettering.m_pixels ? lettering.m_font : fontOf(lettering.m_spec, pixels));
+}
+
+LetteringRun::~LetteringRun()
+{
+    m_painter.restore();
+}
+
+void LetteringRun::draw(const QRectF& box, Qt::Alignment horizontal, const QString& text)
+{
+    double width = m_lettering.width(text);
+    const bool tooWide = width > box.width();
+    const QString shown = tooWide ? m_lettering.elided(text, box.width(), Qt::ElideRight) : text;
+    if (tooWide)
+        width = m_lettering.width(shown);
+    const double x = horizontal & Qt::AlignRight     ? box.right() - width
+                     : horizontal & Qt::AlignHCenter ? box.center().x() - width / 2
+                                                     : box.left();
+    const QPointF start(x, m_lettering.baseline(box.top(), box.height()));
+    if (m_factor == 1) {
+        m_painter.drawText(start, shown);
+        return;
+    }
+    const QTransform before = m_painter.transform();
+    m_painter.translate(start);
+    m_painter.scale(m_factor, m_factor);
+    m_painter.drawText(QPointF(0, 0), shown);
+    m_painter.setTransform(before);
+}
+
 } // namespace corvelle

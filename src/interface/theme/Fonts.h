@@ -53,12 +53,33 @@ public:
         QPainter& painter, const QRectF& box, Qt::Alignment horizontal, const QString& text) const;
 
 private:
+    friend class LetteringRun;
+
     TypeSpec m_spec;
     double m_size;
     double m_line;
     int m_pixels;    // of the font that measures
     double m_factor; // from that font's widths to ours
     QFont m_font;
+};
+
+// Draws many texts in one style and ink: the painter's font is chosen once. Meanwhile the painter's
+// font and pen are its own; both are put back at its end.
+class LetteringRun
+{
+public:
+    LetteringRun(const Lettering& lettering, QPainter& painter, const QColor& ink);
+    ~LetteringRun();
+    LetteringRun(const LetteringRun&) = delete;
+    LetteringRun& operator=(const LetteringRun&) = delete;
+
+    // Centres the line in the height of the box, cut with an ellipsis where it is too wide.
+    void draw(const QRectF& box, Qt::Alignment horizontal, const QString& text);
+
+private:
+    const Lettering& m_lettering;
+    QPainter& m_painter;
+    double m_factor;
 };
 
 } // namespace corvelle
