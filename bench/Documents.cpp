@@ -1,7 +1,7 @@
 // What reading documents costs, as one line of JSON: milliseconds of the processor, or bytes.
 //   bench_documents text FILE      a Word file into plain text, inside a process that runs already
-//   bench_documents memory FILE    what that keeps resident at most, and how large the largest part is
-//   bench_documents zip FILE       all entries of an archive, read by us and by libzip
+//   bench_documents memory FILE    what that keeps resident at most, and how large the largest part
+//   is bench_documents zip FILE       all entries of an archive, read by us and by libzip
 #include "documents/DocxReader.h"
 
 #include <QFile>
@@ -97,7 +97,7 @@ bool readByLibzip(const QByteArray& path, qint64* total)
     return true;
 }
 
-bool zip(const QString& path)
+bool compareZip(const QString& path)
 {
     qint64 ours = 0, theirs = 0;
     bool isRead = true;
@@ -106,7 +106,8 @@ bool zip(const QString& path)
         for (const QString& name : archive.names())
             ours += archive.read(name).value_or(QByteArray()).size();
     });
-    const double theirsTook = best([&] { isRead = isRead && readByLibzip(path.toLocal8Bit(), &theirs); });
+    const double theirsTook =
+        best([&] { isRead = isRead && readByLibzip(path.toLocal8Bit(), &theirs); });
     std::printf("{\"ours\": %f, \"libzip\": %f}\n", oursTook, theirsTook);
     return isRead && ours == theirs;
 }
@@ -121,5 +122,5 @@ int main(int argc, char** argv)
         return text(path) ? 0 : 1;
     if (what == "memory")
         return memory(path) ? 0 : 1;
-    return what == "zip" && zip(path) ? 0 : 2;
+    return what == "zip" && compareZip(path) ? 0 : 2;
 }
