@@ -97,7 +97,7 @@ bool readByLibzip(const QByteArray& path, qint64* total)
     return true;
 }
 
-bool zip(const QString& path)
+bool compareZip(const QString& path)
 {
     qint64 ours = 0, theirs = 0;
     bool isRead = true;
@@ -122,5 +122,5 @@ int main(int argc, char** argv)
         return text(path) ? 0 : 1;
     if (what == "memory")
         return memory(path) ? 0 : 1;
-    return what == "zip" && zip(path) ? 0 : 2;
+    return what == "zip" && compareZip(path) ? 0 : 2;
 }

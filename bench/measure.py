@@ -248,7 +248,7 @@ class Bench:
         for run in range(2 * RUNS):
             runs.append({
                 "text": self._documents("text", report)["text"],
-                "pandoc": word.processor_ms(word.pandoc(report)) - word.processor_ms(["pandoc", os.devnull]),
+                "pandoc": word.processor_ms(word.pandoc(report)) - word.processor_ms(["pandoc", "--from=markdown", os.devnull]),
                 **{name + kind: word.elapsed_ms(command(path)) for name, path in (("report", report), ("page", page))
                    for kind, command in (("Ours", self._dump), ("Pandoc", word.pandoc), ("Docx2txt", word.docx2txt))}})
         took = {key: middle([each[key] for each in runs]) for key in runs[0]}

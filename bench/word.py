@@ -1,6 +1,7 @@
 """The Word files that reading documents is measured on, and the peers' time over them."""
 
 import os
+import random
 import resource
 import subprocess
 import time
@@ -15,7 +16,7 @@ _TYPES = ('<Types xmlns="http://schemas.openxmlformats.org/package/2006/content-
 _RELS = ('<Relationships xmlns="http://schemas.openxmlformats.org/package/2006/relationships"><Relationship Id="rId1" '
          'Type="http://schemas.openxmlformats.org/officeDocument/2006/relationships/{}" Target="{}"/></Relationships>')
 _LEVELS = "".join(f'<w:lvl w:ilvl="{level}"><w:numFmt w:val="decimal"/></w:lvl>' for level in range(9))
-_WORDS = "The quick brown fox jumps over the lazy dog, and says so in a report that nobody asked for"
+_SYLLABLES = "ba den for gi hal in ka lo men no pre qui ran sol ta un ver wi xe yo zur".split()
 
 
 def page(data):
@@ -25,6 +26,11 @@ def page(data):
 def report(data):
     """As long as the reports that people write: some forty pages."""
     return _made(data, "report.docx", 40)
+
+
+def long(data):
+    """Of five hundred pages."""
+    return _made(data, "long.docx", 500)
 
 
 def large(data):
@@ -64,19 +70,24 @@ def _made(data, name, pages):
             file.writestr("word/_rels/document.xml.rels", _RELS.format("numbering", "numbering.xml"))
             file.writestr("word/numbering.xml", f'<w:numbering {_WORD}><w:abstractNum w:abstractNumId="1">{_LEVELS}</w:abstractNum>'
                           '<w:num w:numId="1"><w:abstractNumId w:val="1"/></w:num></w:numbering>')
-            file.writestr("word/document.xml", f"<w:document {_WORD}><w:body>{''.join(map(_page, range(pages)))}</w:body></w:document>")
+            file.writestr("word/document.xml", f"<w:document {_WORD}><w:body>{''.join(_page(number, random.Random(number)) for number in range(pages))}</w:body></w:document>")
         os.rename(path + ".new", path)
     return path
 
 
-def _page(number):
+def _words(chance, count):
+    """Words that deflate doesn't find easier than real ones."""
+    return " ".join("".join(chance.choices(_SYLLABLES, k=chance.randint(1, 4))) for _ in range(count))
+
+
+def _page(number, chance):
     item = '<w:numPr><w:ilvl w:val="{}"/><w:numId w:val="1"/></w:numPr>'
     rows = "".join("<w:tr>" + "".join(f"<w:tc><w:tcPr/>{_paragraph(f'Cell {row} {column}')}</w:tc>" for column in range(4)) + "</w:tr>"
                    for row in range(4))
     return "".join([
         _paragraph(f"Chapter {number}", '<w:pStyle w:val="Heading1"/>'),
-        *(_paragraph(f"{_WORDS} {number} {each}.") for each in range(8)),
-        *(_paragraph(f"{_WORDS}, {each}", item.format(each % 3)) for each in range(5)),
+        *(_paragraph(_words(chance, 20)) for each in range(8)),
+        *(_paragraph(_words(chance, 12), item.format(each % 3)) for each in range(5)),
         f"<w:tbl>{rows}</w:tbl>"])
 
 

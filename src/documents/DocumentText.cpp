@@ -45,11 +45,12 @@ public:
     }
 
     // The paragraphs of one slide, headed by its number.
-    void addSlide(int number, QByteArrayView markup, QByteArrayView paragraphTag)
+    void addSlide(
+        int number, QByteArrayView markup, std::initializer_list<QByteArrayView> paragraphTags)
     {
         m_blocks.push_back({DocBlock::Section{}});
         m_blocks.push_back(paragraphOf(u"Slide "_s + QString::number(number), 2));
-        if (!addParagraphs(markup, {paragraphTag}))
+        if (!addParagraphs(markup, paragraphTags))
             m_blocks.push_back(
                 paragraphOf(u"This slide has no text. Open the original to see its artwork."_s));
     }
@@ -153,7 +154,7 @@ void previewDeck(const ZipArchive& zip, Preview& preview)
     for (const QString& slide : slides) {
         if (number == DocumentText::mostSlides || preview.isFull())
             return;
-        preview.addSlide(++number, partOf(zip, slide), "a:p");
+        preview.addSlide(++number, partOf(zip, slide), {"a:p"});
     }
 }
 
@@ -168,7 +169,7 @@ void previewOpenDocument(const ZipArchive& zip, Preview& preview)
         const auto page = pages.next();
         if (!page)
             break;
-        preview.addSlide(++number, *page, "text:p");
+        preview.addSlide(++number, *page, {"text:p", "text:h"});
     }
     if (number == 0)
         preview.addParagraphs(content, {"text:p", "text:h"});

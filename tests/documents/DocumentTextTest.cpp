@@ -101,7 +101,7 @@ TEST(DocumentText, openDocumentsAreReadByTheirParagraphs)
                            "<text:s text:c=\"3\"/>d <b>&lt;&#233;&#xE9;&amp;lt;&nope;</b></text:p>"
                            "<text:page/><text:p></text:p><text:p>cut off")),
         "paragraph 0\t'>x\nparagraph 0\ta\\tb\\nc d <éé&lt;&nope;\n");
-    EXPECT_EQ(previewOf(u"odp"_s, document("<draw:page n='1'><text:p>one</text:p></draw:page>"
+    EXPECT_EQ(previewOf(u"odp"_s, document("<draw:page n='1'><text:h>one</text:h></draw:page>"
                                            "<draw:page><draw:frame/></draw:page>")),
         "section\t\nparagraph 2\tSlide 1\nparagraph 0\tone\nsection\t\nparagraph 2\tSlide 2\n"
         "paragraph 0\tThis slide has no text. Open the original to see its artwork.\n");

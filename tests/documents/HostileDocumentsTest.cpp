@@ -6,12 +6,12 @@
 #include "support/Printing.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <random>
 
 using namespace corvelle;
@@ -19,7 +19,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 mostMs = 2'000, mostMemory = 512LL << 20;
+constexpr std::clock_t mostMs = 2'000;
+constexpr qint64 mostMemory = 512LL << 20;
 
 #ifdef __SANITIZE_ADDRESS__
 constexpr bool isMemoryOurs = false; // the sanitizer keeps what was freed
@@ -70,10 +71,10 @@ void expectBorne(const QString& extension, const QByteArray& bytes)
 {
     forgetPeak();
     const qint64 before = peakMemory();
-    QElapsedTimer timer;
-    timer.start();
+    // The process's own time: others may keep the machine busy.
+    const std::clock_t start = std::clock();
     readWhole(extension, bytes);
-    EXPECT_LT(timer.elapsed(), mostMs);
+    EXPECT_LT((std::clock() - start) * 1000 / CLOCKS_PER_SEC, mostMs);
     if (isMemoryOurs) {
         EXPECT_LT(peakMemory() - before, mostMemory);
     }
@@ -130,8 +131,8 @@ TEST(HostileDocuments, realFilesAreBorneWholeCutOffAndDamaged)
 TEST(HostileDocuments, bombsGiveNothing)
 {
     DocxParts bomb;
-    bomb.others = {{u"word/media/a.png"_s, QByteArray(200 << 20, ' ')},
-        {u"word/header1.xml"_s, "<a>" + QByteArray(100 << 20, ' ') + "</a>"}};
+    bomb.others = {{u"word/media/a.png"_s, QByteArray(100 << 20, ' ')},
+        {u"word/header1.xml"_s, "<a>" + QByteArray(70 << 20, ' ') + "</a>"}};
     for (int i = 0; i < 10; ++i)
         bomb.rels += "<Relationship Id=\"p" + QByteArray::number(i) +
                      "\" Type=\"x/image\" Target=\"media/A.png\"/>"
@@ -177,7 +178,7 @@ TEST(HostileDocuments, muchOfOneThingTakesNoLonger)
         {"open fields", p(begin.repeated(100'000) + r("x").repeated(100'000))},
         {"deleted marks", p(r("x"), "<w:rPr><w:del/></w:rPr>").repeated(100'000)},
         {"references of notes",
-            p(QByteArray("<w:r><w:footnoteReference w:id=\"1\"/></w:r>").repeated(200'000))},
+            p(QByteArray("<w:r><w:footnoteReference w:id=\"1\"/></w:r>").repeated(100'000))},
         {"merged cells", "<w:tbl>" +
                              ("<w:tr>" +
                                  QByteArray("<w:tc><w:tcPr><w:gridSpan w:val=\"1000\"/><w:vMerge/>"
@@ -188,7 +189,7 @@ TEST(HostileDocuments, muchOfOneThingTakesNoLonger)
                              "</w:tbl>"},
         {"nested tables", QByteArray("<w:tbl><w:tr><w:tc>").repeated(80) +
                               QByteArray("</w:tc></w:tr></w:tbl>").repeated(80)},
-        {"namespaces", QByteArray("<w:p xmlns:b='urn:b' b:c='1'/>").repeated(200'000)},
+        {"namespaces", QByteArray("<w:p xmlns:b='urn:b' b:c='1'/>").repeated(100'000)},
         {"alternates", QByteArray("<mc:AlternateContent><mc:Fallback>").repeated(120) + p(r("x")) +
                            QByteArray("</mc:Fallback></mc:AlternateContent>").repeated(120)},
     };
@@ -196,4 +197,12 @@ TEST(HostileDocuments, muchOfOneThingTakesNoLonger)
         SCOPED_TRACE(c.what);
         expectBorne(u"docx"_s, docxOf(c.body));
     }
+    const auto tagWith = [](const char* before, const char* behind) {
+        QByteArray tag = "<a";
+        for (int i = 0; tag.size() < 7 << 20; ++i)
+            tag += before + QByteArray::number(i) + behind;
+        return tag + "/>";
+    };
+    for (const auto& [before, behind] : {std::pair(" a", "=''"), std::pair(" xmlns:a", "='u'")})
+        expectBorne(u"xml"_s, tagWith(before, behind));
 }

@@ -162,6 +162,7 @@ private:
     WorkbookViewer* m_workbook;
     OpenedViewer* m_opened = nullptr; // that something is open in, read or shown
     QElapsedTimer m_opening;          // since something was opened
+    double m_readAfterMs = 0;         // it was ready to be shown,
     double m_paintedAfterMs = 0;      // it was first painted
     QString m_wordsToFind;            // once what is being opened is there
     QPointer<MenuPanel> m_menu;

@@ -116,6 +116,7 @@ void MainWindow::presentOpened()
     const Node* node = m_model.library().node(m_model.openedID());
     if (!node)
         return;
+    m_readAfterMs = static_cast<double>(m_opening.nsecsElapsed()) / 1e6;
     nameOpened();
     const bool wasShown = showsOpened();
     QWidget& surface = m_opened->surface();
@@ -197,6 +198,7 @@ QJsonValue MainWindow::openedJson() const
     told[u"id"] = node->id;
     told[u"kind"] = word(node->kind);
     told[u"shown"] = showsOpened();
+    told[u"readAfter"] = m_readAfterMs;
     told[u"paintedAfter"] = m_paintedAfterMs;
     return told;
 }
