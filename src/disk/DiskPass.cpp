@@ -275,7 +275,7 @@ Result<DiskPass> lookAtDisk(const QString& root, Round round, std::stop_token st
     const QSet<QString> folderKeys(pass.folders.keyBegin(), pass.folders.keyEnd());
     auto outcome = DiskPlan::compare(
         *scans, known.live, known.trashed, folderKeys, DiskPlan::Pass::Structural, pass.nameCase);
-    DiskPlan::followOutOfRemovedFolders(outcome, known.live, pass.nameCase);
+    DiskPlan::followOutOfRemovedFolders(outcome, *scans, known.live, pass.nameCase);
     takeOutcome(pass, std::move(outcome), *scans, known, round);
     measurePictures(pass, DiskView::ofLibrary(root, stop));
     return pass;

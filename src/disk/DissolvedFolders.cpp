@@ -42,19 +42,45 @@ const Entry* incoming(const Action& action)
     return restored ? &restored->to : nullptr;
 }
 
+// How often each identity came in, by itself or inside a folder that did: such a folder may be the
+// one that is thought to be gone, or hold it.
+QHash<quint64, int> countIncoming(const Outcome& outcome, const Scans& scans)
+{
+    QHash<quint64, int> count;
+    QSet<QString> folders;
+    for (const Action& action : outcome.actions)
+        if (const Entry* entry = incoming(action)) {
+            ++count[entry->inode];
+            if (entry->folder)
+                folders.insert(entry->path);
+        }
+    if (folders.isEmpty())
+        return count;
+    for (const auto& [folder, entries] : scans) {
+        QString above = folder;
+        while (!above.isEmpty() && !folders.contains(above))
+            above = parentPath(above);
+        if (above.isEmpty())
+            continue;
+        for (const Entry& entry : entries)
+            ++count[entry.inode];
+    }
+    return count;
+}
+
 } // namespace
 
-void followOutOfRemovedFolders(Outcome& outcome, std::span<const Known> known, NameCase nameCase)
+void followOutOfRemovedFolders(
+    Outcome& outcome, const Scans& scans, std::span<const Known> known, NameCase nameCase)
 {
     QSet<QString> removedIDs;
-    QHash<quint64, int> incomingCount;
-    for (const Action& action : outcome.actions) {
+    for (const Action& action : outcome.actions)
         if (const auto* removed = std::get_if<Removed>(&action))
             removedIDs.insert(removed->id);
-        else if (const Entry* entry = incoming(action))
-            ++incomingCount[entry->inode];
-    }
-    if (removedIDs.isEmpty() || incomingCount.isEmpty())
+    if (removedIDs.isEmpty())
+        return;
+    const QHash<quint64, int> incomingCount = countIncoming(outcome, scans);
+    if (incomingCount.isEmpty())
         return;
     const auto below = nodesBelow(removedIDs, known, nameCase);
     for (Action& action : outcome.actions) {

@@ -205,9 +205,9 @@ Result<void> judgeStructure(DiskPass& pass, SQLite& connection, const DiskView& 
         if (auto read = addKnownBelow(connection, *left, rows.live, ids); !read)
             return read;
     }
-    DiskPlan::followOutOfRemovedFolders(outcome, rows.live, pass.nameCase);
     pass.freshFolders = freshFoldersOf(outcome);
     scans.merge(view.trees(pass.freshFolders));
+    DiskPlan::followOutOfRemovedFolders(outcome, scans, rows.live, pass.nameCase);
     takeOutcome(pass, std::move(outcome), scans, rows, round);
     return {};
 }

@@ -27,7 +27,7 @@ TEST(DissolvedFolders, whatLeftAFolderThatIsGoneIsThatThingMoved)
     Outcome outcome;
     outcome.actions = {Added{entry("S/C/deep.txt", 4)}, Added{entry("S/C/new.txt", 9)},
         Added{entry("S/C/x.txt", 2)}, Removed{"A"}};
-    followOutOfRemovedFolders(outcome, nodes, NameCase::Kept);
+    followOutOfRemovedFolders(outcome, {}, nodes, NameCase::Kept);
     EXPECT_EQ(outcome.actions,
         (std::vector<Action>{Moved{"deep", entry("S/C/deep.txt", 4)},
             Moved{"x", entry("S/C/x.txt", 2)}, Added{entry("S/C/new.txt", 9)}, Removed{"A"}}));
@@ -41,7 +41,7 @@ TEST(DissolvedFolders, doubtMovesNothing)
     outcome.actions = {Added{entry("S/1", 2)}, Added{entry("S/2", 2)}, Added{entry("S/4", 4)},
         Added{entry("S/5", 6)}, Removed{"A"}};
     const Outcome before = outcome;
-    followOutOfRemovedFolders(outcome, nodes, NameCase::Kept);
+    followOutOfRemovedFolders(outcome, {}, nodes, NameCase::Kept);
     EXPECT_EQ(outcome, before);
 }
 
@@ -51,7 +51,7 @@ TEST(DissolvedFolders, oneOfTwoLinksThatLayThereKeepsItsCard)
         known("A", "S/A", 1, true), known("twin2", "S/A/t2", 3), known("twin", "S/A/t", 3)};
     Outcome outcome;
     outcome.actions = {Added{entry("S/t", 3)}, Removed{"A"}};
-    followOutOfRemovedFolders(outcome, nodes, NameCase::Kept);
+    followOutOfRemovedFolders(outcome, {}, nodes, NameCase::Kept);
     EXPECT_EQ(outcome.actions, (std::vector<Action>{Moved{"twin", entry("S/t", 3)}, Removed{"A"}}));
 }
 
@@ -60,7 +60,19 @@ TEST(DissolvedFolders, aLinkInTheTrashDoesNotTakeTheFileOver)
     const std::vector<Known> nodes = {known("A", "S/A", 1, true), known("x", "S/A/x.txt", 2)};
     Outcome outcome;
     outcome.actions = {Restored{"link", entry("S/y.txt", 2)}, Removed{"A"}};
-    followOutOfRemovedFolders(outcome, nodes, NameCase::Kept);
+    followOutOfRemovedFolders(outcome, {}, nodes, NameCase::Kept);
     EXPECT_EQ(
         outcome.actions, (std::vector<Action>{Moved{"x", entry("S/y.txt", 2)}, Removed{"A"}}));
+}
+
+TEST(DissolvedFolders, aFolderThatMovedIntoANewOneIsNotTornApart)
+{
+    // A moved into the new folder N, where it isn't known yet; then a link to x was made elsewhere.
+    const std::vector<Known> nodes = {known("A", "S/A", 1, true), known("x", "S/A/x.txt", 2)};
+    const Scans scans = {{"S/N", {entry("S/N/A", 1, true)}}, {"S/N/A", {entry("S/N/A/x.txt", 2)}}};
+    Outcome outcome;
+    outcome.actions = {Added{entry("S/N", 9, true)}, Added{entry("S/link.txt", 2)}, Removed{"A"}};
+    const Outcome before = outcome;
+    followOutOfRemovedFolders(outcome, scans, nodes, NameCase::Kept);
+    EXPECT_EQ(outcome, before);
 }
