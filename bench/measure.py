@@ -3,8 +3,8 @@
 
     measure.py BUILD [NAME...]
 
-Names are groups of rows: scan, first, opening, memory, canvas, edits, pages, reading, sheets, live, parts; all of them when none is given. Ours
-and the peer are measured in turn, so that both see the same machine. Every figure is the median of the runs. A missed target is
+Names are groups of rows: scan, first, opening, memory, canvas, edits, pages, documents, reading, sheets, live, parts; all of them when none is given. Ours and
+the peer are measured in turn, so that both see the same machine. Every figure is the median of the runs. A missed target is
 said, and is no failure of the script.
 """
 
@@ -19,6 +19,7 @@ import time
 import documents
 import folders
 import sheets
+import word
 from program import Program
 
 RUNS = 5
@@ -281,6 +282,35 @@ class Bench:
         return json.loads(subprocess.run([os.path.join(self.programs, "bench_sheets"), *arguments], check=True,
                                          stdout=subprocess.PIPE).stdout)
 
+    def documents(self):
+        """A Word file into text, inside of a process and as a process of its own, and what it stands on."""
+        page, report, large = word.page(self.data), word.report(self.data), word.large(self.data)
+        runs = []
+        for run in range(2 * RUNS):
+            runs.append({
+                "text": self._documents("text", report)["text"],
+                "pandoc": word.processor_ms(word.pandoc(report)) - word.processor_ms(["pandoc", "--from=markdown", os.devnull]),
+                **{name + kind: word.elapsed_ms(command(path)) for name, path in (("report", report), ("page", page))
+                   for kind, command in (("Ours", self._dump), ("Pandoc", word.pandoc), ("Docx2txt", word.docx2txt))}})
+        took = {key: middle([each[key] for each in runs]) for key in runs[0]}
+        ratio = self.table.ratio
+        ratio("Word file of 40 pages into text / pandoc without its start", took["text"], took["pandoc"], "ms", 0.05)
+        for name, what, target in (("report", "40 pages", True), ("page", "1 page", False)):
+            ours = took[name + "Ours"]
+            ratio(f"--docx-dump of {what} / pandoc, whole processes", ours, took[name + "Pandoc"], "ms", 0.333 if target else None)
+            ratio(f"--docx-dump of {what} / docx2txt, whole processes", ours, took[name + "Docx2txt"], "ms", 1)
+        memory = self._documents("memory", large)
+        ratio("peak memory of reading a large Word file / its largest part", memory["peak"] / 1e6, memory["largest"] / 1e6, "MB", 3)
+        unpacked = self._documents("zip", large)
+        ratio("reading all of its entries / libzip", unpacked["ours"], unpacked["libzip"], "ms", 1.2)
+
+    def _dump(self, path):
+        return [self.program_path, "--docx-dump", path]
+
+    def _documents(self, *arguments):
+        return json.loads(subprocess.run([os.path.join(self.programs, "bench_documents"), *arguments], check=True,
+                                         stdout=subprocess.PIPE).stdout)
+
     def reading(self):
         """A page of 20,000 blocks, opened and scrolled in the window."""
         library = self.opened(folders.wide(self.data))
@@ -396,7 +426,7 @@ class Bench:
 
 
 def main():
-    names = ("scan", "first", "opening", "memory", "canvas", "edits", "pages", "reading", "sheets", "live", "parts")
+    names = ("scan", "first", "opening", "memory", "canvas", "edits", "pages", "documents", "reading", "sheets", "live", "parts")
     if len(sys.argv) < 2 or any(name not in names for name in sys.argv[2:]):
         print(f"measure.py BUILD [NAME...], where NAME is one of: {' '.join(names)}", file=sys.stderr)
         return 2

@@ -1,4 +1,5 @@
 #include "app/Application.h"
+#include "app/DocumentDump.h"
 #include "app/LaunchOptions.h"
 #include "app/PageExport.h"
 
@@ -33,6 +34,8 @@ int main(int argc, char** argv)
         std::fwrite(text->constData(), 1, static_cast<size_t>(text->size()), stdout);
         return 0;
     }
+    if (const auto status = dumpAsked(arguments))
+        return *status;
     const LaunchOptions options = readLaunchOptions(arguments, environmentValue);
     const LibraryPlace place = chooseLibrary(options.library, Defaults().libraryPath());
 

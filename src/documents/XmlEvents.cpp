@@ -12,7 +12,7 @@ namespace corvelle {
 namespace {
 
 constexpr int pieceBytes = 64 << 10;
-constexpr qint64 mostTokenBytes = 16LL << 20; // expat holds a tag, a comment or the like as a whole
+constexpr qint64 mostTokenBytes = 8LL << 20; // expat holds a tag, a comment or the like as a whole
 
 class Reader
 {
@@ -69,7 +69,7 @@ private:
 
     void goOn(bool wanted)
     {
-        if (wanted && !m_names.isFull())
+        if (wanted && !m_names.isFull() && !m_scopes.isFull())
             return;
         m_isStopped = !wanted;
         m_isRefused = true;
@@ -85,7 +85,8 @@ private:
         m_hadRoot = true;
         m_scopes.open();
         for (const char** each = attributes; *each; each += 2)
-            if (const auto prefix = XmlScopes::declaredPrefix(each[0]))
+            if (const auto prefix = XmlScopes::declaredPrefix(each[0]);
+                prefix && !m_scopes.isFull())
                 m_scopes.declare(*prefix, QByteArrayView(each[1]));
         m_attributes.clear();
         for (const char** each = attributes; *each; each += 2)

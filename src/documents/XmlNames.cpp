@@ -68,6 +68,7 @@ void XmlScopes::declare(QByteArrayView prefix, QByteArrayView uri)
     }
     const QByteArray key = prefix.toByteArray();
     m_declared.back().prefixes.push_back(key);
+    ++m_bindings;
     m_leads[key].push_back(leadOf(uri));
 }
 
@@ -75,8 +76,13 @@ void XmlScopes::close()
 {
     if (!m_declared.empty() && m_declared.back().depth == m_depth) {
         m_scope = m_declared.back().outerScope;
-        for (const QByteArray& prefix : m_declared.back().prefixes)
-            m_leads[prefix].pop_back();
+        for (const QByteArray& prefix : m_declared.back().prefixes) {
+            const auto leads = m_leads.find(prefix);
+            leads->pop_back();
+            if (leads->empty())
+                m_leads.erase(leads);
+        }
+        m_bindings -= m_declared.back().prefixes.size();
         m_declared.pop_back();
     }
     --m_depth;
@@ -117,7 +123,7 @@ QByteArray XmlScopes::canonicalName(QByteArrayView name, Unprefixed unprefixed) 
     if (colon >= 0 && prefix == "xml")
         return "{http://www.w3.org/XML/1998/namespace}" + local.toByteArray();
     const auto bound = m_leads.constFind(QByteArray::fromRawData(prefix.data(), prefix.size()));
-    if (bound == m_leads.cend() || bound->empty())
+    if (bound == m_leads.cend())
         return local.toByteArray();
     return bound->back() + local.toByteArray();
 }

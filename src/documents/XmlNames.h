@@ -45,6 +45,9 @@ public:
     void declare(QByteArrayView prefix, QByteArrayView uri);
     void close();
 
+    static constexpr size_t mostBindings = 10'000;
+    bool isFull() const { return m_bindings > mostBindings; }
+
     quint32 element(const char* name)
     {
         return canonical(name, m_elements, Unprefixed::HasDefault);
@@ -78,6 +81,7 @@ private:
     int m_depth = 0;
     quint64 m_scope = 1, m_lastScope = 1; // a number for each set of bindings
     std::vector<Declared> m_declared;
+    size_t m_bindings = 0;                              // of all open elements
     QHash<QByteArray, std::vector<QByteArray>> m_leads; // by prefix: what its names begin with
     QHash<QByteArray, Known> m_elements, m_attributes;  // by the name as it is written
 };

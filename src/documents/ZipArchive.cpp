@@ -1,6 +1,7 @@
 #include "documents/ZipArchive.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QtEndian>
 
 #include <zlib.h>
@@ -158,8 +159,9 @@ ZipArchive::ZipArchive(QByteArray bytes)
 
 ZipArchive ZipArchive::ofFile(const QString& path)
 {
+    // Opening anything else than a file may wait for ever.
     auto file = std::make_unique<QFile>(path);
-    if (!file->open(QIODevice::ReadOnly))
+    if (!QFileInfo(path).isFile() || !file->open(QIODevice::ReadOnly))
         return {};
     if (file->size() <= mappedFrom)
         return ZipArchive(file->read(mappedFrom));

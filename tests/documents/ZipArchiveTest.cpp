@@ -3,6 +3,7 @@
 #include "support/Printing.h"
 #include "support/TempFolder.h"
 
+#include <QDir>
 #include <QtEndian>
 
 #include <gtest/gtest.h>
@@ -146,4 +147,34 @@ TEST(ZipArchive, aFileIsReadFromItsPath)
     EXPECT_EQ(ZipArchive::ofFile(folder.path("a.zip")).read(u"a"_s), "inside");
     EXPECT_TRUE(ZipArchive::ofFile(folder.path("none.zip")).names().isEmpty());
     EXPECT_TRUE(ZipArchive::ofFile(folder.path()).names().isEmpty());
+}
+
+TEST(ZipArchive, whatOthersPublishAsRightIsReadWhole)
+{
+    const QDir folder(qEnvironmentVariable("CORVELLE_SHARED", u"../shared"_s) + u"/corpus/zip"_s);
+    if (!folder.exists())
+        GTEST_SKIP() << "The real files aren't at " << folder.path().toStdString()
+                     << "; CORVELLE_SHARED tells another place.";
+    int entries = 0;
+    for (const QString& file : folder.entryList({u"*__success-*.zip"_s})) {
+        SCOPED_TRACE(file.toStdString());
+        const ZipArchive archive = ZipArchive::ofFile(folder.filePath(file));
+        if (file.contains(u"encryption"))
+            continue;
+        if (!file.contains(u"empty") && !file.contains(u"zip64")) {
+            EXPECT_FALSE(archive.names().isEmpty());
+        }
+        for (const QString& name : archive.names()) {
+            const auto read = archive.read(name);
+            const auto entry = archive.entry(name);
+            // Its name says that this one's method is none.
+            EXPECT_EQ(read.has_value(), entry->method == 0 || entry->method == 8)
+                << name.toStdString();
+            if (read && entry->method == 8) {
+                EXPECT_EQ(read->size(), entry->size);
+            }
+            ++entries;
+        }
+    }
+    EXPECT_GT(entries, 20);
 }
