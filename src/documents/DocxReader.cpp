@@ -2,7 +2,10 @@
 
 #include "documents/DocFlattening.h"
 
+#include <QSet>
+
 #include <algorithm>
+#include <iterator>
 
 using namespace Qt::StringLiterals;
 
@@ -131,17 +134,26 @@ void scan(XNode node, DocxReader::Opened& into)
         scan(child, into);
 }
 
+bool showsSomething(XNode root)
+{
+    return root.contains({"w:drawing", "w:pict"}) || !root.allText().trimmed().isEmpty();
+}
+
 bool hasHeaders(const WordParts& parts)
 {
-    return std::any_of(
-        parts.rels.all().begin(), parts.rels.all().end(), [&](const Relationship& rel) {
-            if (!rel.type.endsWith(u"/header") && !rel.type.endsWith(u"/footer"))
-                return false;
-            const auto tree = XNode::parse(
-                parts.source.zip.source(resolvedTarget(parts.source.base, rel.target)));
-            return tree && (!tree->root().allText().trimmed().isEmpty() ||
-                               tree->root().contains({"w:drawing", "w:pict"}));
-        });
+    QSet<QString> seen;
+    for (const Relationship& rel : parts.rels.all()) {
+        if (!rel.type.endsWith(u"/header") && !rel.type.endsWith(u"/footer"))
+            continue;
+        const QString part = resolvedTarget(parts.source.base, rel.target);
+        if (seen.contains(part))
+            continue;
+        seen.insert(part);
+        const auto tree = XNode::parse(parts.source.zip.source(part));
+        if (tree && showsSomething(tree->root()))
+            return true;
+    }
+    return false;
 }
 
 bool hasComments(const WordParts& parts)

@@ -7,6 +7,7 @@
 
 #include "documents/FormatSection.h"
 
+#include <optional>
 #include <vector>
 
 namespace corvelle {

@@ -3,7 +3,13 @@
 #include <QHash>
 #include <QSet>
 
+#include <unicode/ucnv.h>
+
 #include <algorithm>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace corvelle {
@@ -13,6 +19,8 @@ namespace {
 constexpr size_t mostGroups = 10'000; // open ones; deeper ones share the last one's state
 constexpr qsizetype mostWordLetters = 32, mostDigits = 10;
 constexpr int mostFallbacks = 16;
+constexpr qsizetype mostFonts = 10'000;
+constexpr qsizetype mostRunBytes = 1 << 20; // that are decoded in one go
 
 // The places of Windows-1252 that differ from Latin-1.
 constexpr char16_t windows1252[32] = {0x20AC, 0x81, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
@@ -27,18 +35,77 @@ QChar characterOf(unsigned char byte)
 const QSet<QByteArrayView>& skippedDestinations()
 {
     static const QSet<QByteArrayView> names = {"fonttbl", "colortbl", "stylesheet", "info", "pict",
-        "object", "header", "footer", "filetbl", "datastore", "themedata", "fldinst"};
+        "object", "header", "headerl", "headerr", "headerf", "footer", "footerl", "footerr",
+        "footerf", "filetbl", "datastore", "themedata", "fldinst", "nonesttables"};
     return names;
 }
 
 const QHash<QByteArrayView, char16_t>& namedCharacters()
 {
     static const QHash<QByteArrayView, char16_t> characters = {{"par", u'\n'}, {"line", u'\n'},
-        {"sect", u'\n'}, {"page", u'\n'}, {"row", u'\n'}, {"tab", u'\t'}, {"cell", u'\t'},
-        {"emdash", u'—'}, {"endash", u'–'}, {"bullet", u'•'}, {"lquote", u'‘'}, {"rquote", u'’'},
-        {"ldblquote", u'“'}, {"rdblquote", u'”'}};
+        {"sect", u'\n'}, {"page", u'\n'}, {"row", u'\n'}, {"nestrow", u'\n'}, {"tab", u'\t'},
+        {"cell", u'\t'}, {"nestcell", u'\t'}, {"emdash", u'—'}, {"endash", u'–'}, {"bullet", u'•'},
+        {"lquote", u'‘'}, {"rquote", u'’'}, {"ldblquote", u'“'}, {"rdblquote", u'”'}};
     return characters;
 }
+
+constexpr int western = 1252;
+
+// The code page of a font's character set; 0 for one that says nothing.
+int pageOfCharset(qint64 charset)
+{
+    static const QHash<qint64, int> pages = {{0, western}, {77, 10000}, {128, 932}, {129, 949},
+        {134, 936}, {136, 950}, {161, 1253}, {162, 1254}, {163, 1258}, {177, 1255}, {178, 1256},
+        {186, 1257}, {204, 1251}, {222, 874}, {238, 1250}};
+    return pages.value(charset);
+}
+
+// Decodes bytes of one code page after the other.
+class CodePages
+{
+public:
+    // A page that isn't known counts as Windows-1252.
+    QString decoded(int page, QByteArrayView bytes)
+    {
+        UConverter* converter = page == western ? nullptr : converterOf(page);
+        QString text(bytes.size(), Qt::Uninitialized);
+        if (!converter) {
+            std::transform(bytes.begin(), bytes.end(), text.begin(),
+                [](char byte) { return characterOf(static_cast<unsigned char>(byte)); });
+            return text;
+        }
+        text.resize(2 * bytes.size());
+        UErrorCode error = U_ZERO_ERROR;
+        const int32_t count = ucnv_toUChars(converter, reinterpret_cast<char16_t*>(text.data()),
+            int32_t(text.size()), bytes.data(), int32_t(bytes.size()), &error);
+        text.truncate(U_SUCCESS(error) ? count : 0);
+        return text;
+    }
+
+private:
+    UConverter* converterOf(int page)
+    {
+        if (const auto found = m_converters.find(page); found != m_converters.end())
+            return found->second.get();
+        const std::string name = page == 932     ? "windows-31j"
+                                 : page == 10000 ? "macintosh"
+                                 : page == 65001 ? "UTF-8"
+                                                 : "windows-" + std::to_string(page);
+        UErrorCode error = U_ZERO_ERROR;
+        UConverter* converter =
+            m_converters.size() < mostPages ? ucnv_open(name.c_str(), &error) : nullptr;
+        if (converter || m_converters.size() < mostPages)
+            m_converters.emplace(page, converter);
+        return converter;
+    }
+
+    static constexpr size_t mostPages = 32;
+    struct Close
+    {
+        void operator()(UConverter* converter) const { ucnv_close(converter); }
+    };
+    std::map<int, std::unique_ptr<UConverter, Close>> m_converters; // null for what isn't known
+};
 
 int hexDigit(char c)
 {
@@ -66,16 +133,18 @@ public:
             else if (c == '\\')
                 readControl();
             else if (c != '\r' && c != '\n')
-                put(characterOf(static_cast<unsigned char>(c)));
+                putByte(c);
         }
+        flushBytes();
         return std::move(m_text);
     }
 
 private:
     struct Group
     {
-        bool skipped = false;
+        bool skipped = false, hidden = false, isFontTable = false;
         int fallbacks = 1; // characters behind a \u that stand for it
+        qint64 font = -1;
     };
 
     void openGroup()
@@ -98,13 +167,42 @@ private:
             m_groups.pop_back();
     }
 
-    void put(QChar c)
+    // Whether a character is for the text, and doesn't stand for one that is there already.
+    bool isWanted()
     {
         m_isGroupStart = false;
-        if (m_fallbacksLeft > 0)
+        if (m_fallbacksLeft > 0) {
             --m_fallbacksLeft;
-        else if (!m_groups.back().skipped)
-            m_text += c;
+            return false;
+        }
+        return !m_groups.back().skipped && !m_groups.back().hidden;
+    }
+
+    void put(QChar c)
+    {
+        if (!isWanted())
+            return;
+        flushBytes();
+        m_text += c;
+    }
+
+    // Bytes wait for others: in some code pages two make a character.
+    void putByte(char c)
+    {
+        if (!isWanted())
+            return;
+        const int page = m_fontPages.value(m_groups.back().font, m_page);
+        if (page != m_bytesPage || m_bytes.size() == mostRunBytes)
+            flushBytes();
+        m_bytesPage = page;
+        m_bytes += c;
+    }
+
+    void flushBytes()
+    {
+        if (!m_bytes.isEmpty())
+            m_text += m_codePages.decoded(m_bytesPage, m_bytes);
+        m_bytes.clear();
     }
 
     void readControl()
@@ -130,7 +228,7 @@ private:
         else if (c == '\r' || c == '\n')
             put(u'\n');
         else if (c == '\\' || c == '{' || c == '}')
-            put(QLatin1Char(c));
+            putByte(c);
     }
 
     void readByte()
@@ -141,7 +239,7 @@ private:
         if (high < 0 || low < 0)
             return;
         m_at += 2;
-        put(characterOf(static_cast<unsigned char>(high * 16 + low)));
+        putByte(static_cast<char>(high * 16 + low));
     }
 
     void readWord()
@@ -151,7 +249,9 @@ private:
                (m_rtf[m_at] | 0x20) >= 'a' && (m_rtf[m_at] | 0x20) <= 'z')
             ++m_at;
         const QByteArrayView word = m_rtf.sliced(from, m_at - from);
+        const qsizetype behindWord = m_at;
         const qint64 number = readNumber();
+        const bool hasNumber = m_at > behindWord;
         if (m_at < m_rtf.size() && m_rtf[m_at] == ' ')
             ++m_at;
 
@@ -164,10 +264,32 @@ private:
         } else if (word == "uc") {
             m_groups.back().fallbacks =
                 static_cast<int>(std::clamp<qint64>(number, 0, mostFallbacks));
+        } else if (word == "v") {
+            m_groups.back().hidden = !hasNumber || number != 0;
+        } else if (word == "ansicpg") {
+            m_page = static_cast<int>(std::clamp<qint64>(number, 0, 65'535));
+        } else if (word == "f" || word == "fcharset" || word == "plain") {
+            readFont(word, number);
         } else if (isFirst && skippedDestinations().contains(word)) {
             m_groups.back().skipped = true;
+            m_groups.back().isFontTable = word == "fonttbl";
         } else if (const char16_t c = namedCharacters().value(word)) {
             put(c);
+        }
+    }
+
+    // In the table of fonts it tells a font's character set, in the text it picks a font.
+    void readFont(QByteArrayView word, qint64 number)
+    {
+        Group& group = m_groups.back();
+        if (word == "plain") {
+            group.font = -1;
+            group.hidden = false;
+        } else if (word == "f") {
+            group.font = number;
+        } else if (group.isFontTable && m_fontPages.size() < mostFonts) {
+            if (const int page = pageOfCharset(number))
+                m_fontPages.insert(group.font, page);
         }
     }
 
@@ -189,6 +311,11 @@ private:
     QByteArrayView m_rtf;
     qsizetype m_at = 0;
     QString m_text;
+    QByteArray m_bytes; // not decoded yet, of this page
+    int m_bytesPage = western;
+    int m_page = western;           // of the whole document
+    QHash<qint64, int> m_fontPages; // by the font's number
+    CodePages m_codePages;
     std::vector<Group> m_groups = {Group()};
     qint64 m_deeper = 0;
     int m_fallbacksLeft = 0;

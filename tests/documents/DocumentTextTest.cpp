@@ -55,6 +55,13 @@ TEST(RtfText, keywordsBecomeText)
         {"{\\rtf1 a\\bin4 }}}}b}", u"ab"},
         {"{\\rtf1{\\field{\\*\\fldinst HYPERLINK \"x\"}{\\fldrslt link}}}", u"link"},
         {"{\\rtf1 a}}}}b\\", u"ab"},
+        {"{\\rtf1 a{\\v b{c}\\v0 d}e\\v f\\plain g}", u"adeg"},
+        {"{\\rtf1\\ansicpg1250 \\'9d\\'e8}", u"ťč"},
+        {"{\\rtf1{\\fonttbl{\\f0\\fcharset0 A;}{\\f3\\fcharset128 B;}}"
+         "\\f0 \\'e9{\\f3 \\'93\\'fa\\'83\\'5c\\'83X}\\'e9}",
+            u"é日ソスé"},
+        {"{\\rtf1\\ansicpg77777 \\'e9}", u"é"},
+        {"{\\rtf1 a\\nestcell b\\nestrow{\\nonesttables no\\par}c\\row}", u"a\tb\nc\n"},
         {" {\\rtf1 a}", u""},
         {"words", u""},
     };

@@ -12,7 +12,9 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <functional>
 #include <random>
+#include <vector>
 
 using namespace corvelle;
 using namespace Qt::StringLiterals;
@@ -46,37 +48,42 @@ void forgetPeak()
         refs.write("5");
 }
 
-void readWhole(const QString& extension, const QByteArray& bytes)
+using Reading = std::function<void(const QByteArray& bytes)>;
+
+// The ways in which a file of this kind is opened.
+std::vector<Reading> readingsOf(const QString& extension)
 {
-    if (extension == u"xml") {
-        XNode::parse(bytes);
-        return;
-    }
-    if (extension == u"docx" || extension == u"docm") {
-        const ZipArchive zip(bytes);
-        if (const auto blocks = DocxReader::blocks(zip))
-            (void)dumpOf(*blocks);
-        DocxReader::open(zip);
-        return;
-    }
-    (void)dumpOf(DocumentText::preview(extension, bytes));
-    if (extension == u"zip") {
-        const ZipArchive zip(bytes);
-        for (const QString& name : zip.names())
-            zip.read(name);
-    }
+    if (extension == u"xml")
+        return {[](const QByteArray& bytes) { XNode::parse(bytes); }};
+    if (extension == u"docx" || extension == u"docm")
+        return {[](const QByteArray& bytes) {
+                    if (const auto blocks = DocxReader::blocks(ZipArchive(bytes)))
+                        (void)dumpOf(*blocks);
+                },
+            [](const QByteArray& bytes) { DocxReader::open(ZipArchive(bytes)); }};
+    if (extension == u"zip")
+        return {[](const QByteArray& bytes) {
+            const ZipArchive zip(bytes);
+            for (const QString& name : zip.names())
+                zip.read(name);
+        }};
+    return {[extension](const QByteArray& bytes) {
+        (void)dumpOf(DocumentText::preview(extension, bytes));
+    }};
 }
 
 void expectBorne(const QString& extension, const QByteArray& bytes)
 {
-    forgetPeak();
-    const qint64 before = peakMemory();
-    // The process's own time: others may keep the machine busy.
-    const std::clock_t start = std::clock();
-    readWhole(extension, bytes);
-    EXPECT_LT((std::clock() - start) * 1000 / CLOCKS_PER_SEC, mostMs);
-    if (isMemoryOurs) {
-        EXPECT_LT(peakMemory() - before, mostMemory);
+    for (const Reading& read : readingsOf(extension)) {
+        forgetPeak();
+        const qint64 before = peakMemory();
+        // The process's own time: others may keep the machine busy.
+        const std::clock_t start = std::clock();
+        read(bytes);
+        EXPECT_LT((std::clock() - start) * 1000 / CLOCKS_PER_SEC, mostMs);
+        if (isMemoryOurs) {
+            EXPECT_LT(peakMemory() - before, mostMemory);
+        }
     }
 }
 
@@ -131,7 +138,7 @@ TEST(HostileDocuments, realFilesAreBorneWholeCutOffAndDamaged)
 TEST(HostileDocuments, bombsGiveNothing)
 {
     DocxParts bomb;
-    bomb.others = {{u"word/media/a.png"_s, QByteArray(100 << 20, ' ')},
+    bomb.others = {{u"word/media/a.png"_s, QByteArray(40 << 20, ' ')},
         {u"word/header1.xml"_s, "<a>" + QByteArray(70 << 20, ' ') + "</a>"}};
     for (int i = 0; i < 10; ++i)
         bomb.rels += "<Relationship Id=\"p" + QByteArray::number(i) +
@@ -175,21 +182,21 @@ TEST(HostileDocuments, muchOfOneThingTakesNoLonger)
         const char* what;
         QByteArray body;
     } cases[] = {
-        {"open fields", p(begin.repeated(100'000) + r("x").repeated(100'000))},
-        {"deleted marks", p(r("x"), "<w:rPr><w:del/></w:rPr>").repeated(100'000)},
+        {"open fields", p(begin.repeated(50'000) + r("x").repeated(50'000))},
+        {"deleted marks", p(r("x"), "<w:rPr><w:del/></w:rPr>").repeated(50'000)},
         {"references of notes",
-            p(QByteArray("<w:r><w:footnoteReference w:id=\"1\"/></w:r>").repeated(100'000))},
+            p(QByteArray("<w:r><w:footnoteReference w:id=\"1\"/></w:r>").repeated(50'000))},
         {"merged cells", "<w:tbl>" +
                              ("<w:tr>" +
                                  QByteArray("<w:tc><w:tcPr><w:gridSpan w:val=\"1000\"/><w:vMerge/>"
                                             "</w:tcPr></w:tc>")
                                      .repeated(200) +
                                  "</w:tr>")
-                                 .repeated(500) +
+                                 .repeated(200) +
                              "</w:tbl>"},
         {"nested tables", QByteArray("<w:tbl><w:tr><w:tc>").repeated(80) +
                               QByteArray("</w:tc></w:tr></w:tbl>").repeated(80)},
-        {"namespaces", QByteArray("<w:p xmlns:b='urn:b' b:c='1'/>").repeated(100'000)},
+        {"namespaces", QByteArray("<w:p xmlns:b='urn:b' b:c='1'/>").repeated(50'000)},
         {"alternates", QByteArray("<mc:AlternateContent><mc:Fallback>").repeated(120) + p(r("x")) +
                            QByteArray("</mc:Fallback></mc:AlternateContent>").repeated(120)},
     };
@@ -199,7 +206,7 @@ TEST(HostileDocuments, muchOfOneThingTakesNoLonger)
     }
     const auto tagWith = [](const char* before, const char* behind) {
         QByteArray tag = "<a";
-        for (int i = 0; tag.size() < 7 << 20; ++i)
+        for (int i = 0; tag.size() < 3 << 20; ++i)
             tag += before + QByteArray::number(i) + behind;
         return tag + "/>";
     };

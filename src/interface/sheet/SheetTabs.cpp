@@ -80,6 +80,10 @@ void SheetTabs::paintEvent(QPaintEvent*)
         const QString name = letters.elided(tabData(i).toString(), mostName, Qt::ElideMiddle);
         letters.draw(painter, tab, Qt::AlignHCenter, name);
     }
+    // Names go under the arrows, which have no ground of their own.
+    for (const QToolButton* arrow : findChildren<QToolButton*>())
+        if (arrow->isVisible())
+            painter.fillRect(arrow->geometry().adjusted(0, 1, 0, 0), colors.sunken);
 }
 
 } // namespace corvelle

@@ -97,6 +97,7 @@ void WorkbookScreen::showRows(SheetView::Rows rows, Begin begin)
         return;
     }
     m_note.clear();
+    setAccessibleDescription(m_notice);
     if (begin == Begin::Anew) {
         m_view->open(m_tabs->tabData(m_tabs->currentIndex()).toString(), std::move(rows));
         if (m_isFinding)
