@@ -19,6 +19,7 @@ namespace {
 
 constexpr int refreshMs = 100;
 constexpr int mostRoundsOfLooks = 6; // without a folder that moved
+constexpr int mostFailedLooks = 5;   // in a row that are tried again
 constexpr int hangMs = 1'000;        // what quitting waits for a disk
 
 // What is linked and can be watched.
@@ -363,7 +364,7 @@ void LinkSync::startPass(const QString& path, Root& root)
 {
     root.isRunning = true;
     // Marks are cleared by a look at everything.
-    root.request.everything |= root.isAway || !m_library.missingLinks().isEmpty();
+    root.request.everything |= root.isAway || holdsMissing(path);
     const Round round = root.rounds + 1 < mostRoundsOfLooks ? Round::Another : Round::Last;
     queueFor(path).run(
         [query = queryFor(path, root), round, shallow = root.isFolder ? nullptr : m_shallow,
@@ -373,6 +374,15 @@ void LinkSync::startPass(const QString& path, Root& root)
             return lookAtLinked(std::move(query), round, stop);
         },
         this, [this, path](Result<LinkedFinding> found) { took(path, std::move(found)); });
+}
+
+bool LinkSync::holdsMissing(const QString& folder) const
+{
+    const QSet<QString>& missing = m_library.missingLinks();
+    return std::any_of(missing.begin(), missing.end(), [&](const QString& id) {
+        const Node* node = m_library.node(id);
+        return node && liesBelow(node->path, folder);
+    });
 }
 
 DiskPlan::Known LinkSync::known(const QString& id) const
@@ -412,8 +422,12 @@ void LinkSync::took(const QString& path, Result<LinkedFinding> found)
         return; // nobody wants it any more
     if (!found) {
         root->second.isRunning = false;
+        // What was told of these folders isn't told again.
+        if (++root->second.failures <= mostFailedLooks)
+            schedule(path, root->second.request, m_delays.event);
         return;
     }
+    root->second.failures = 0;
     m_found.push_back({path, std::move(*found)});
     if (m_found.size() == 1)
         applyNext();

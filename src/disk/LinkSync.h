@@ -80,6 +80,7 @@ private:
         QElapsedTimer since;                  // the first event that no pass has taken
         std::unique_ptr<QTimer> soon;
         int rounds = 0;
+        int failures = 0; // in a row
     };
     struct Found
     {
@@ -105,6 +106,7 @@ private:
     void run(const QString& path);
     void startPass(const QString& path, Root& root);
     LinkedQuery queryFor(const QString& path, const Root& root) const;
+    bool holdsMissing(const QString& folder) const;
     DiskPlan::Known known(const QString& id) const;
 
     // ---- what was found ----
