@@ -36,6 +36,7 @@ public:
     {}
 
     SheetRows take() { return std::move(m_sheet); }
+    bool hasRow() const { return m_row >= 0; }
 
     void setDimension(XNode dimension)
     {
@@ -174,10 +175,9 @@ std::optional<SheetRows> xlsxRows(
         reader.setDimension(part);
         return true;
     });
-    SheetRows sheet = reader.take();
-    if (!whole && sheet.rows.empty())
+    if (!whole && !reader.hasRow())
         return std::nullopt;
-    return sheet;
+    return reader.take();
 }
 
 } // namespace corvelle

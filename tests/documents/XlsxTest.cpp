@@ -194,6 +194,10 @@ TEST(Xlsx, readsLessOfADamagedWorkbook)
     EXPECT_EQ(book.shown(), u"1"_s);
     book.rows = "<sheetData><row><c><v>1";
     EXPECT_EQ(book.shown(), u"(none)"_s);
+    // A row that was read counts, also when what it shows lies beyond the limits.
+    book.rows = "<sheetData><row r='1'><c r='J1'><v>1</v></c></row><row><c bad";
+    EXPECT_TRUE(book.sheet({50, 7, 20}));
+    EXPECT_TRUE(book.sheet());
     book.rows = "<drawing/>"; // a sheet that holds a chart
     EXPECT_EQ(book.shown(), QString());
     book.workbook = "<sheets>";
