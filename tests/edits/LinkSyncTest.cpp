@@ -359,6 +359,43 @@ TEST_F(LinkSyncTest, theLibraryInsideALinkedFolderIsLeftOut)
     });
 }
 
+TEST_F(LinkSyncTest, aTrashedFolderCanBeLinkedAgainWithItsContents)
+{
+    outside.makeFile("box/sub/a.txt");
+    const QString box = add("box");
+    lib->edits.trash({box});
+    settle();
+    const QString again = add("box");
+    EXPECT_NE(again, box);
+    EXPECT_FALSE(again.isEmpty());
+    EXPECT_FALSE(lib->find("a.txt").isEmpty());
+    outside.makeFile("box/b.txt");
+    outside.makeFile("box/sub/c.txt");
+    settle();
+    EXPECT_FALSE(lib->find("b.txt").isEmpty());
+    EXPECT_FALSE(lib->find("c.txt").isEmpty());
+    lib->edits.restore({box});
+    settle();
+    lib->edits.trash({box});
+    outside.makeFile("box/d.txt");
+    settle();
+    EXPECT_FALSE(lib->find("d.txt").isEmpty());
+}
+
+TEST_F(LinkSyncTest, nothingComesInForAFolderThatWasDeleted)
+{
+    for (int i = 0; i < 5000; ++i)
+        outside.makeFile(QString("box/s/f%1.txt").arg(i));
+    lib->addFiles.add({outside.path("box")}, {}, {});
+    ASSERT_TRUE(turnUntil([&] { return !lib->find("s").isEmpty(); }));
+    const QString box = lib->find("box");
+    lib->edits.trash({box});
+    EXPECT_TRUE(lib->edits.deleteForGood({box}));
+    settle();
+    EXPECT_EQ(live(), 0);
+    EXPECT_EQ(rows("nodes"), 0);
+}
+
 TEST(LinkBookmarks, areReadAsTheyWereWritten)
 {
     const LinkBookmark bookmark{"/home/ä b/c d", 0xfedcba9876543210};
