@@ -359,6 +359,21 @@ TEST_F(LinkSyncTest, theLibraryInsideALinkedFolderIsLeftOut)
     });
 }
 
+TEST_F(LinkSyncTest, aFileThatWentToAnotherLinkedFolderStaysOutOfTheTrash)
+{
+    outside.makeFile("one/a.txt");
+    outside.makeFile("two/b.txt");
+    add("one");
+    const QString two = add("two"), a = lib->find("a.txt");
+    move("one/a.txt", "two/a.txt");
+    settle();
+    EXPECT_FALSE(isInTrash(a));
+    lib.reset();
+    open();
+    EXPECT_FALSE(isInTrash(a));
+    EXPECT_EQ(lib->node(a).parentID, two);
+}
+
 TEST_F(LinkSyncTest, aTrashedFolderCanBeLinkedAgainWithItsContents)
 {
     outside.makeFile("box/sub/a.txt");
@@ -382,6 +397,43 @@ TEST_F(LinkSyncTest, aTrashedFolderCanBeLinkedAgainWithItsContents)
     EXPECT_FALSE(lib->find("d.txt").isEmpty());
 }
 
+TEST_F(LinkSyncTest, whatThePersonTrashedGetsNoOtherCard)
+{
+    outside.makeFile("box/a.txt");
+    outside.makeFile("box/sub/b.txt");
+    add("box");
+    lib->edits.trash({lib->find("a.txt"), lib->find("sub")});
+    outside.makeFile("box/new.txt");
+    outside.makeFile("box/sub/more.txt");
+    settle();
+    EXPECT_TRUE(lib->find("a.txt").isEmpty());
+    EXPECT_TRUE(lib->find("sub").isEmpty());
+    EXPECT_FALSE(lib->find("new.txt").isEmpty());
+    lib.reset();
+    open();
+    EXPECT_TRUE(lib->find("a.txt").isEmpty());
+    EXPECT_TRUE(lib->find("sub").isEmpty());
+}
+
+TEST_F(LinkSyncTest, aFolderInAFilesPlaceIsAnotherThing)
+{
+    outside.makeFile("box/thing");
+    outside.makeFile("box/later");
+    add("box");
+    const QString thing = lib->find("thing"), later = lib->find("later");
+    remove("box/thing");
+    outside.makeFile("box/thing/inner.txt");
+    remove("box/later");
+    settle();
+    EXPECT_TRUE(isInTrash(thing));
+    EXPECT_TRUE(isInTrash(later));
+    EXPECT_FALSE(lib->find("inner.txt").isEmpty());
+    outside.makeFile("box/later/deep.txt");
+    settle();
+    EXPECT_TRUE(isInTrash(later));
+    EXPECT_FALSE(lib->find("deep.txt").isEmpty());
+}
+
 TEST_F(LinkSyncTest, nothingComesInForAFolderThatWasDeleted)
 {
     for (int i = 0; i < 5000; ++i)
@@ -394,6 +446,28 @@ TEST_F(LinkSyncTest, nothingComesInForAFolderThatWasDeleted)
     settle();
     EXPECT_EQ(live(), 0);
     EXPECT_EQ(rows("nodes"), 0);
+}
+
+TEST_F(LinkSyncTest, hiddenFilesDoNotMakeAFolderTheOneWeKnew)
+{
+    outside.makeFile("disk/.hidden");
+    EXPECT_TRUE(isFolderAway(outside.path("disk"), 1));
+    outside.makeFile("disk/a");
+    EXPECT_FALSE(isFolderAway(outside.path("disk"), 1));
+}
+
+TEST_F(LinkSyncTest, whatLeavesATrashedFolderLeavesItsCardThere)
+{
+    outside.makeFile("one/a.txt");
+    outside.makeFolder("two");
+    const QString one = add("one"), two = add("two"), a = lib->find("a.txt");
+    lib->edits.trash({one});
+    settle();
+    move("one/a.txt", "two/a.txt");
+    settle();
+    EXPECT_TRUE(isInTrash(a));
+    EXPECT_EQ(lib->path(a), outside.path("one/a.txt"));
+    EXPECT_EQ(lib->node(lib->find("a.txt")).parentID, two);
 }
 
 TEST(LinkBookmarks, areReadAsTheyWereWritten)
