@@ -434,6 +434,50 @@ TEST_F(LinkSyncTest, aFolderInAFilesPlaceIsAnotherThing)
     EXPECT_FALSE(lib->find("deep.txt").isEmpty());
 }
 
+TEST_F(LinkSyncTest, theNearerOfTwoLinkedFoldersKeepsWhatLiesInBoth)
+{
+    outside.makeFile("box/sub/a.txt");
+    outside.makeFile("box/b.txt");
+    const QString sub = add("box/sub"), a = lib->find("a.txt");
+    const QString box = add("box"), b = lib->find("b.txt");
+    ASSERT_EQ(live(), 4);
+    for (int round = 0; round < 5; ++round) {
+        const QString from = round ? QString("n%1.txt").arg(round - 1) : QString("a.txt");
+        move("box/sub/" + from, QString("box/sub/n%1.txt").arg(round));
+        settle();
+        EXPECT_EQ(live(), 4) << round;
+        EXPECT_FALSE(isInTrash(a)) << round;
+        EXPECT_EQ(lib->path(a), outside.path(QString("box/sub/n%1.txt").arg(round)));
+    }
+    move("box/b.txt", "box/sub/b.txt");
+    settle();
+    EXPECT_EQ(live(), 4);
+    EXPECT_FALSE(isInTrash(b));
+    EXPECT_EQ(lib->node(b).parentID, sub);
+    move("box/sub/b.txt", "box/b2.txt");
+    settle();
+    EXPECT_EQ(live(), 4);
+    EXPECT_FALSE(isInTrash(b));
+    EXPECT_EQ(lib->node(b).parentID, box);
+    lib.reset();
+    open();
+    EXPECT_FALSE(isInTrash(a) || isInTrash(b));
+    EXPECT_EQ(live(), 4);
+}
+
+TEST_F(LinkSyncTest, anEmptyFolderCanBeChosenForOneThatIsGone)
+{
+    outside.makeFile("old/box/a.txt");
+    const QString box = add("old/box");
+    remove("old/box");
+    settle();
+    ASSERT_TRUE(isMissing(box));
+    outside.makeFolder("new/box");
+    ASSERT_TRUE(lib->linkSync.relink(box, outside.path("new/box")));
+    settle();
+    EXPECT_FALSE(isMissing(box));
+}
+
 TEST_F(LinkSyncTest, nothingComesInForAFolderThatWasDeleted)
 {
     for (int i = 0; i < 5000; ++i)
@@ -454,6 +498,39 @@ TEST_F(LinkSyncTest, hiddenFilesDoNotMakeAFolderTheOneWeKnew)
     EXPECT_TRUE(isFolderAway(outside.path("disk"), 1));
     outside.makeFile("disk/a");
     EXPECT_FALSE(isFolderAway(outside.path("disk"), 1));
+}
+
+TEST_F(LinkSyncTest, aLookThatFailsIsMadeAgain)
+{
+    outside.makeFile("box/a.txt");
+    add("box");
+    auto& connection = lib->library.connection();
+    ASSERT_TRUE(connection.run("ALTER TABLE forgotten_links RENAME TO away", {}));
+    outside.makeFile("box/b.txt");
+    lib->linkSync.catchUp();
+    (void)turnUntil([] { return false; }, 60);
+    ASSERT_TRUE(connection.run("ALTER TABLE away RENAME TO forgotten_links", {}));
+    settle();
+    EXPECT_FALSE(lib->find("b.txt").isEmpty());
+}
+
+TEST_F(LinkSyncTest, whatMovedInNestedFoldersWhileClosedIsFollowed)
+{
+    outside.makeFile("box/sub/a.txt");
+    add("box/sub");
+    add("box");
+    const QString a = lib->find("a.txt");
+    lib.reset();
+    move("box/sub/a.txt", "box/sub/b.txt");
+    open();
+    EXPECT_EQ(live(), 3);
+    EXPECT_EQ(lib->path(a), outside.path("box/sub/b.txt"));
+    EXPECT_FALSE(isInTrash(a));
+    lib.reset();
+    move("box/sub/b.txt", "box/b.txt");
+    open();
+    EXPECT_EQ(live(), 3);
+    EXPECT_FALSE(isInTrash(a));
 }
 
 TEST_F(LinkSyncTest, whatLeavesATrashedFolderLeavesItsCardThere)
