@@ -262,6 +262,11 @@ Result<void> LinkedLook::compare()
 // Disks without lasting identities give a file back as another one.
 Result<void> LinkedLook::putBack()
 {
+    if (std::none_of(
+            m_outcome.actions.begin(), m_outcome.actions.end(), [](const DiskPlan::Action& action) {
+                return std::holds_alternative<DiskPlan::Added>(action);
+            }))
+        return {};
     const auto wentAway = readWentAway(m_connection);
     if (!wentAway)
         return wentAway.failure();
