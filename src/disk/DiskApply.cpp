@@ -251,6 +251,12 @@ void DiskApply::moved(const QString& id, const DiskPlan::Entry& to)
         m_library.refreshNode(id); // another process moved it
         return;
     }
+    // Since the look, one at the folder that it left may have taken it to the Trash, or the person.
+    if (node->deletedAt) {
+        if (wentAwayByItself(*node))
+            restored(id, to);
+        return;
+    }
     if (node->path == to.path) {
         m_apply->result.placed.insert(id);
         return;
@@ -270,6 +276,16 @@ void DiskApply::moved(const QString& id, const DiskPlan::Entry& to)
     m_apply->result.placed.insert(id);
     if (written)
         changed(id, to);
+}
+
+// Whether a linked item is in the Trash because its file went, and not by the person's hand.
+bool DiskApply::wentAwayByItself(const Node& node) const
+{
+    bool is = false;
+    (void)m_library.connection().each(
+        "SELECT 1 FROM went_away WHERE node_id = ? AND abs(at - ?) < 0.001",
+        {node.id, node.deletedAt.value_or(0)}, [&](const SQLRow&) { is = true; });
+    return is;
 }
 
 void DiskApply::restored(const QString& id, const DiskPlan::Entry& to)

@@ -63,6 +63,7 @@ private:
     void restored(const QString& id, const DiskPlan::Entry& to);
     void removed(const QString& id);
 
+    bool wentAwayByItself(const Node& node) const;
     bool isStillThere(const DiskPlan::Entry& entry);
     bool follow(const Node& from, const DiskPlan::Entry& to, const QByteArray& alsoSet);
     std::optional<QString> newParent(const Node& from, const QString& path) const;

@@ -75,7 +75,9 @@ void DiskSync::lookUnderMounts(const QSet<QString>& mountPoints)
     ++m_catchingUp;
     makeWatcher([this](std::unique_ptr<FolderWatcher> watcher) {
         --m_catchingUp;
-        m_watcher = std::move(watcher);
+        // Ending a watcher waits for its thread, and that one for its disk.
+        std::shared_ptr<FolderWatcher> old = std::exchange(m_watcher, std::move(watcher));
+        m_queue.async([old = std::move(old)]() mutable { old.reset(); });
         m_everything = true;
         scheduleFlush();
     });

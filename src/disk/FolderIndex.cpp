@@ -7,6 +7,7 @@ void FolderIndex::build(const Library& library, NameCase nameCase)
     m_nameCase = nameCase;
     m_ids.clear();
     m_keys.clear();
+    m_sharing.clear();
     if (m_which == Which::Own)
         for (const Space& space : library.tree().spaces())
             m_ids.insert(pathKey(space.folder, nameCase), QString());
@@ -22,15 +23,25 @@ void FolderIndex::update(const Library& library, const TreeChange& change)
         build(library, m_nameCase);
         return;
     }
-    for (const QString& id : change.nodes) {
-        if (const auto key = m_keys.constFind(id); key != m_keys.cend()) {
-            if (m_ids.value(*key) == id)
-                m_ids.remove(*key);
-            m_keys.erase(key);
-        }
-    }
+    for (const QString& id : change.nodes)
+        takeOut(library, id);
     for (const QString& id : change.nodes)
         put(library, id);
+}
+
+void FolderIndex::takeOut(const Library& library, const QString& id)
+{
+    const QString key = m_keys.take(id);
+    if (key.isNull())
+        return;
+    m_sharing.remove(key, id);
+    if (m_ids.value(key) != id)
+        return;
+    m_ids.remove(key);
+    for (auto other = m_sharing.constFind(key); other != m_sharing.cend() && other.key() == key;
+         ++other)
+        if (library.node(*other) && !library.isInTrash(*other))
+            m_ids.insert(key, *other);
 }
 
 void FolderIndex::put(const Library& library, const QString& id)
@@ -44,6 +55,7 @@ void FolderIndex::put(const Library& library, const QString& id)
     const QString key = pathKey(node->path, m_nameCase);
     m_ids.insert(key, id);
     m_keys.insert(id, key);
+    m_sharing.insert(key, id);
 }
 
 DiskMemory memoryOf(const Library& library, const FolderIndex& index, const DiskRequest& request)

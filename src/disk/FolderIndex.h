@@ -30,11 +30,13 @@ public:
 
 private:
     void put(const Library& library, const QString& id);
+    void takeOut(const Library& library, const QString& id);
 
     const Which m_which;
     NameCase m_nameCase = NameCase::Kept;
-    QHash<QString, QString> m_ids;  // by key
-    QHash<QString, QString> m_keys; // by id
+    QHash<QString, QString> m_ids;          // by key
+    QHash<QString, QString> m_keys;         // by id
+    QMultiHash<QString, QString> m_sharing; // by key, all ids: one folder may be linked twice
 };
 
 // What the memory knows of the folders that are asked for, and the index.

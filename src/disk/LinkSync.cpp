@@ -19,7 +19,7 @@ namespace {
 
 constexpr int refreshMs = 100;
 constexpr int mostRoundsOfLooks = 6; // without a folder that moved
-constexpr int mostFailedLooks = 5;   // in a row that are tried again
+constexpr int mostFailedPasses = 5;  // in a row that are tried again
 constexpr int hangMs = 1'000;        // what quitting waits for a disk
 
 // What is linked and can be watched.
@@ -272,7 +272,7 @@ void LinkSync::mounted()
 
 void LinkSync::lookForFolders()
 {
-    for (const auto& [path, root] : m_roots)
+    for (auto& [path, root] : m_roots)
         lookForFolder(path, root);
 }
 
@@ -280,7 +280,7 @@ void LinkSync::lookForFolders()
 void LinkSync::lookForAway()
 {
     bool isAnyAway = false;
-    for (const auto& [path, root] : m_roots) {
+    for (auto& [path, root] : m_roots) {
         isAnyAway |= root.isAway;
         if (root.isAway)
             lookForFolder(path, root);
@@ -289,10 +289,11 @@ void LinkSync::lookForAway()
         m_awaySoon.start(m_delays.away);
 }
 
-void LinkSync::lookForFolder(const QString& path, const Root& root)
+void LinkSync::lookForFolder(const QString& path, Root& root)
 {
-    if (root.isStarting || root.isRunning)
+    if (root.isStarting || root.isRunning || root.isLookedFor)
         return;
+    root.isLookedFor = true;
     std::optional<quint64> identity;
     for (const QString& id : root.ids)
         if (const Node* node = m_library.node(id); node && node->path == path)
@@ -302,7 +303,10 @@ void LinkSync::lookForFolder(const QString& path, const Root& root)
             LinkedRequest all;
             all.everything = true;
             const auto found = m_roots.find(path);
-            if (found != m_roots.end() && found->second.isAway != isAway)
+            if (found == m_roots.end())
+                return;
+            found->second.isLookedFor = false;
+            if (found->second.isAway != isAway)
                 schedule(path, all, 0);
         });
 }
@@ -364,7 +368,7 @@ void LinkSync::startPass(const QString& path, Root& root)
 {
     root.isRunning = true;
     // Marks are cleared by a look at everything.
-    root.request.everything |= root.isAway || holdsMissing(path);
+    root.request.everything |= root.isAway || (root.isFolder && isAnyMissingBelow(path));
     const Round round = root.rounds + 1 < mostRoundsOfLooks ? Round::Another : Round::Last;
     queueFor(path).run(
         [query = queryFor(path, root), round, shallow = root.isFolder ? nullptr : m_shallow,
@@ -376,12 +380,13 @@ void LinkSync::startPass(const QString& path, Root& root)
         this, [this, path](Result<LinkedFinding> found) { took(path, std::move(found)); });
 }
 
-bool LinkSync::holdsMissing(const QString& folder) const
+bool LinkSync::isAnyMissingBelow(const QString& folder) const
 {
     const QSet<QString>& missing = m_library.missingLinks();
     return std::any_of(missing.begin(), missing.end(), [&](const QString& id) {
         const Node* node = m_library.node(id);
-        return node && liesBelow(node->path, folder);
+        return node && (node->path == folder || liesBelow(node->path, folder)) &&
+               !m_library.isInTrash(id) && (node->path == folder || !m_candidates.contains(id));
     });
 }
 
@@ -398,8 +403,13 @@ LinkedQuery LinkSync::queryFor(const QString& path, const Root& root) const
     LinkedQuery query{m_library.root(), path, root.isFolder, root.request, {}, {}, {}};
     if (root.isFolder) {
         DiskRequest wanted{false, true, root.request.folders, root.request.trees};
-        if (root.request.everything || root.request.seeks)
+        if (root.request.everything || root.request.seeks) {
             wanted.trees = {path};
+            // The scan shows what lies in folders that are linked by themselves, too.
+            for (auto below = m_roots.upper_bound(path); below != m_roots.end(); ++below)
+                if (below->second.isFolder && liesBelow(below->first, path))
+                    wanted.trees.insert(below->first);
+        }
         query.memory = memoryOf(m_library, m_index, wanted);
     }
     for (const QString& id : root.ids)
@@ -421,16 +431,24 @@ void LinkSync::took(const QString& path, Result<LinkedFinding> found)
     if (root == m_roots.end())
         return; // nobody wants it any more
     if (!found) {
-        root->second.isRunning = false;
-        // What was told of these folders isn't told again.
-        if (++root->second.failures <= mostFailedLooks)
-            schedule(path, root->second.request, m_delays.event);
+        tryAgain(path, root->second);
         return;
     }
-    root->second.failures = 0;
+    root->second.failedPasses = 0;
     m_found.push_back({path, std::move(*found)});
     if (m_found.size() == 1)
         applyNext();
+}
+
+// What was told of these folders isn't told again.
+void LinkSync::tryAgain(const QString& path, Root& root)
+{
+    root.isRunning = false;
+    LinkedRequest request = root.request;
+    if (root.again)
+        request.unite(*std::exchange(root.again, std::nullopt));
+    if (++root.failedPasses <= mostFailedPasses)
+        schedule(path, request, m_delays.event);
 }
 
 void LinkSync::applyNext()
@@ -486,6 +504,7 @@ void LinkSync::markMissing(const Found& found, const DiskApply::Done& done)
     const LinkedFinding& finding = found.finding;
     const Root& root = m_roots.at(found.root);
     QSet<QString> gone = finding.gone, here = finding.here;
+    gone.intersect(QSet<QString>(root.ids.begin(), root.ids.end())); // others have a new place
     if (root.isFolder && (finding.isAway || root.request.everything))
         (finding.isAway ? gone : here).unite(idsBelow(found.root));
     for (const QString& folder : finding.awayBelow)
@@ -524,12 +543,25 @@ bool LinkSync::relink(const QString& id, const QString& chosen)
     if (isOurs || !entry || entry->folder != isFolder)
         return false;
 
+    // Two cards for one file couldn't both follow it.
     SQLite& connection = m_library.connection();
+    bool hasCard = false;
+    const auto looked =
+        connection.each("SELECT id FROM nodes WHERE path = ?", {path}, [&](const SQLRow& row) {
+            hasCard |= row.text(0) != id && !isRowInTrash(connection, row.text(0));
+        });
+    if (!looked || hasCard)
+        return false;
     const QString from = old->path;
     const auto written = connection.transaction([&]() -> Result<void> {
         if (auto done = putBookmark(connection, id, {path, entry->inode}); !done)
             return done;
         if (auto done = rewritePath(connection, id, old->kind, from, path); !done)
+            return done;
+        // Another identity would make an empty folder the place that a disk left behind.
+        if (auto done = connection.run("UPDATE nodes SET file_id = ? WHERE id = ?",
+                {static_cast<qint64>(entry->inode), id});
+            !done)
             return done;
         if (auto done = connection.run("DELETE FROM forgotten_links WHERE path = ?", {path}); !done)
             return done;
@@ -544,6 +576,7 @@ bool LinkSync::relink(const QString& id, const QString& chosen)
         "SELECT id, path FROM nodes WHERE id = ?1 OR (path >= ?2 || '/' AND path < ?2 || '0')",
         {id, path}, [&](const SQLRow& row) { paths.emplace_back(row.text(0), row.text(1)); });
     m_library.tookPaths(paths);
+    m_library.tookSeen({{id, SeenFile{entry->inode, m_library.tree().seen(id).modified}}});
     m_library.tookMissing({}, {id});
     refresh();
     LinkedRequest all;

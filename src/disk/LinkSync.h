@@ -47,7 +47,7 @@ public:
     void start();
 
     // Points a card at the place that the person chose for it. False when that can't be: it is of
-    // another kind, isn't there, or lies in the library or around it.
+    // another kind, isn't there, has a card already, or lies in the library or around it.
     bool relink(const QString& id, const QString& path);
 
     // Looks for folders that went without a word: one that lies above them was moved.
@@ -74,13 +74,14 @@ private:
         std::vector<QString> ids; // linked by themselves and lying here, or the folder itself
         std::shared_ptr<FolderWatcher> watcher; // of a linked folder
         bool isStarting = false, isRunning = false, isAway = false;
+        bool isLookedFor = false; // by a cheap look, of which one at a time waits for the disk
         std::optional<LinkedRequest> changed; // waits for its time
         std::optional<LinkedRequest> again;   // waits for the pass that runs
         LinkedRequest request;                // of the pass that runs
         QElapsedTimer since;                  // the first event that no pass has taken
         std::unique_ptr<QTimer> soon;
         int rounds = 0;
-        int failures = 0; // in a row
+        int failedPasses = 0; // in a row
     };
     struct Found
     {
@@ -98,7 +99,7 @@ private:
     SerialQueue& queueFor(const QString& path);
     void mounted();
     void lookForAway();
-    void lookForFolder(const QString& path, const Root& root);
+    void lookForFolder(const QString& path, Root& root);
 
     // ---- when to look ----
     void takeBatch(const QString& path, const FolderWatcher::Batch& batch);
@@ -106,11 +107,12 @@ private:
     void run(const QString& path);
     void startPass(const QString& path, Root& root);
     LinkedQuery queryFor(const QString& path, const Root& root) const;
-    bool holdsMissing(const QString& folder) const;
+    bool isAnyMissingBelow(const QString& folder) const;
     DiskPlan::Known known(const QString& id) const;
 
     // ---- what was found ----
     void took(const QString& path, Result<LinkedFinding> found);
+    void tryAgain(const QString& path, Root& root);
     void applyNext();
     void applied(const Found& found, const DiskApply::Done& done);
     void markMissing(const Found& found, const DiskApply::Done& done);

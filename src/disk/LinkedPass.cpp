@@ -4,6 +4,7 @@
 #include "disk/DiskScan.h"
 #include "disk/PassOutcome.h"
 #include "library/LinkBookmarks.h"
+#include "library/NodePaths.h"
 #include "platform/Directory.h"
 #include "platform/FileFacts.h"
 #include "platform/Volume.h"
@@ -25,7 +26,7 @@ namespace {
 struct WentAway
 {
     QHash<quint64, QString> byIdentity;
-    QHash<QString, QString> byPath;
+    QHash<std::pair<QString, bool>, QString> byPath; // and whether it is a folder
 };
 
 Result<WentAway> readWentAway(SQLite& connection)
@@ -37,12 +38,12 @@ Result<WentAway> readWentAway(SQLite& connection)
         "ON n.id = w.node_id WHERE n.deleted_at IS NOT NULL AND abs(n.deleted_at - w.at) < 0.001 "
         "UNION SELECT n.id, n.space_id FROM gone g JOIN nodes n ON n.space_id = g.space AND "
         "n.parent_id = g.id AND n.deleted_at IS NULL)\n"
-        "SELECT n.id, n.file_id, n.path FROM nodes n JOIN gone g ON g.id = n.id "
+        "SELECT n.id, n.file_id, n.path, n.kind FROM nodes n JOIN gone g ON g.id = n.id "
         "WHERE n.path LIKE '/%'",
         {}, [&](const SQLRow& row) {
             if (!row.isNull(1))
                 wentAway.byIdentity.insert(static_cast<quint64>(row.integer(1)), row.text(0));
-            wentAway.byPath.insert(row.text(2), row.text(0));
+            wentAway.byPath.insert({row.text(2), row.utf8(3) == "folder"}, row.text(0));
         });
     if (!read)
         return read.failure();
@@ -61,8 +62,8 @@ bool hasRowsBelow(SQLite& connection, const QString& folder)
 bool hasLiveRow(SQLite& connection, const QString& path)
 {
     bool has = false;
-    (void)connection.each("SELECT 1 FROM nodes WHERE path = ? AND deleted_at IS NULL LIMIT 1",
-        {path}, [&](const SQLRow&) { has = true; });
+    (void)connection.each("SELECT id FROM nodes WHERE path = ?", {path},
+        [&](const SQLRow& row) { has |= !isRowInTrash(connection, row.text(0)); });
     return has;
 }
 
@@ -109,8 +110,9 @@ private:
     void leaveOut(const QString& path);
     Result<void> compare();
     void rekeyFolders();
-    void putBackByPath(const WentAway& wentAway);
+    Result<void> putBack();
     void leaveOutCardsElsewhere();
+    bool hasCard(const DiskPlan::Entry& entry);
     Result<void> followFromElsewhere();
     void lookAtTops();
     void lookAtTop(const DiskPlan::Known& top);
@@ -244,10 +246,12 @@ Result<void> LinkedLook::compare()
     m_outcome = DiskPlan::compare(m_scans, rows.live, rows.trashed,
         QSet<QString>(pass.folders.keyBegin(), pass.folders.keyEnd()), DiskPlan::Pass::Structural,
         pass.nameCase);
-    putBackByPath(*wentAway);
-    leaveOutCardsElsewhere();
     if (auto followed = followFromElsewhere(); !followed)
         return followed;
+    // A look at the folder that it left may have taken it to the Trash by now.
+    if (auto back = putBack(); !back)
+        return back;
+    leaveOutCardsElsewhere();
     auto judged =
         judgeStructure(pass, m_connection, m_view, std::move(m_outcome), m_scans, rows, m_round);
     pass.freshFolders.unite(m_replaced);
@@ -256,29 +260,63 @@ Result<void> LinkedLook::compare()
 }
 
 // Disks without lasting identities give a file back as another one.
-void LinkedLook::putBackByPath(const WentAway& wentAway)
+Result<void> LinkedLook::putBack()
 {
+    if (std::none_of(
+            m_outcome.actions.begin(), m_outcome.actions.end(), [](const DiskPlan::Action& action) {
+                return std::holds_alternative<DiskPlan::Added>(action);
+            }))
+        return {};
+    const auto wentAway = readWentAway(m_connection);
+    if (!wentAway)
+        return wentAway.failure();
     QSet<QString> back;
     for (const DiskPlan::Action& action : m_outcome.actions)
         if (const auto* restored = std::get_if<DiskPlan::Restored>(&action))
             back.insert(restored->id);
     for (DiskPlan::Action& action : m_outcome.actions) {
         const auto* added = std::get_if<DiskPlan::Added>(&action);
-        const QString id = added ? wentAway.byPath.value(added->entry.path) : QString();
+        if (!added)
+            continue;
+        const DiskPlan::Entry& entry = added->entry;
+        QString id = wentAway->byPath.value({entry.path, entry.folder});
+        if (id.isEmpty())
+            id = wentAway->byIdentity.value(entry.inode);
         if (!id.isEmpty() && !back.contains(id)) {
             back.insert(id);
-            action = DiskPlan::Restored{id, DiskPlan::Entry(added->entry)};
+            action = DiskPlan::Restored{id, DiskPlan::Entry(entry)};
         }
     }
+    return {};
 }
 
 // A file that was linked by itself keeps its own card; the nearer of two linked folders keeps what
-// lies in both.
+// lies in both. What the person put into the Trash is not brought back as another card, unless the
+// folder around it was, and then linked anew.
 void LinkedLook::leaveOutCardsElsewhere()
 {
     std::erase_if(m_outcome.actions, [this](const DiskPlan::Action& action) {
         const auto* added = std::get_if<DiskPlan::Added>(&action);
-        return added && hasLiveRow(m_connection, added->entry.path);
+        return added && hasCard(added->entry);
+    });
+}
+
+bool LinkedLook::hasCard(const DiskPlan::Entry& entry)
+{
+    struct Row
+    {
+        QString id, parentID;
+        bool isTrashed = false;
+    };
+    const auto rows = m_connection.query(
+        "SELECT id, parent_id, deleted_at FROM nodes WHERE path = ?1 AND (kind = 'folder') = ?2",
+        {entry.path, entry.folder ? 1 : 0}, [](const SQLRow& row) {
+            return Row{row.text(0), row.text(1), !row.isNull(2)};
+        });
+    const DiskPass& pass = m_found.pass;
+    const QString folder = pass.folders.value(pathKey(parentPath(entry.path), pass.nameCase));
+    return !rows || std::any_of(rows->begin(), rows->end(), [&](const Row& row) {
+        return row.isTrashed || row.parentID == folder || !isRowInTrash(m_connection, row.id);
     });
 }
 
@@ -302,7 +340,8 @@ Result<void> LinkedLook::followFromElsewhere()
             const auto* addition = action ? std::get_if<DiskPlan::Added>(action) : nullptr;
             const QString path = row.text(1);
             if (!addition || addition->entry.folder != (row.utf8(2) == "folder") ||
-                liesBelow(path, m_query.root) || isAtPath(path, identity))
+                liesBelow(path, m_query.root) || isAtPath(path, identity) ||
+                isRowInTrash(m_connection, row.text(0)))
                 return;
             *action = DiskPlan::Moved{row.text(0), DiskPlan::Entry(addition->entry)};
         });
@@ -439,7 +478,12 @@ bool isFolderAway(const QString& folder, std::optional<quint64> identity)
     if (!identity || *identity == facts->identity)
         return false;
     auto directory = Directory::open(path);
-    return directory && !directory->nextName();
+    if (!directory)
+        return false;
+    while (const auto name = directory->nextName())
+        if (const auto text = nameText(*name); text && !isSkippedName(*text))
+            return false;
+    return !directory->isBroken();
 }
 
 Result<LinkedFinding> lookAtLinked(LinkedQuery query, Round round, std::stop_token stop)

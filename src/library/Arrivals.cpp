@@ -168,11 +168,12 @@ private:
     }
 
     // Whether the node's folder is still there. Its path follows the folder, which may have been
-    // renamed or moved since the item was found.
-    Result<bool> followFolder(SQLStatement& folder, QHash<QString, QString>& folders, Node& node)
+    // renamed or moved since the item was found; what is linked from outside keeps its own.
+    Result<bool> followFolder(
+        SQLStatement& folder, QHash<QString, std::optional<QString>>& folders, Node& node)
     {
         node.parentID = m_others.value(node.parentID, node.parentID);
-        if (node.parentID.isEmpty() || node.isLinked())
+        if (node.parentID.isEmpty())
             return true;
         auto known = folders.constFind(node.parentID);
         if (known == folders.cend()) {
@@ -180,11 +181,14 @@ private:
             const auto row = folder.step();
             if (!row)
                 return row.failure();
-            known = folders.insert(node.parentID, *row ? folder.row().text(0) : QString());
+            known = folders.insert(
+                node.parentID, *row ? std::optional(folder.row().text(0)) : std::nullopt);
         }
-        if (known->isEmpty())
+        if (node.isLinked() && *known)
+            return true;
+        if (!*known || (*known)->isEmpty())
             return false;
-        node.path = *known + u'/' + lastComponent(node.path);
+        node.path = **known + u'/' + lastComponent(node.path);
         return true;
     }
 
@@ -203,7 +207,8 @@ private:
                 return taken.failure();
             if (!insert)
                 return insert.failure();
-            QHash<QString, QString> folders; // the paths of those that received something
+            // The paths of those that received something, none for one that is gone.
+            QHash<QString, std::optional<QString>> folders;
             for (auto& [node, seen] : batch) {
                 const auto comes = followFolder(*folder, folders, node);
                 if (!comes)
@@ -222,7 +227,10 @@ private:
                         return row.failure();
                     if (!*row)
                         break;
-                    if (taken->row().isNull(1))
+                    const bool isLive = taken->row().isNull(1);
+                    // Outside, a folder in the Trash leaves what lies in it where it is.
+                    if (isLive &&
+                        !(node.isLinked() && isRowInTrash(connection, taken->row().text(0))))
                         live = taken->row().text(0);
                     else if (!node.isLinked()) // outside, both may name the same file
                         trashed.emplace_back(taken->row().text(0), nodeKind(taken->row().text(2)));
@@ -358,12 +366,13 @@ void Arrivals::catchUp(std::vector<std::pair<Node, SeenFile>>& batch) const
                 folders.insert(node.id, already->path);
             return true;
         }
-        if (!node.parentID.isEmpty() && !node.isLinked()) {
+        if (!node.parentID.isEmpty()) {
             const Node* parent = m_library.node(node.parentID);
             const QString folder = parent ? parent->path : folders.value(node.parentID);
-            if (folder.isEmpty())
+            if (node.isLinked() ? !parent && folder.isEmpty() : folder.isEmpty())
                 return true;
-            node.path = folder + u'/' + lastComponent(node.path);
+            if (!node.isLinked())
+                node.path = folder + u'/' + lastComponent(node.path);
         }
         if (node.kind == NodeKind::Folder)
             folders.insert(node.id, node.path);

@@ -23,4 +23,15 @@ Result<void> rewritePath(
         {to, from, id});
 }
 
+bool isRowInTrash(SQLite& connection, const QString& id)
+{
+    bool is = false;
+    (void)connection.each(
+        "WITH RECURSIVE up(id, parent, gone) AS (SELECT id, parent_id, deleted_at FROM nodes "
+        "WHERE id = ? UNION SELECT n.id, n.parent_id, n.deleted_at FROM up u JOIN nodes n "
+        "ON n.id = u.parent) SELECT 1 FROM up WHERE gone IS NOT NULL LIMIT 1",
+        {id}, [&](const SQLRow&) { is = true; });
+    return is;
+}
+
 } // namespace corvelle

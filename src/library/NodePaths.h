@@ -15,4 +15,7 @@ QString placeInTrash(const QString& id, const QString& path);
 Result<void> rewritePath(
     SQLite& connection, const QString& id, NodeKind kind, const QString& from, const QString& to);
 
+// Whether the row, or a folder that it lies in, is in the Trash.
+bool isRowInTrash(SQLite& connection, const QString& id);
+
 } // namespace corvelle

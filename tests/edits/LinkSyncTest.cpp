@@ -289,6 +289,9 @@ TEST_F(LinkSyncTest, thePersonCanSayWhereItIs)
         EXPECT_FALSE(lib->linkSync.relink(box, bad)) << bad.toStdString();
     EXPECT_FALSE(lib->linkSync.relink(file, outside.path("new")));
     EXPECT_FALSE(lib->linkSync.relink(file, folder.path("My Space/inside.txt")));
+    outside.makeFile("new/taken.txt");
+    add("new/taken.txt");
+    EXPECT_FALSE(lib->linkSync.relink(file, outside.path("new/taken.txt"))) << "it has a card";
     EXPECT_TRUE(lib->linkSync.relink(box, outside.path("new/carton")));
     EXPECT_TRUE(lib->linkSync.relink(file, outside.path("new/sheet.txt")));
     settle();
@@ -357,6 +360,194 @@ TEST_F(LinkSyncTest, theLibraryInsideALinkedFolderIsLeftOut)
     lib->library.tree().eachNode([&](const Node& node, const SeenFile&) {
         EXPECT_FALSE(node.path.startsWith(folder.path())) << node.path.toStdString();
     });
+}
+
+TEST_F(LinkSyncTest, aFileThatWentToAnotherLinkedFolderStaysOutOfTheTrash)
+{
+    outside.makeFile("one/a.txt");
+    outside.makeFile("two/b.txt");
+    add("one");
+    const QString two = add("two"), a = lib->find("a.txt");
+    move("one/a.txt", "two/a.txt");
+    settle();
+    EXPECT_FALSE(isInTrash(a));
+    lib.reset();
+    open();
+    EXPECT_FALSE(isInTrash(a));
+    EXPECT_EQ(lib->node(a).parentID, two);
+}
+
+TEST_F(LinkSyncTest, aTrashedFolderCanBeLinkedAgainWithItsContents)
+{
+    outside.makeFile("box/sub/a.txt");
+    const QString box = add("box");
+    lib->edits.trash({box});
+    settle();
+    const QString again = add("box");
+    EXPECT_NE(again, box);
+    EXPECT_FALSE(again.isEmpty());
+    EXPECT_FALSE(lib->find("a.txt").isEmpty());
+    outside.makeFile("box/b.txt");
+    outside.makeFile("box/sub/c.txt");
+    settle();
+    EXPECT_FALSE(lib->find("b.txt").isEmpty());
+    EXPECT_FALSE(lib->find("c.txt").isEmpty());
+    lib->edits.restore({box});
+    settle();
+    lib->edits.trash({box});
+    outside.makeFile("box/d.txt");
+    settle();
+    EXPECT_FALSE(lib->find("d.txt").isEmpty());
+}
+
+TEST_F(LinkSyncTest, whatThePersonTrashedGetsNoOtherCard)
+{
+    outside.makeFile("box/a.txt");
+    outside.makeFile("box/sub/b.txt");
+    add("box");
+    lib->edits.trash({lib->find("a.txt"), lib->find("sub")});
+    outside.makeFile("box/new.txt");
+    outside.makeFile("box/sub/more.txt");
+    settle();
+    EXPECT_TRUE(lib->find("a.txt").isEmpty());
+    EXPECT_TRUE(lib->find("sub").isEmpty());
+    EXPECT_FALSE(lib->find("new.txt").isEmpty());
+    lib.reset();
+    open();
+    EXPECT_TRUE(lib->find("a.txt").isEmpty());
+    EXPECT_TRUE(lib->find("sub").isEmpty());
+}
+
+TEST_F(LinkSyncTest, aFolderInAFilesPlaceIsAnotherThing)
+{
+    outside.makeFile("box/thing");
+    outside.makeFile("box/later");
+    add("box");
+    const QString thing = lib->find("thing"), later = lib->find("later");
+    remove("box/thing");
+    outside.makeFile("box/thing/inner.txt");
+    remove("box/later");
+    settle();
+    EXPECT_TRUE(isInTrash(thing));
+    EXPECT_TRUE(isInTrash(later));
+    EXPECT_FALSE(lib->find("inner.txt").isEmpty());
+    outside.makeFile("box/later/deep.txt");
+    settle();
+    EXPECT_TRUE(isInTrash(later));
+    EXPECT_FALSE(lib->find("deep.txt").isEmpty());
+}
+
+TEST_F(LinkSyncTest, theNearerOfTwoLinkedFoldersKeepsWhatLiesInBoth)
+{
+    outside.makeFile("box/sub/a.txt");
+    outside.makeFile("box/b.txt");
+    const QString sub = add("box/sub"), a = lib->find("a.txt");
+    const QString box = add("box"), b = lib->find("b.txt");
+    ASSERT_EQ(live(), 4);
+    for (int round = 0; round < 5; ++round) {
+        const QString from = round ? QString("n%1.txt").arg(round - 1) : QString("a.txt");
+        move("box/sub/" + from, QString("box/sub/n%1.txt").arg(round));
+        settle();
+        EXPECT_EQ(live(), 4) << round;
+        EXPECT_FALSE(isInTrash(a)) << round;
+        EXPECT_EQ(lib->path(a), outside.path(QString("box/sub/n%1.txt").arg(round)));
+    }
+    move("box/b.txt", "box/sub/b.txt");
+    settle();
+    EXPECT_EQ(live(), 4);
+    EXPECT_FALSE(isInTrash(b));
+    EXPECT_EQ(lib->node(b).parentID, sub);
+    move("box/sub/b.txt", "box/b2.txt");
+    settle();
+    EXPECT_EQ(live(), 4);
+    EXPECT_FALSE(isInTrash(b));
+    EXPECT_EQ(lib->node(b).parentID, box);
+    lib.reset();
+    open();
+    EXPECT_FALSE(isInTrash(a) || isInTrash(b));
+    EXPECT_EQ(live(), 4);
+}
+
+TEST_F(LinkSyncTest, anEmptyFolderCanBeChosenForOneThatIsGone)
+{
+    outside.makeFile("old/box/a.txt");
+    const QString box = add("old/box");
+    remove("old/box");
+    settle();
+    ASSERT_TRUE(isMissing(box));
+    outside.makeFolder("new/box");
+    ASSERT_TRUE(lib->linkSync.relink(box, outside.path("new/box")));
+    settle();
+    EXPECT_FALSE(isMissing(box));
+}
+
+TEST_F(LinkSyncTest, nothingComesInForAFolderThatWasDeleted)
+{
+    for (int i = 0; i < 5000; ++i)
+        outside.makeFile(QString("box/s/f%1.txt").arg(i));
+    lib->addFiles.add({outside.path("box")}, {}, {});
+    ASSERT_TRUE(turnUntil([&] { return !lib->find("s").isEmpty(); }));
+    const QString box = lib->find("box");
+    lib->edits.trash({box});
+    EXPECT_TRUE(lib->edits.deleteForGood({box}));
+    settle();
+    EXPECT_EQ(live(), 0);
+    EXPECT_EQ(rows("nodes"), 0);
+}
+
+TEST_F(LinkSyncTest, hiddenFilesDoNotMakeAFolderTheOneWeKnew)
+{
+    outside.makeFile("disk/.hidden");
+    EXPECT_TRUE(isFolderAway(outside.path("disk"), 1));
+    outside.makeFile("disk/a");
+    EXPECT_FALSE(isFolderAway(outside.path("disk"), 1));
+}
+
+TEST_F(LinkSyncTest, aLookThatFailsIsMadeAgain)
+{
+    outside.makeFile("box/a.txt");
+    add("box");
+    auto& connection = lib->library.connection();
+    ASSERT_TRUE(connection.run("ALTER TABLE forgotten_links RENAME TO away", {}));
+    outside.makeFile("box/b.txt");
+    lib->linkSync.catchUp();
+    (void)turnUntil([] { return false; }, 60);
+    ASSERT_TRUE(connection.run("ALTER TABLE away RENAME TO forgotten_links", {}));
+    settle();
+    EXPECT_FALSE(lib->find("b.txt").isEmpty());
+}
+
+TEST_F(LinkSyncTest, whatMovedInNestedFoldersWhileClosedIsFollowed)
+{
+    outside.makeFile("box/sub/a.txt");
+    add("box/sub");
+    add("box");
+    const QString a = lib->find("a.txt");
+    lib.reset();
+    move("box/sub/a.txt", "box/sub/b.txt");
+    open();
+    EXPECT_EQ(live(), 3);
+    EXPECT_EQ(lib->path(a), outside.path("box/sub/b.txt"));
+    EXPECT_FALSE(isInTrash(a));
+    lib.reset();
+    move("box/sub/b.txt", "box/b.txt");
+    open();
+    EXPECT_EQ(live(), 3);
+    EXPECT_FALSE(isInTrash(a));
+}
+
+TEST_F(LinkSyncTest, whatLeavesATrashedFolderLeavesItsCardThere)
+{
+    outside.makeFile("one/a.txt");
+    outside.makeFolder("two");
+    const QString one = add("one"), two = add("two"), a = lib->find("a.txt");
+    lib->edits.trash({one});
+    settle();
+    move("one/a.txt", "two/a.txt");
+    settle();
+    EXPECT_TRUE(isInTrash(a));
+    EXPECT_EQ(lib->path(a), outside.path("one/a.txt"));
+    EXPECT_EQ(lib->node(lib->find("a.txt")).parentID, two);
 }
 
 TEST(LinkBookmarks, areReadAsTheyWereWritten)
