@@ -289,9 +289,9 @@ TEST_F(LinkSyncTest, thePersonCanSayWhereItIs)
         EXPECT_FALSE(lib->linkSync.relink(box, bad)) << bad.toStdString();
     EXPECT_FALSE(lib->linkSync.relink(file, outside.path("new")));
     EXPECT_FALSE(lib->linkSync.relink(file, folder.path("My Space/inside.txt")));
-    outside.makeFile("new/taken.txt");
-    add("new/taken.txt");
-    EXPECT_FALSE(lib->linkSync.relink(file, outside.path("new/taken.txt"))) << "it has a card";
+    outside.makeFile("taken/taken.txt");
+    add("taken/taken.txt");
+    EXPECT_FALSE(lib->linkSync.relink(file, outside.path("taken/taken.txt"))) << "it has a card";
     EXPECT_TRUE(lib->linkSync.relink(box, outside.path("new/carton")));
     EXPECT_TRUE(lib->linkSync.relink(file, outside.path("new/sheet.txt")));
     settle();
