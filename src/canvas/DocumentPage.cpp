@@ -38,13 +38,31 @@ BlockStyle styleOf(Block kind, int depth, bool quoted)
 }
 
 // The number of a note that these words refer to; 0 for other words.
-int referenceIn(const DocInline::Text& text)
+int referenceIn(QStringView words)
 {
-    const QString& words = text.text;
-    if (!text.marks.sup || !text.marks.link.isNull() || !words.startsWith(u'[') ||
-        !words.endsWith(u']'))
-        return 0;
-    return QStringView(words).sliced(1, words.size() - 2).toInt();
+    return words.startsWith(u'[') && words.endsWith(u']') ? words.sliced(1).chopped(1).toInt() : 0;
+}
+
+// Raised words with each reference apart: references that touch, or touch other raised words, are
+// one text.
+QStringList withReferencesApart(const QString& words)
+{
+    QStringList parts;
+    qsizetype done = 0;
+    for (qsizetype at = words.indexOf(u'['); at >= 0; at = words.indexOf(u'[', at + 1)) {
+        const qsizetype end = words.indexOf(u']', at);
+        if (end < 0)
+            break;
+        if (referenceIn(QStringView(words).sliced(at, end + 1 - at)) <= 0)
+            continue;
+        if (at > done)
+            parts.append(words.sliced(done, at - done));
+        parts.append(words.sliced(at, end + 1 - at));
+        done = end + 1;
+    }
+    if (done < words.size())
+        parts.append(words.sliced(done));
+    return parts;
 }
 
 // Whether it ends in the sign that leads back to where it is referred to.
@@ -182,8 +200,8 @@ private:
         bool isOpen = false;
         for (size_t i = 0; i < inlines.size(); ++i)
             std::visit(Overloaded{
-                           [&](const DocInline::Text& text) {
-                               addRun(text.text, marksOf(text.marks), linkOf(inlines, i));
+                           [&](const DocInline::Text&) {
+                               addText(inlines, i);
                                isOpen = true;
                            },
                            [&](const DocInline::Checkbox& box) {
@@ -205,15 +223,27 @@ private:
             close(style);
     }
 
-    // Links inside the document go by their words, and to and from notes by their numbers.
+    void addText(const DocInlines& inlines, size_t at)
+    {
+        const auto& text = std::get<DocInline::Text>(inlines[at].value);
+        const Marks marks = marksOf(text.marks);
+        if (!text.marks.sup || !text.marks.link.isNull()) {
+            addRun(text.text, marks, linkOf(inlines, at));
+            return;
+        }
+        for (const QString& part : withReferencesApart(text.text)) {
+            const int number = referenceIn(part);
+            const bool leads = number > 0 && m_page.m_notes.contains(number);
+            if (leads && !m_page.m_references.contains(number))
+                m_page.m_references.insert(number, m_row);
+            addRun(part, marks, leads ? u'#' + part : QString());
+        }
+    }
+
+    // Links inside the document go by their words, and back from notes by their numbers.
     QString linkOf(const DocInlines& inlines, size_t at)
     {
         const auto& text = std::get<DocInline::Text>(inlines[at].value);
-        if (const int number = referenceIn(text); number > 0 && m_page.m_notes.contains(number)) {
-            if (!m_page.m_references.contains(number))
-                m_page.m_references.insert(number, m_row);
-            return u'#' + text.text;
-        }
         if (!text.marks.link.startsWith(u'#'))
             return text.marks.link;
         const auto* note = noteIn(m_page.m_blocks[m_row]);

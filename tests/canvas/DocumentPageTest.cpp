@@ -134,6 +134,18 @@ TEST(DocumentPage, linksInsideLeadToTheirPlaces)
     EXPECT_EQ(lineAt("#"), -1);
 }
 
+TEST(DocumentPage, referencesThatTouchOtherRaisedWordsLeadToTheirNotes)
+{
+    DocMarks raised;
+    raised.sup = true;
+    const DocumentPage page(
+        {paragraph({words("a"), words("2[1][2] [x] [3", raised)}), note(1, "one"), note(2, "two")},
+        "1");
+    EXPECT_EQ(page.text().text(0, page.text().block(0).end), "a2[1][2] [x] [3");
+    EXPECT_EQ(links(page.text()).first(2), (QStringList{"#[1]", "#[2]"}));
+    EXPECT_TRUE(page.placeOf(QString("#") + u'↑' + '2'));
+}
+
 TEST(DocumentPage, picturesStandOnLinesOfTheirOwnUnderNamesOfTheirOwn)
 {
     auto shown = std::make_shared<DocPicture>();

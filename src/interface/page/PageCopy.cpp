@@ -10,8 +10,21 @@ using namespace Qt::StringLiterals;
 
 namespace corvelle {
 
+// A link to another place of the same document leads nowhere outside of it.
+void dropInnerLinks(PageNodes& nodes)
+{
+    for (PageNode& node : nodes) {
+        if (node.link && node.link->href.startsWith(u'#'))
+            node.link.reset();
+        dropInnerLinks(node.content);
+    }
+}
+
 PageNodes nodesBetween(const FlatText& text, Units from, Units to)
 {
+    // A text that ends in a newline has no further block.
+    if (to == text.length() && to > 0 && text.at(to - 1) == u'\n')
+        --to;
     if (from >= to)
         return {};
     const FlatText::BlockAt first = text.blockAt(from), last = text.blockAt(to);

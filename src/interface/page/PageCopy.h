@@ -13,6 +13,8 @@ namespace corvelle {
 // The blocks between two places. Of a part of one block only the words, as a paragraph.
 PageNodes nodesBetween(const FlatText& text, Units from, Units to);
 
+void dropInnerLinks(PageNodes& nodes);
+
 std::unique_ptr<QMimeData> copiedBlocks(const PageNodes& nodes, const MentionSource& mentions);
 
 } // namespace corvelle

@@ -485,6 +485,7 @@ PageNodes PageView::nodes(Units from, Units to) const
 {
     PageNodes nodes = nodesBetween(m_page.text, from, to);
     m_pictures.putInBytes(nodes);
+    dropInnerLinks(nodes);
     return nodes;
 }
 

@@ -305,6 +305,7 @@ void SheetView::mousePressEvent(QMouseEvent* event)
     if (event->button() != Qt::LeftButton)
         return QWidget::mousePressEvent(event);
     m_dragAt = event->position().toPoint();
+    m_pressedAt = event->globalPosition();
     const auto reach =
         event->modifiers() & Qt::ShiftModifier ? SheetPick::Reach::Range : SheetPick::Reach::Alone;
     for (auto [thumb, drag] : {std::pair(&m_down, Drag::Down), std::pair(&m_across, Drag::Across)})
@@ -363,6 +364,10 @@ void SheetView::mouseMoveEvent(QMouseEvent* event)
             updateThumbs();
         return;
     }
+    // What is picked shows above and may push the grid from under a pointer that hardly moved.
+    if (m_drag == Drag::Cells && (event->globalPosition() - m_pressedAt).manhattanLength() <
+                                     QGuiApplication::styleHints()->startDragDistance())
+        return;
     dragTo(m_dragAt);
     const bool beyond = m_drag == Drag::Cells && !cells().contains(m_dragAt);
     if (beyond && !m_autoScroll.isActive())

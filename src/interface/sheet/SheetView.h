@@ -127,6 +127,7 @@ private:
         Across
     } m_drag = Drag::None;
     QPoint m_dragAt{-1, -1}; // the pointer
+    QPointF m_pressedAt;     // on the screen
     bool m_isOnTrack = false;
     ScrollThumb m_down{Qt::Vertical}, m_across{Qt::Horizontal};
     QTimer m_thumbsLinger; // after scrolling

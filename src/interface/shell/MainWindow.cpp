@@ -16,6 +16,7 @@
 #include <QCloseEvent>
 #include <QElapsedTimer>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QLocale>
 #include <QScreen>
 #include <QShortcut>
@@ -218,6 +219,15 @@ void MainWindow::zoomBy(double factor)
     const Camera& camera = m_model.camera();
     const QPointF centre(m_canvas->width() / 2.0, m_canvas->height() / 2.0);
     m_canvas->glideTo(zoomedAt(camera, camera.zoom * factor, centre, m_model.viewport()));
+}
+
+// What nothing with the keyboard took: it may stand in the bar above what is open.
+void MainWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape && showsOpened() && !m_alertPanel)
+        m_model.closeOver();
+    else
+        QWidget::keyPressEvent(event);
 }
 
 void MainWindow::mousePressEvent(QMouseEvent* event)
