@@ -485,7 +485,8 @@ PageNodes PageView::nodes(Units from, Units to) const
 {
     PageNodes nodes = nodesBetween(m_page.text, from, to);
     m_pictures.putInBytes(nodes);
-    dropInnerLinks(nodes);
+    if (m_page.isDocument)
+        dropInnerLinks(nodes);
     return nodes;
 }
 

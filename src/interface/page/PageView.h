@@ -22,6 +22,8 @@ struct ShownPage
     PageSettings settings;
     QString title; // stands above the text; empty: nothing does
     QString icon;  // beside the title
+    bool isDocument =
+        false; // one that is only read: its links that begin with "#" lead nowhere else
 };
 
 class PageView : public QWidget

@@ -54,7 +54,7 @@ ShownPage PageViewer::shownPage(const Node& node) const
     const OpenDocument::Contents& contents = m_document->contents();
     const bool page = viewerOf(node) == Viewer::Page;
     return {contents.text, contents.settings, page ? node.title : QString(),
-        page ? node.icon : QString()};
+        page ? node.icon : QString(), contents.document != nullptr};
 }
 
 void PageViewer::took(bool again)
