@@ -67,6 +67,18 @@ bool hasLiveRow(SQLite& connection, const QString& path)
     return has;
 }
 
+// Renamed or not, what the person put there by itself doesn't come back as another card.
+QSet<quint64> trashedByThePerson(SQLite& connection)
+{
+    QSet<quint64> identities;
+    (void)connection.each(
+        "SELECT n.file_id FROM nodes n LEFT JOIN went_away w ON w.node_id = n.id AND "
+        "abs(n.deleted_at - w.at) < 0.001 WHERE n.deleted_at IS NOT NULL AND n.file_id IS NOT NULL "
+        "AND n.path LIKE '/%' AND w.node_id IS NULL",
+        {}, [&](const SQLRow& row) { identities.insert(static_cast<quint64>(row.integer(0))); });
+    return identities;
+}
+
 bool isAtPath(const QString& path, quint64 identity)
 {
     const auto facts = fileFacts(QFile::encodeName(path));
@@ -295,9 +307,14 @@ Result<void> LinkedLook::putBack()
 // folder around it was, and then linked anew.
 void LinkedLook::leaveOutCardsElsewhere()
 {
-    std::erase_if(m_outcome.actions, [this](const DiskPlan::Action& action) {
+    std::optional<QSet<quint64>> trashed;
+    std::erase_if(m_outcome.actions, [&](const DiskPlan::Action& action) {
         const auto* added = std::get_if<DiskPlan::Added>(&action);
-        return added && hasCard(added->entry);
+        if (!added)
+            return false;
+        if (!trashed)
+            trashed = trashedByThePerson(m_connection);
+        return trashed->contains(added->entry.inode) || hasCard(added->entry);
     });
 }
 

@@ -165,6 +165,12 @@ TEST_F(LinkSyncTest, whatHappensInALinkedFolderShowsInItsCard)
     outside.makeFile("box/kept.txt");
     settle();
     EXPECT_TRUE(isInTrash(keep));
+    const int before = live();
+    const QString trashed = lib->find("deeper.txt");
+    lib->edits.trash({trashed});
+    move("box/fresh/deeper.txt", "box/fresh/renamed.txt");
+    settle();
+    EXPECT_EQ(live(), before - 1) << "nor does it come back under another name";
 
     // Deleted for good: the file stays, and no look brings it back.
     const QString gone = lib->find("new.txt");
