@@ -48,12 +48,15 @@ QHash<quint64, int> countIncoming(const Outcome& outcome, const Scans& scans)
 {
     QHash<quint64, int> count;
     QSet<QString> folders;
-    for (const Action& action : outcome.actions)
+    for (const Action& action : outcome.actions) {
         if (const Entry* entry = incoming(action)) {
             ++count[entry->inode];
             if (entry->folder)
                 folders.insert(entry->path);
+        } else if (const auto* moved = std::get_if<Moved>(&action); moved && moved->to.folder) {
+            folders.insert(moved->to.path); // something may have gone into it before
         }
+    }
     if (folders.isEmpty())
         return count;
     for (const auto& [folder, entries] : scans) {

@@ -75,4 +75,11 @@ TEST(DissolvedFolders, aFolderThatMovedIntoANewOneIsNotTornApart)
     const Outcome before = outcome;
     followOutOfRemovedFolders(outcome, scans, nodes, NameCase::Kept);
     EXPECT_EQ(outcome, before);
+
+    // The same with a folder that moved, too.
+    outcome.actions = {
+        Moved{"N", entry("S/N", 9, true)}, Added{entry("S/link.txt", 2)}, Removed{"A"}};
+    const Outcome moved = outcome;
+    followOutOfRemovedFolders(outcome, scans, nodes, NameCase::Kept);
+    EXPECT_EQ(outcome, moved);
 }
