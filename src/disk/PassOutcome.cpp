@@ -71,8 +71,9 @@ bool needsFoldersFirst(
     return anyReturns || (anyRemoved && anyNewFolder);
 }
 
-// New folders come in, but for those that a row may stand for. Nothing else comes, and nothing is
-// taken for gone before the next look, unless something of another kind lies in its place.
+// New folders come in, but for those that a row may stand for. Nothing else comes, not even out of
+// the Trash, since it may be what lies in such a folder that moved; and nothing is taken for gone
+// before the next look, unless something of another kind lies in its place.
 void takeFoldersFirst(
     DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans, const KnownRows& rows)
 {
@@ -93,9 +94,12 @@ void takeFoldersFirst(
     for (DiskPlan::Action& action : outcome.actions) {
         const auto* added = std::get_if<DiskPlan::Added>(&action);
         const auto* removed = std::get_if<DiskPlan::Removed>(&action);
+        const auto* back = std::get_if<DiskPlan::Restored>(&action);
+        const bool waits = added || (removed && !taken.contains(paths.value(removed->id))) ||
+                           (back && !back->to.folder);
         if (added && !isLeftOut(added->entry))
             addWithContents(scans, added->entry, pass.arriving, isLeftOut);
-        else if (!added && (!removed || taken.contains(paths.value(removed->id))))
+        else if (!waits)
             pass.actions.push_back(std::move(action));
     }
     pass.lookAgain = true;

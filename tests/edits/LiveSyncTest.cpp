@@ -487,6 +487,30 @@ TEST_F(LiveSync, aMoveIntoANewFolderKeepsTheCard)
     EXPECT_EQ(lib->library.tree().size(), 4);
 }
 
+// The only place left of a file whose folder moved and then lost it; another link to it lies in the
+// Trash, and must not take the place.
+TEST_F(LiveSync, whatLeftAFolderThatMovedComesBeforeTheTrash)
+{
+    folder.makeFile("My Space/a/deep/b/c.txt", "words");
+    folder.makeFolder("My Space/other");
+    const auto link = [&](const QString& from, const QString& to) {
+        ASSERT_EQ(
+            ::link(QFile::encodeName(folder.path(from)), QFile::encodeName(folder.path(to))), 0);
+    };
+    link("My Space/a/deep/b/c.txt", "My Space/other/d.txt");
+    open();
+    const QString id = lib->find("c.txt"), trashed = lib->find("d.txt");
+    ASSERT_TRUE(QDir(folder.path("My Space/other")).removeRecursively());
+    settle();
+    ASSERT_TRUE(lib->library.isInTrash(trashed));
+    rename("My Space/a/deep", "My Space/moved");
+    link("My Space/moved/b/c.txt", "My Space/e.txt");
+    ASSERT_TRUE(QDir(folder.path("My Space/moved/b")).removeRecursively());
+    settle();
+    EXPECT_EQ(lib->node(id).path, "My Space/e.txt");
+    EXPECT_TRUE(lib->library.isInTrash(trashed));
+}
+
 TEST_F(LiveSync, outOfTheLibraryAndBackIsTheSameCard)
 {
     folder.makeFile("My Space/a/b.txt");
