@@ -137,6 +137,7 @@ void Application::start()
         [this](const QString& id, const QString& path) {
             m_window->tellLocated(id, m_linkSync.relink(id, path));
         });
+    connect(&m_canvas, &CanvasModel::missingOpened, &m_linkSync, &LinkSync::visit);
     connect(m_bus.get(), &MessageBus::received, this, &Application::received);
     connect(&m_diskSync, &DiskSync::removedOnDisk, this, &Application::noteRemovals);
     connect(&m_linkSync, &LinkSync::removedOnDisk, this, &Application::noteRemovals);

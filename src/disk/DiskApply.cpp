@@ -6,7 +6,6 @@
 #include "base/Overloaded.h"
 #include "library/LinkBookmarks.h"
 #include "library/NodePaths.h"
-#include "platform/FileFacts.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -102,7 +101,34 @@ void DiskApply::run(DiskPass pass, std::function<void(Done)> done)
     m_apply = std::make_unique<Apply>();
     m_apply->pass = std::move(pass);
     m_apply->done = std::move(done);
+    leaveOvertaken();
     slice();
+}
+
+// Another look may have moved a linked item since, or the person.
+void DiskApply::leaveOvertaken()
+{
+    const auto& knownAt = m_apply->pass.knownAt;
+    if (knownAt.isEmpty())
+        return;
+    const auto left = std::erase_if(m_apply->pass.actions, [&](const DiskPlan::Action& action) {
+        const auto* moved = std::get_if<DiskPlan::Moved>(&action);
+        const auto* removed = std::get_if<DiskPlan::Removed>(&action);
+        const QString id = moved ? moved->id : removed ? removed->id : QString();
+        const auto known = knownAt.constFind(id);
+        const Node* node = known == knownAt.cend() ? nullptr : m_library.node(id);
+        return node && node->path != *known;
+    });
+    m_apply->result.overtaken |= left > 0;
+}
+
+void DiskApply::leaveRest()
+{
+    if (!m_apply || m_apply->next >= m_apply->pass.actions.size())
+        return;
+    m_apply->next = m_apply->pass.actions.size();
+    m_apply->pass.arriving.clear();
+    m_apply->result.overtaken = true;
 }
 
 void DiskApply::slice()
@@ -263,7 +289,7 @@ void DiskApply::moved(const QString& id, const DiskPlan::Entry& to)
     }
     // What still lies at the old path is either the same file under another case of its name, or
     // the move isn't one.
-    const auto old = factsAt(m_library.filePath(*node));
+    const auto old = factsNow(*node);
     if (old && isOfKind(*old, node->kind) &&
         (old->identity != to.inode || pathKey(node->path, m_apply->pass.nameCase) !=
                                           pathKey(to.path, m_apply->pass.nameCase)))
@@ -301,9 +327,17 @@ void DiskApply::restored(const QString& id, const DiskPlan::Entry& to)
         changed(id, to);
 }
 
+// Of what lies in the library's own folder, what is at the node's path.
+std::optional<FileFacts> DiskApply::factsNow(const Node& node) const
+{
+    return node.isLinked() ? std::nullopt : factsAt(m_library.filePath(node));
+}
+
 // A rename or a move of our own may have come between the look at the disk and its use.
 bool DiskApply::isStillThere(const DiskPlan::Entry& entry)
 {
+    if (entry.path.startsWith(u'/'))
+        return true;
     const auto facts = factsAt(m_library.absolutePath(entry.path));
     if (facts && facts->identity == entry.inode)
         return true;
@@ -440,7 +474,7 @@ void DiskApply::removed(const QString& id)
         m_library.refreshNode(id);
         return;
     }
-    if (const auto facts = factsAt(m_library.filePath(*old)); facts && isOfKind(*facts, old->kind))
+    if (const auto facts = factsNow(*old); facts && isOfKind(*facts, old->kind))
         return;
     Node node = *old;
     node.deletedAt = now();

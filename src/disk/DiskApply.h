@@ -2,14 +2,17 @@
 //
 // On the main thread, in slices, so that the window stays awake. Between look and use the tree and
 // the disk may have changed: moves, returns and removals look at the row and the disk again before
-// they act, and a row that says otherwise leads to a re-read of that node and no more. No file of
-// the person's is ever touched.
+// they act, and a row that says otherwise leads to a re-read of that node and no more. Other disks
+// than the library's own aren't asked again, since one that hangs would hold up the window: there
+// an item must be where the look knew it, and what changed since, the next look puts right. No file
+// of the person's is ever touched.
 #pragma once
 
 #include "base/SerialQueue.h"
 #include "disk/DiskPass.h"
 #include "library/Arrivals.h"
 #include "library/Library.h"
+#include "platform/FileFacts.h"
 
 #include <QObject>
 #include <QTimer>
@@ -43,6 +46,10 @@ public:
     // One pass at a time. `done` is called once all of it stands in the table and in memory.
     void run(DiskPass pass, std::function<void(Done)> done);
 
+    // What the person just said comes before the rest of the pass: it isn't carried out, and counts
+    // as overtaken.
+    void leaveRest();
+
     bool isIdle() const { return !m_apply && m_arrivals.isIdle() && m_seenQueue.isIdle(); }
 
 signals:
@@ -54,6 +61,7 @@ signals:
 private:
     struct Apply; // the pass that is being carried out
 
+    void leaveOvertaken();
     void slice();
     void end();
 
@@ -64,6 +72,7 @@ private:
     void removed(const QString& id);
 
     bool wentAwayByItself(const Node& node) const;
+    std::optional<FileFacts> factsNow(const Node& node) const;
     bool isStillThere(const DiskPlan::Entry& entry);
     bool follow(const Node& from, const DiskPlan::Entry& to, const QByteArray& alsoSet);
     std::optional<QString> newParent(const Node& from, const QString& path) const;

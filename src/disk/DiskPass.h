@@ -40,6 +40,8 @@ struct DiskPass
     std::vector<ArrivingItem> arriving;
     // Path key of each folder that has a node, to its id; a space's folder has the empty id.
     QHash<QString, QString> folders;
+    // Linked items that are to move or to go: where the look knew them.
+    QHash<QString, QString> knownAt;
     // Pixels of the pictures among changed and moved files, by node.
     QHash<QString, QSize> pictureSizes;
     NameCase nameCase = NameCase::Kept;

@@ -204,8 +204,8 @@ void LinkSync::watch(const QString& path, Root& root)
     std::sort(root.ids.begin(), root.ids.end());
     LinkedRequest all;
     all.everything = true;
-    if (!root.isFolder) {
-        schedule(path, all, 0); // a look watches its folder first
+    if (!root.isFolder || isUnmounted(path)) {
+        schedule(path, all, 0); // a look watches the folder of linked files first
         return;
     }
     // No look before the watcher stands: what happens in between would be missed by both.
@@ -281,9 +281,10 @@ void LinkSync::lookForAway()
 {
     bool isAnyAway = false;
     for (auto& [path, root] : m_roots) {
-        isAnyAway |= root.isAway;
-        if (root.isAway)
-            lookForFolder(path, root);
+        if (!root.isAway || isUnmounted(path))
+            continue; // a disk that comes is told of
+        isAnyAway = true;
+        lookForFolder(path, root);
     }
     if (isAnyAway)
         m_awaySoon.start(m_delays.away);
@@ -291,7 +292,7 @@ void LinkSync::lookForAway()
 
 void LinkSync::lookForFolder(const QString& path, Root& root)
 {
-    if (root.isStarting || root.isRunning || root.isLookedFor)
+    if (root.isStarting || root.isRunning || root.isLookedFor || isUnmounted(path))
         return;
     root.isLookedFor = true;
     std::optional<quint64> identity;
@@ -308,6 +309,31 @@ void LinkSync::lookForFolder(const QString& path, Root& root)
             found->second.isLookedFor = false;
             if (found->second.isAway != isAway)
                 schedule(path, all, 0);
+        });
+}
+
+// The folder that is watched for the item's sake, or nothing.
+QString LinkSync::rootAround(const Node& node) const
+{
+    QString path = rootOf(node);
+    while (!path.isEmpty() && !m_roots.contains(path))
+        path = parentPath(path);
+    return path;
+}
+
+void LinkSync::visit(const QString& id)
+{
+    const Node* node = m_library.node(id);
+    const QString root = node && node->isLinked() ? rootAround(*node) : QString();
+    if (root.isEmpty())
+        return;
+    // Going in is what an automounter waits for; once there is a disk, the mount table tells.
+    queueFor(root).run([root] { return QFileInfo::exists(root + u"/."_s); }, this,
+        [this, root](bool isThere) {
+            LinkedRequest all;
+            all.everything = true;
+            if (isThere)
+                schedule(root, all, 0);
         });
 }
 
@@ -373,7 +399,7 @@ void LinkSync::startPass(const QString& path, Root& root)
     queueFor(path).run(
         [query = queryFor(path, root), round, shallow = root.isFolder ? nullptr : m_shallow,
             stop = m_stop.get_token()]() mutable {
-            if (shallow)
+            if (shallow && !query.isAway)
                 shallow->watch(query.root);
             return lookAtLinked(std::move(query), round, stop);
         },
@@ -400,7 +426,8 @@ DiskPlan::Known LinkSync::known(const QString& id) const
 
 LinkedQuery LinkSync::queryFor(const QString& path, const Root& root) const
 {
-    LinkedQuery query{m_library.root(), path, root.isFolder, root.request, {}, {}, {}};
+    LinkedQuery query{
+        m_library.root(), path, root.isFolder, isUnmounted(path), root.request, {}, {}, {}};
     if (root.isFolder) {
         DiskRequest wanted{false, true, root.request.folders, root.request.trees};
         if (root.request.everything || root.request.seeks) {
@@ -431,34 +458,42 @@ void LinkSync::took(const QString& path, Result<LinkedFinding> found)
     if (root == m_roots.end())
         return; // nobody wants it any more
     if (!found) {
-        tryAgain(path, root->second);
+        if (++root->second.failedPasses <= mostFailedPasses)
+            lookOnceMore(path, root->second);
+        else
+            root->second.isRunning = false;
         return;
     }
     root->second.failedPasses = 0;
     m_found.push_back({path, std::move(*found)});
-    if (m_found.size() == 1)
-        applyNext();
+    applyNext();
 }
 
 // What was told of these folders isn't told again.
-void LinkSync::tryAgain(const QString& path, Root& root)
+void LinkSync::lookOnceMore(const QString& path, Root& root)
 {
     root.isRunning = false;
     LinkedRequest request = root.request;
     if (root.again)
         request.unite(*std::exchange(root.again, std::nullopt));
-    if (++root.failedPasses <= mostFailedPasses)
-        schedule(path, request, m_delays.event);
+    schedule(path, request, m_delays.event);
 }
 
 void LinkSync::applyNext()
 {
-    Found& next = m_found.front();
-    m_apply.run(std::move(next.finding.pass), [this](const DiskApply::Done& done) {
+    if (m_isApplying)
+        return;
+    while (!m_found.empty() && !m_roots.contains(m_found.front().root))
+        m_found.pop_front(); // nobody wants it any more
+    if (m_found.empty())
+        return;
+    m_isApplying = true;
+    m_apply.run(std::move(m_found.front().finding.pass), [this](const DiskApply::Done& done) {
+        m_isApplying = false;
         applied(m_found.front(), done);
         m_found.pop_front();
-        if (!m_found.empty())
-            applyNext();
+        // Not from within: thousands of folders may have nothing to carry out.
+        QMetaObject::invokeMethod(this, &LinkSync::applyNext, Qt::QueuedConnection);
     });
 }
 
@@ -552,6 +587,7 @@ bool LinkSync::relink(const QString& id, const QString& chosen)
         });
     if (!looked || hasCard)
         return false;
+    m_apply.leaveRest();
     const QString from = old->path;
     const auto written = connection.transaction([&]() -> Result<void> {
         if (auto done = putBookmark(connection, id, {path, entry->inode}); !done)

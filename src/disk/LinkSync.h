@@ -4,7 +4,8 @@
 //
 // One for each library, on the main thread. Looks run on a queue for each mounted disk, so that a
 // disk that hangs holds up only itself; what they found is carried out by DiskApply. Nothing is
-// ever changed, moved, deleted or mounted outside.
+// ever changed, moved, deleted or mounted outside: what lies where an automounter waits is away
+// until somebody else has gone in.
 #pragma once
 
 #include "base/SerialQueue.h"
@@ -53,6 +54,10 @@ public:
     // Looks for folders that went without a word: one that lies above them was moved.
     void lookForFolders();
 
+    // The person goes to an item that can't be found: it is looked for again, and an automounter
+    // may bring its disk now.
+    void visit(const QString& id);
+
     // Looks at once at what the kernel has told so far, for scripts that can't wait.
     void catchUp();
 
@@ -96,10 +101,12 @@ private:
     std::map<QString, Root> wantedRoots() const;
     void watch(const QString& path, Root& root);
     void drop(Root& root, const QString& path);
+    bool isUnmounted(const QString& path) const { return wouldMount(path, m_mounts); }
     SerialQueue& queueFor(const QString& path);
     void mounted();
     void lookForAway();
     void lookForFolder(const QString& path, Root& root);
+    QString rootAround(const Node& node) const;
 
     // ---- when to look ----
     void takeBatch(const QString& path, const FolderWatcher::Batch& batch);
@@ -112,7 +119,7 @@ private:
 
     // ---- what was found ----
     void took(const QString& path, Result<LinkedFinding> found);
-    void tryAgain(const QString& path, Root& root);
+    void lookOnceMore(const QString& path, Root& root);
     void applyNext();
     void applied(const Found& found, const DiskApply::Done& done);
     void markMissing(const Found& found, const DiskApply::Done& done);
@@ -122,7 +129,7 @@ private:
     DiskApply m_apply;
     FolderIndex m_index;
     Delays m_delays;
-    bool m_started = false;
+    bool m_started = false, m_isApplying = false;
     int m_catchingUp = 0;
 
     QSet<QString> m_candidates; // items that are linked by themselves, in the Trash or not

@@ -98,6 +98,8 @@ public:
 
     Result<LinkedFinding> run()
     {
+        if (m_query.isAway)
+            return allAway();
         scan();
         findPlacesLeftBehind();
         if (auto done = leaveOutForgotten(); !done)
@@ -115,6 +117,7 @@ public:
     }
 
 private:
+    LinkedFinding allAway() const;
     void scan();
     void findPlacesLeftBehind();
     bool isLeftBehind(const DiskPlan::Known& folder, quint64 identity);
@@ -130,6 +133,7 @@ private:
     void lookAtTop(const DiskPlan::Known& top);
     void findSought();
     void followOriginals();
+    void noteKnownPlaces(std::span<const DiskPlan::Known> known);
 
     LinkedQuery m_query;
     SQLite& m_connection;
@@ -140,6 +144,15 @@ private:
     QSet<QString> m_replaced; // folders in whose place others stand
     LinkedFinding m_found;
 };
+
+LinkedFinding LinkedLook::allAway() const
+{
+    LinkedFinding found;
+    found.isAway = true;
+    for (const DiskPlan::Known& top : m_query.tops)
+        found.gone.insert(top.id);
+    return found;
+}
 
 void LinkedLook::scan()
 {
@@ -266,9 +279,27 @@ Result<void> LinkedLook::compare()
     leaveOutCardsElsewhere();
     auto judged =
         judgeStructure(pass, m_connection, m_view, std::move(m_outcome), m_scans, rows, m_round);
+    noteKnownPlaces(rows.live);
     pass.freshFolders.unite(m_replaced);
     pass.lookAgain |= !m_replaced.isEmpty();
     return judged;
+}
+
+void LinkedLook::noteKnownPlaces(std::span<const DiskPlan::Known> known)
+{
+    DiskPass& pass = m_found.pass;
+    QSet<QString> leaving;
+    for (const DiskPlan::Action& action : pass.actions) {
+        if (const auto* moved = std::get_if<DiskPlan::Moved>(&action))
+            leaving.insert(moved->id);
+        else if (const auto* removed = std::get_if<DiskPlan::Removed>(&action))
+            leaving.insert(removed->id);
+    }
+    if (leaving.isEmpty())
+        return;
+    for (const DiskPlan::Known& each : known)
+        if (leaving.contains(each.id))
+            pass.knownAt.insert(each.id, each.path);
 }
 
 // Disks without lasting identities give a file back as another one.
@@ -361,6 +392,7 @@ Result<void> LinkedLook::followFromElsewhere()
                 isRowInTrash(m_connection, row.text(0)))
                 return;
             *action = DiskPlan::Moved{row.text(0), DiskPlan::Entry(addition->entry)};
+            m_found.pass.knownAt.insert(row.text(0), path);
         });
 }
 
@@ -400,14 +432,14 @@ void LinkedLook::findSought()
 {
     struct Sought
     {
-        QString id;
+        QString id, path;
         bool folder = false;
     };
     QHash<quint64, Sought> sought;
     const auto seek = [&](const DiskPlan::Known& known) {
         const auto bookmark = readBookmark(m_connection, known.id);
         if (bookmark && *bookmark)
-            sought.insert((*bookmark)->fileID, {known.id, known.folder});
+            sought.insert((*bookmark)->fileID, {known.id, known.path, known.folder});
     };
     for (const DiskPlan::Known& top : m_query.tops)
         if (m_found.gone.contains(top.id))
@@ -434,6 +466,7 @@ void LinkedLook::findSought()
             return arriving.path == entry->path || liesBelow(arriving.path, entry->path);
         });
         m_found.pass.actions.insert(m_found.pass.actions.begin(), DiskPlan::Moved{item.id, *entry});
+        m_found.pass.knownAt.insert(item.id, item.path);
     }
 }
 

@@ -27,6 +27,7 @@ struct LinkedQuery
     QString library;       // the root of the library
     QString root;          // the folder to look at
     bool isFolder = false; // whether it is itself linked
+    bool isAway = false;   // known to be: not even looked for
     LinkedRequest request;
     DiskMemory memory; // of the request's folders; of all linked folders
     // Items that were linked by themselves: those that lie here, and those that can't be found.

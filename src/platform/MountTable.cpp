@@ -43,9 +43,12 @@ Mounts mountsFrom(const QByteArray& table)
         if (fields.size() < 5 || !fields[4].startsWith('/'))
             continue;
         bool isNumber = false;
-        const quint64 number = fields[0].toULongLong(&isNumber);
+        Mount mount{fields[0].toULongLong(&isNumber), false};
+        // Any number of optional fields end with a hyphen; the file system's kind follows.
+        const qsizetype end = fields.indexOf("-", 6);
+        mount.isTrigger = end >= 0 && end + 1 < fields.size() && fields[end + 1] == "autofs";
         if (isNumber)
-            mounts.insert(QFile::decodeName(withoutEscapes(fields[4])), number);
+            mounts.insert(QFile::decodeName(withoutEscapes(fields[4])), mount);
     }
     return mounts;
 }
@@ -74,6 +77,11 @@ QString mountOf(const QString& path, const Mounts& mounts)
         if (mounts.contains(above))
             return above;
     return u"/"_s;
+}
+
+bool wouldMount(const QString& path, const Mounts& mounts)
+{
+    return mounts.value(mountOf(path, mounts)).isTrigger;
 }
 
 MountWatcher::MountWatcher(QObject* parent)

@@ -13,8 +13,18 @@ class QSocketNotifier;
 
 namespace corvelle {
 
-// Mount point to the number of what is mounted there last. Any thread; asks no disk.
-using Mounts = QHash<QString, quint64>;
+// What is mounted at a place.
+struct Mount
+{
+    quint64 number = 0; // another one each time
+    // An automounter stands there: the first who goes in waits until it has mounted a disk.
+    bool isTrigger = false;
+
+    bool operator==(const Mount&) const = default;
+};
+
+// By mount point, what was mounted there last. Any thread; asks no disk.
+using Mounts = QHash<QString, Mount>;
 
 // Reads the table's text: proc_pid_mountinfo(5). Lines that aren't as told are left out.
 Mounts mountsFrom(const QByteArray& table);
@@ -25,6 +35,9 @@ QSet<QString> differingMounts(const Mounts& before, const Mounts& after);
 
 // The mount point that a path lies on.
 QString mountOf(const QString& path, const Mounts& mounts);
+
+// Whether looking at the path would have a disk mounted that isn't mounted now.
+bool wouldMount(const QString& path, const Mounts& mounts);
 
 // Tells when a disk came or went. On the main thread; costs nothing in between.
 class MountWatcher : public QObject
