@@ -125,7 +125,7 @@ private:
     void leaveOut(const QString& path);
     Result<void> compare();
     void rekeyFolders();
-    Result<void> putBack();
+    void putBack(const WentAway& wentAway);
     void leaveOutCardsElsewhere();
     bool hasCard(const DiskPlan::Entry& entry);
     Result<void> followFromElsewhere();
@@ -264,18 +264,19 @@ Result<void> LinkedLook::compare()
 {
     rekeyFolders();
     DiskPass& pass = m_found.pass;
-    const auto wentAway = readWentAway(m_connection);
-    if (!wentAway)
-        return wentAway.failure();
-    KnownRows rows{m_query.memory.known, wentAway->byIdentity};
+    KnownRows rows{m_query.memory.known, {}};
     m_outcome = DiskPlan::compare(m_scans, rows.live, rows.trashed,
         QSet<QString>(pass.folders.keyBegin(), pass.folders.keyEnd()), DiskPlan::Pass::Structural,
         pass.nameCase);
     if (auto followed = followFromElsewhere(); !followed)
         return followed;
-    // A look at the folder that it left may have taken it to the Trash by now.
-    if (auto back = putBack(); !back)
-        return back;
+    // Read after the other folders' items: a look at the folder that one left may have taken it to
+    // the Trash by now.
+    auto wentAway = readWentAway(m_connection);
+    if (!wentAway)
+        return wentAway.failure();
+    putBack(*wentAway);
+    rows.trashed = std::move(wentAway->byIdentity);
     leaveOutCardsElsewhere();
     auto judged =
         judgeStructure(pass, m_connection, m_view, std::move(m_outcome), m_scans, rows, m_round);
@@ -302,35 +303,24 @@ void LinkedLook::noteKnownPlaces(std::span<const DiskPlan::Known> known)
             pass.knownAt.insert(each.id, each.path);
 }
 
-// Disks without lasting identities give a file back as another one.
-Result<void> LinkedLook::putBack()
+// By identity first; disks without lasting ones give a file back as another one.
+void LinkedLook::putBack(const WentAway& wentAway)
 {
-    if (std::none_of(
-            m_outcome.actions.begin(), m_outcome.actions.end(), [](const DiskPlan::Action& action) {
-                return std::holds_alternative<DiskPlan::Added>(action);
-            }))
-        return {};
-    const auto wentAway = readWentAway(m_connection);
-    if (!wentAway)
-        return wentAway.failure();
-    QSet<QString> back;
-    for (const DiskPlan::Action& action : m_outcome.actions)
-        if (const auto* restored = std::get_if<DiskPlan::Restored>(&action))
-            back.insert(restored->id);
-    for (DiskPlan::Action& action : m_outcome.actions) {
-        const auto* added = std::get_if<DiskPlan::Added>(&action);
-        if (!added)
-            continue;
-        const DiskPlan::Entry& entry = added->entry;
-        QString id = wentAway->byPath.value({entry.path, entry.folder});
-        if (id.isEmpty())
-            id = wentAway->byIdentity.value(entry.inode);
-        if (!id.isEmpty() && !back.contains(id)) {
+    QSet<QString> back; // further links to the same file are new
+    const auto putBackBy = [&](auto idOf) {
+        for (DiskPlan::Action& action : m_outcome.actions) {
+            const auto* added = std::get_if<DiskPlan::Added>(&action);
+            const QString id = added ? idOf(added->entry) : QString();
+            if (id.isEmpty() || back.contains(id))
+                continue;
             back.insert(id);
-            action = DiskPlan::Restored{id, DiskPlan::Entry(entry)};
+            action = DiskPlan::Restored{id, DiskPlan::Entry(added->entry)};
         }
-    }
-    return {};
+    };
+    putBackBy([&](const DiskPlan::Entry& entry) { return wentAway.byIdentity.value(entry.inode); });
+    putBackBy([&](const DiskPlan::Entry& entry) {
+        return wentAway.byPath.value({entry.path, entry.folder});
+    });
 }
 
 // A file that was linked by itself keeps its own card; the nearer of two linked folders keeps what

@@ -42,8 +42,8 @@ namespace {
     autofs_v5_packet packet;
     while (::read(pipe[0], &packet, sizeof packet) > 0) {
         (void)!::write(report, "i", 1);
-        const bool mounts = ::access(allowed, F_OK) == 0 &&
-                            ::mount(source, point, nullptr, MS_BIND, nullptr) == 0;
+        const bool mounts =
+            ::access(allowed, F_OK) == 0 && ::mount(source, point, nullptr, MS_BIND, nullptr) == 0;
         ::ioctl(folder, mounts ? AUTOFS_IOC_READY : AUTOFS_IOC_FAIL, packet.wait_queue_token);
     }
     ::_exit(0);
@@ -61,8 +61,9 @@ TEST(Automounter, isOnlySetOffByThePerson)
     environment.insert("CORVELLE_CHILD_LIBRARY", folder.path());
     child.setProcessEnvironment(environment);
     child.setProcessChannelMode(QProcess::ForwardedChannels);
-    child.start("unshare", {"-m", QCoreApplication::applicationFilePath(),
-                               "--gtest_filter=AutomounterChild.*", "--gtest_also_run_disabled_tests"});
+    child.start(
+        "unshare", {"-m", QCoreApplication::applicationFilePath(),
+                       "--gtest_filter=AutomounterChild.*", "--gtest_also_run_disabled_tests"});
     ASSERT_TRUE(child.waitForFinished(60'000));
     EXPECT_EQ(child.exitCode(), 0);
 }
