@@ -23,10 +23,36 @@ void FolderIndex::update(const Library& library, const TreeChange& change)
         build(library, m_nameCase);
         return;
     }
-    for (const QString& id : change.nodes)
+    QSet<QString> before;
+    for (const QString& id : change.nodes) {
+        if (m_keys.contains(id))
+            before.insert(id);
         takeOut(library, id);
+    }
     for (const QString& id : change.nodes)
         put(library, id);
+    if (m_which == Which::Linked)
+        for (const QString& id : change.nodes)
+            if (before.contains(id) != m_keys.contains(id))
+                takeAgainBelow(library, id, change.nodes);
+}
+
+// What lies in a linked folder keeps its path in the Trash, where another card of the same folder
+// may have its place; a change tells of the folder alone. What it told of too needs nothing more.
+void FolderIndex::takeAgainBelow(
+    const Library& library, const QString& folder, const QSet<QString>& told)
+{
+    QStringList waiting{folder};
+    while (!waiting.isEmpty()) {
+        for (const QString& id : library.children(waiting.takeLast())) {
+            const Node* node = library.node(id);
+            if (!node || node->kind != NodeKind::Folder || told.contains(id))
+                continue;
+            takeOut(library, id);
+            put(library, id);
+            waiting.append(id);
+        }
+    }
 }
 
 void FolderIndex::takeOut(const Library& library, const QString& id)

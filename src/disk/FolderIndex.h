@@ -31,6 +31,7 @@ public:
 private:
     void put(const Library& library, const QString& id);
     void takeOut(const Library& library, const QString& id);
+    void takeAgainBelow(const Library& library, const QString& folder, const QSet<QString>& told);
 
     const Which m_which;
     NameCase m_nameCase = NameCase::Kept;

@@ -404,6 +404,15 @@ TEST_F(LinkSyncTest, aTrashedFolderCanBeLinkedAgainWithItsContents)
     outside.makeFile("box/d.txt");
     settle();
     EXPECT_FALSE(lib->find("d.txt").isEmpty());
+    // The other way round, also for what comes into the folders below.
+    lib->edits.trash({again});
+    lib->edits.restore({box});
+    outside.makeFile("box/sub/e.txt");
+    settle();
+    const QString e = lib->find("e.txt");
+    ASSERT_FALSE(e.isEmpty());
+    EXPECT_FALSE(isInTrash(e));
+    EXPECT_EQ(lib->node(lib->node(e).parentID).parentID, box);
 }
 
 TEST_F(LinkSyncTest, whatThePersonTrashedGetsNoOtherCard)
