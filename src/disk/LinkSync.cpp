@@ -28,6 +28,13 @@ bool canBeLinked(const Node& node)
     return node.isLinked() && (node.kind == NodeKind::Folder || node.kind == NodeKind::File);
 }
 
+LinkedRequest everythingThere()
+{
+    LinkedRequest request;
+    request.everything = true;
+    return request;
+}
+
 QString rootOf(const Node& node)
 {
     if (node.kind == NodeKind::Folder)
@@ -202,10 +209,8 @@ SerialQueue& LinkSync::queueFor(const QString& path)
 void LinkSync::watch(const QString& path, Root& root)
 {
     std::sort(root.ids.begin(), root.ids.end());
-    LinkedRequest all;
-    all.everything = true;
     if (!root.isFolder || isUnmounted(path)) {
-        schedule(path, all, 0); // a look watches the folder of linked files first
+        schedule(path, everythingThere(), 0); // a look watches the folder of linked files first
         return;
     }
     // No look before the watcher stands: what happens in between would be missed by both.
@@ -223,7 +228,7 @@ void LinkSync::watch(const QString& path, Root& root)
             return std::make_shared<FolderWatcher>(path, std::move(wishes));
         },
         this,
-        [this, path, all](std::shared_ptr<FolderWatcher> watcher) {
+        [this, path](std::shared_ptr<FolderWatcher> watcher) {
             const auto found = m_roots.find(path);
             const bool isWanted = found != m_roots.end() && found->second.isFolder;
             if (isWanted)
@@ -232,7 +237,7 @@ void LinkSync::watch(const QString& path, Root& root)
             if (!isWanted)
                 return;
             found->second.isStarting = false;
-            schedule(path, all, 0);
+            schedule(path, everythingThere(), 0);
         });
 }
 
@@ -250,21 +255,13 @@ void LinkSync::mounted()
 {
     const Mounts before = std::exchange(m_mounts, readMounts());
     const QSet<QString> differing = differingMounts(before, m_mounts);
-    LinkedRequest all;
-    all.everything = true;
     for (auto& [path, root] : m_roots) {
         const bool concerns =
             std::any_of(differing.begin(), differing.end(), [&](const QString& point) {
                 return point == path || liesBelow(path, point) || liesBelow(point, path);
             });
-        if (!concerns)
-            continue;
-        if (root.isFolder) {
-            drop(root, path); // it may watch what lies hidden under the disk now
-            watch(path, root);
-        } else {
-            schedule(path, all, 0);
-        }
+        if (concerns)
+            watchAnew(path, root);
     }
     if (!differing.isEmpty())
         emit mountsChanged(differing);
@@ -299,17 +296,25 @@ void LinkSync::lookForFolder(const QString& path, Root& root)
     for (const QString& id : root.ids)
         if (const Node* node = m_library.node(id); node && node->path == path)
             identity = m_library.tree().seen(id).fileID;
-    queueFor(path).run([path, identity] { return isFolderAway(path, identity); }, this,
-        [this, path](bool isAway) {
-            LinkedRequest all;
-            all.everything = true;
+    queueFor(path).run([path, identity] { return lookAtPlace(path, identity); }, this,
+        [this, path](const FolderPlace& place) {
             const auto found = m_roots.find(path);
             if (found == m_roots.end())
                 return;
-            found->second.isLookedFor = false;
-            if (found->second.isAway != isAway)
-                schedule(path, all, 0);
+            Root& there = found->second;
+            there.isLookedFor = false;
+            if (there.isAway != place.isAway)
+                schedule(path, everythingThere(), 0);
+            else if (!there.isAway && there.identity && there.identity != place.identity)
+                watchAnew(path, there); // what is watched lies elsewhere now
         });
+}
+
+// It may watch what lies hidden under a disk now, or what was moved away with a folder above it.
+void LinkSync::watchAnew(const QString& path, Root& root)
+{
+    drop(root, path);
+    watch(path, root);
 }
 
 // The folder that is watched for the item's sake, or nothing.
@@ -330,10 +335,8 @@ void LinkSync::visit(const QString& id)
     // Going in is what an automounter waits for; once there is a disk, the mount table tells.
     queueFor(root).run([root] { return QFileInfo::exists(root + u"/."_s); }, this,
         [this, root](bool isThere) {
-            LinkedRequest all;
-            all.everything = true;
             if (isThere)
-                schedule(root, all, 0);
+                schedule(root, everythingThere(), 0);
         });
 }
 
@@ -505,11 +508,11 @@ void LinkSync::applied(const Found& found, const DiskApply::Done& done)
     Root& root = entry->second;
     markMissing(found, done);
     const bool wasAway = std::exchange(root.isAway, found.finding.isAway);
+    root.identity = found.finding.identity;
     root.isRunning = false;
     if (wasAway && !root.isAway && root.isFolder) {
         root.again.reset();
-        drop(root, found.root); // it may not have seen the folder come back yet
-        watch(found.root, root);
+        watchAnew(found.root, root); // it may not have seen the folder come back yet
         return;
     }
     if (root.isAway && !m_awaySoon.isActive())
@@ -615,9 +618,7 @@ bool LinkSync::relink(const QString& id, const QString& chosen)
     m_library.tookSeen({{id, SeenFile{entry->inode, m_library.tree().seen(id).modified}}});
     m_library.tookMissing({}, {id});
     refresh();
-    LinkedRequest all;
-    all.everything = true;
-    schedule(isFolder ? path : parentPath(path), all, 0);
+    schedule(isFolder ? path : parentPath(path), everythingThere(), 0);
     return true;
 }
 

@@ -79,6 +79,7 @@ private:
         std::vector<QString> ids; // linked by themselves and lying here, or the folder itself
         std::shared_ptr<FolderWatcher> watcher; // of a linked folder
         bool isStarting = false, isRunning = false, isAway = false;
+        std::optional<quint64> identity; // of the folder that the last look found
         bool isLookedFor = false; // by a cheap look, of which one at a time waits for the disk
         std::optional<LinkedRequest> changed; // waits for its time
         std::optional<LinkedRequest> again;   // waits for the pass that runs
@@ -100,6 +101,7 @@ private:
     void refresh();
     std::map<QString, Root> wantedRoots() const;
     void watch(const QString& path, Root& root);
+    void watchAnew(const QString& path, Root& root);
     void drop(Root& root, const QString& path);
     bool isUnmounted(const QString& path) const { return wouldMount(path, m_mounts); }
     SerialQueue& queueFor(const QString& path);

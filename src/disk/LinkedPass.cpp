@@ -160,6 +160,7 @@ void LinkedLook::scan()
     m_found.isAway = !facts || facts->kind != FileFacts::Kind::Folder;
     if (m_found.isAway)
         return;
+    m_found.identity = facts->identity;
     const QSet<QString> root{m_query.root};
     const LinkedRequest& request = m_query.request;
     if (!m_query.isFolder) {
@@ -509,21 +510,23 @@ void LinkedRequest::unite(const LinkedRequest& other)
     trees.unite(other.trees);
 }
 
-bool isFolderAway(const QString& folder, std::optional<quint64> identity)
+FolderPlace lookAtPlace(const QString& folder, std::optional<quint64> known)
 {
     const QByteArray path = QFile::encodeName(folder);
     const auto facts = fileFacts(path);
     if (!facts || facts->kind != FileFacts::Kind::Folder)
-        return true;
-    if (!identity || *identity == facts->identity)
-        return false;
+        return {true, std::nullopt};
+    FolderPlace place{false, facts->identity};
+    if (!known || *known == facts->identity)
+        return place;
     auto directory = Directory::open(path);
     if (!directory)
-        return false;
+        return place;
     while (const auto name = directory->nextName())
         if (const auto text = nameText(*name); text && !isSkippedName(*text))
-            return false;
-    return !directory->isBroken();
+            return place;
+    place.isAway = !directory->isBroken();
+    return place;
 }
 
 Result<LinkedFinding> lookAtLinked(LinkedQuery query, Round round, std::stop_token stop)

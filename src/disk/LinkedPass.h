@@ -40,13 +40,19 @@ struct LinkedFinding
     // The folder isn't there, or an empty one stands in its place: a disk went away, which says
     // nothing about what lies on it.
     bool isAway = false;
-    QStringList awayBelow;    // folders below it of which the same holds
-    QSet<QString> here, gone; // of the tops
+    std::optional<quint64> identity; // of the folder, where one is
+    QStringList awayBelow;           // folders below it of which the same holds
+    QSet<QString> here, gone;        // of the tops
 };
 
 // Whether the folder isn't there, or an empty one stands in the place of the one with this
-// identity. Costs next to nothing; waits for the disk.
-bool isFolderAway(const QString& folder, std::optional<quint64> identity);
+// identity; and which one is there. Costs next to nothing; waits for the disk.
+struct FolderPlace
+{
+    bool isAway = true;
+    std::optional<quint64> identity;
+};
+FolderPlace lookAtPlace(const QString& folder, std::optional<quint64> known);
 
 Result<LinkedFinding> lookAtLinked(LinkedQuery query, Round round, std::stop_token stop);
 

@@ -79,6 +79,8 @@ public:
         }
         wake();
         m_thread.join();
+        for (const auto& done : m_flushes)
+            done();
         closeNotify();
         ::close(m_wake);
     }

@@ -48,6 +48,8 @@ public:
         m_ending = true;
         wake();
         m_thread.join();
+        for (const auto& done : m_flushes)
+            done();
         ::close(m_wake);
         if (m_notify >= 0)
             ::close(m_notify);

@@ -34,7 +34,7 @@ public:
     void forget(const QString& folder); // any thread
 
     // Hands over at once what has happened so far, and then calls `done`, both on the watcher's
-    // thread.
+    // thread. A watcher that ends first calls `done` all the same.
     void flush(std::function<void()> done);
 
 private:

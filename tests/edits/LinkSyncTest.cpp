@@ -256,6 +256,19 @@ TEST_F(LinkSyncTest, aFolderAboveThatIsMovedIsFoundOutByLooking)
     EXPECT_TRUE(turnUntil([&] { return isMissing(box) && isMissing(loose); }));
     move("other", "up");
     EXPECT_TRUE(turnUntil([&] { return !isMissing(box) && !isMissing(loose); }));
+    settle();
+    // Another stands in its place at once: that one is followed from now on.
+    outside.makeFile("copy/box/a.txt");
+    outside.makeFile("copy/loose.txt");
+    move("up", "old");
+    move("copy", "up");
+    lib->linkSync.lookForFolders();
+    settle();
+    outside.makeFile("up/box/b.txt");
+    outside.makeFile("up/loose.txt", "changed");
+    EXPECT_TRUE(turnUntil([&] { return !lib->find("b.txt").isEmpty(); }));
+    EXPECT_TRUE(turnUntil([&] { return lib->node(loose).byteSize == 7; }));
+    EXPECT_FALSE(isInTrash(box) || isInTrash(loose));
 }
 
 TEST_F(LinkSyncTest, aSpaceWhoseDiskWentAwayKeepsItsCards)
@@ -513,9 +526,9 @@ TEST_F(LinkSyncTest, nothingComesInForAFolderThatWasDeleted)
 TEST_F(LinkSyncTest, hiddenFilesDoNotMakeAFolderTheOneWeKnew)
 {
     outside.makeFile("disk/.hidden");
-    EXPECT_TRUE(isFolderAway(outside.path("disk"), 1));
+    EXPECT_TRUE(lookAtPlace(outside.path("disk"), 1).isAway);
     outside.makeFile("disk/a");
-    EXPECT_FALSE(isFolderAway(outside.path("disk"), 1));
+    EXPECT_FALSE(lookAtPlace(outside.path("disk"), 1).isAway);
 }
 
 TEST_F(LinkSyncTest, aLookThatFailsIsMadeAgain)
