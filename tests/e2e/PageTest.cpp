@@ -3,6 +3,7 @@
 #include "e2e/Program.h"
 #include "support/Printing.h"
 
+#include <QImage>
 #include <QJsonDocument>
 
 #include <sqlite3.h>
@@ -84,6 +85,23 @@ protected:
     std::unique_ptr<Program> program;
     QString folder, page;
 };
+
+TEST_F(Pages, nothingIsLeftOfAPageThatFadedAway)
+{
+    const auto shot = [&] {
+        program->tell("shot", {{"file", home.path("shot.png")}});
+        return QImage(home.path("shot.png"));
+    };
+    open(page);
+    program->key("Esc"); // the canvas has the keyboard from now on
+    ::usleep(400'000);
+    const QImage before = shot();
+    open(page);
+    ASSERT_TRUE(waitUntil([&] { return shot() != before; }));
+    ::usleep(400'000); // it stands
+    program->tell("key", {{"key", "Escape"}});
+    EXPECT_TRUE(waitUntil([&] { return shot() == before; }));
+}
 
 TEST_F(Pages, openOverTheCanvasAndCloseBackIntoIt)
 {

@@ -8,6 +8,7 @@
 #include "interface/shell/ToolBar.h"
 #include "interface/shell/WorkbookViewer.h"
 #include "interface/shell/ZoomBar.h"
+#include "interface/widgets/Departure.h"
 #include "platform/Desktop.h"
 
 #include <QShortcut>
@@ -96,6 +97,7 @@ void MainWindow::leaveOpened()
 {
     const bool wasShown = showsOpened();
     m_wordsToFind.clear();
+    Departure::of(m_opened->surface());
     m_opened->close();
     m_opened->surface().hide();
     m_opened = nullptr;
