@@ -173,6 +173,7 @@ void DiskApply::end()
     result.overtaken |= m_arrivals.takeOvertaken();
     result.freshFolders = std::move(ended->pass.freshFolders);
     result.away = std::move(ended->pass.away);
+    result.lookAlso = std::move(ended->pass.lookAlso);
     result.again = std::move(ended->pass.again);
     result.lookAgain = ended->pass.lookAgain;
     result.nameCase = ended->pass.nameCase;

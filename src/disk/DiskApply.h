@@ -36,6 +36,7 @@ public:
         QSet<QString> freshFolders; // of the pass
         QSet<QString> away;
         QSet<QString> again;
+        QSet<QString> lookAlso;
         bool lookAgain = false;
         NameCase nameCase = NameCase::Kept;
     };

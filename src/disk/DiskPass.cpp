@@ -276,8 +276,11 @@ Result<DiskPass> lookAtDisk(const QString& root, Round round, std::stop_token st
     auto outcome = DiskPlan::compare(
         *scans, known.live, known.trashed, folderKeys, DiskPlan::Pass::Structural, pass.nameCase);
     DiskPlan::followOutOfRemovedFolders(outcome, *scans, known.live, pass.nameCase);
-    takeOutcome(pass, std::move(outcome), *scans, known, round);
-    measurePictures(pass, DiskView::ofLibrary(root, stop));
+    const DiskView view = DiskView::ofLibrary(root, stop);
+    if (auto taken = takeOutcome(pass, *connection, view, std::move(outcome), *scans, known, round);
+        !taken)
+        return taken.failure();
+    measurePictures(pass, view);
     return pass;
 }
 

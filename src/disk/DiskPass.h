@@ -50,6 +50,8 @@ struct DiskPass
     bool lookAgain = false;
     // Folders that came or moved: the next look goes through all that lies in them.
     QSet<QString> freshFolders;
+    // Folders that the next look covers too: something seems to have left them.
+    QSet<QString> lookAlso;
     // Folders of spaces that aren't there, or that a disk left empty: nothing is known of what lies
     // in them.
     QSet<QString> away;

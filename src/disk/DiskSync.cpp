@@ -69,6 +69,7 @@ void DiskSync::applied(const DiskApply::Done& done)
         m_rounds = 0; // one step further down
     const bool again = (done.lookAgain || done.overtaken) && ++m_rounds < mostRounds;
     m_request.trees.unite(done.freshFolders);
+    m_request.folders.unite(done.lookAlso);
     if (m_request.everything && !m_isIndexed) {
         m_nameCase = done.nameCase;
         m_index.build(m_library, m_nameCase);

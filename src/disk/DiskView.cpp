@@ -28,6 +28,13 @@ QString DiskView::absolute(const QString& path) const
     return m_prefix.isEmpty() ? m_base + u'/' + path : path;
 }
 
+bool DiskView::covers(const QString& path) const
+{
+    if (m_prefix.isEmpty())
+        return !path.isEmpty() && !path.startsWith(u'/') && !path.startsWith(u'.');
+    return path.startsWith(m_prefix + u'/');
+}
+
 DiskPlan::Scans DiskView::folders(const QSet<QString>& paths) const
 {
     return named(DiskPlan::scanFolders(m_base, relative(paths), m_stop, m_leftOut));

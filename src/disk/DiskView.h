@@ -17,6 +17,8 @@ public:
     static DiskView ofLinked(const QString& folder, const QString& leftOut, std::stop_token stop);
 
     QString absolute(const QString& path) const;
+    // Whether a node with that path lies in the folder.
+    bool covers(const QString& path) const;
 
     // Paths of folders as nodes have them, and so are those that come back.
     DiskPlan::Scans folders(const QSet<QString>& paths) const;

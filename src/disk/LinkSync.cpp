@@ -521,6 +521,7 @@ void LinkSync::applied(const Found& found, const DiskApply::Done& done)
         root.rounds = 0;
     if ((done.lookAgain || done.overtaken) && ++root.rounds < mostRoundsOfLooks) {
         root.request.trees.unite(done.freshFolders);
+        root.request.folders.unite(done.lookAlso);
         startPass(found.root, root);
     } else if (root.again) {
         schedule(found.root, *std::exchange(root.again, std::nullopt), 0);

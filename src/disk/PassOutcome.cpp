@@ -1,8 +1,12 @@
 #include "disk/PassOutcome.h"
 
 #include "disk/DissolvedFolders.h"
+#include "library/NodePaths.h"
+#include "platform/FileFacts.h"
 #include "platform/FileTypes.h"
 #include "platform/PictureFacts.h"
+
+#include <QFile>
 
 #include <algorithm>
 
@@ -124,6 +128,69 @@ QSet<QString> freshFoldersOf(const DiskPlan::Outcome& outcome)
     return fresh;
 }
 
+// Paths of what is taken for gone.
+QSet<QString> pathsTakenForGone(const DiskPass& pass, const KnownRows& rows)
+{
+    QSet<QString> ids, paths;
+    for (const DiskPlan::Action& action : pass.actions)
+        if (const auto* removed = std::get_if<DiskPlan::Removed>(&action))
+            ids.insert(removed->id);
+    if (!ids.isEmpty())
+        for (const DiskPlan::Known& known : rows.live)
+            if (ids.contains(known.id))
+                paths.insert(known.path);
+    return paths;
+}
+
+// What came in may be what a row stands for: its folder wasn't looked at, or was before it moved,
+// and the row isn't known to be missing yet.
+Result<void> leaveOutMoving(
+    DiskPass& pass, SQLite& connection, const DiskView& view, const KnownRows& rows)
+{
+    QSet<quint64> identities;
+    for (const ArrivingItem& item : pass.arriving)
+        identities.insert(item.fileID);
+    if (identities.isEmpty())
+        return {};
+    const QSet<QString> gone = pathsTakenForGone(pass, rows);
+    const auto isTakenForGone = [&](QString path) {
+        while (!path.isEmpty() && !gone.contains(path))
+            path = parentPath(path);
+        return !path.isEmpty();
+    };
+    QSet<quint64> moving;
+    const auto read = connection.each("SELECT id, path, file_id, kind FROM nodes WHERE file_id IS "
+                                      "NOT NULL AND deleted_at IS NULL AND "
+                                      "kind IN ('folder', 'file')",
+        {}, [&](const SQLRow& row) {
+            const auto identity = static_cast<quint64>(row.integer(2));
+            if (!identities.contains(identity))
+                return;
+            const QString path = row.text(1);
+            if (!view.covers(path) || isTakenForGone(path) || isRowInTrash(connection, row.text(0)))
+                return;
+            const auto facts = fileFacts(QFile::encodeName(view.absolute(path)));
+            if (facts && (facts->kind == FileFacts::Kind::Folder) == (row.utf8(3) == "folder"))
+                return; // another link to it, or the card stays with its name
+            moving.insert(identity);
+            pass.lookAlso.insert(parentPath(path));
+        });
+    if (!read)
+        return read;
+    QString leftOut;
+    std::erase_if(
+        pass.arriving, [&](const ArrivingItem& item) { // a folder comes before its contents
+            if (!leftOut.isEmpty() && liesBelow(item.path, leftOut))
+                return true;
+            const bool isMoving = moving.contains(item.fileID);
+            if (isMoving && item.folder)
+                leftOut = item.path;
+            return isMoving;
+        });
+    pass.lookAgain |= !moving.isEmpty();
+    return {};
+}
+
 } // namespace
 
 Result<void> addKnownBelow(SQLite& connection, const QString& folder,
@@ -149,12 +216,12 @@ Result<void> addKnownBelow(SQLite& connection, const QString& folder,
         });
 }
 
-void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans,
-    const KnownRows& rows, Round round)
+Result<void> takeOutcome(DiskPass& pass, SQLite& connection, const DiskView& view,
+    DiskPlan::Outcome outcome, const DiskPlan::Scans& scans, const KnownRows& rows, Round round)
 {
     if (round == Round::Another && needsFoldersFirst(outcome, scans, rows)) {
         takeFoldersFirst(pass, std::move(outcome), scans, rows);
-        return;
+        return {};
     }
     std::vector<DiskPlan::Entry>
         added; // none lies in another: what lies in a new folder comes with it
@@ -169,6 +236,7 @@ void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scan
     });
     for (const DiskPlan::Entry& entry : added)
         addWithContents(scans, entry, pass.arriving, [](const auto&) { return false; });
+    return round == Round::Another ? leaveOutMoving(pass, connection, view, rows) : Result<void>();
 }
 
 void measurePictures(DiskPass& pass, const DiskView& view)
@@ -212,8 +280,7 @@ Result<void> judgeStructure(DiskPass& pass, SQLite& connection, const DiskView& 
     pass.freshFolders = freshFoldersOf(outcome);
     scans.merge(view.trees(pass.freshFolders));
     DiskPlan::followOutOfRemovedFolders(outcome, scans, rows.live, pass.nameCase);
-    takeOutcome(pass, std::move(outcome), scans, rows, round);
-    return {};
+    return takeOutcome(pass, connection, view, std::move(outcome), scans, rows, round);
 }
 
 } // namespace corvelle

@@ -19,9 +19,10 @@ Result<void> addKnownBelow(SQLite& connection, const QString& folder,
     std::vector<DiskPlan::Known>& known, QSet<QString>& ids);
 
 // Takes over the actions. While another look can follow, folders that are new come in before
-// anything that could have gone into them is taken for gone.
-void takeOutcome(DiskPass& pass, DiskPlan::Outcome outcome, const DiskPlan::Scans& scans,
-    const KnownRows& rows, Round round);
+// anything that could have gone into them is taken for gone, and nothing comes in that is on its
+// way out of a folder that this look didn't cover, or saw before.
+Result<void> takeOutcome(DiskPass& pass, SQLite& connection, const DiskView& view,
+    DiskPlan::Outcome outcome, const DiskPlan::Scans& scans, const KnownRows& rows, Round round);
 
 // The same for a structural look at single folders: what lay below a folder that is gone or moved
 // is read from the table, and folders that came are scanned.

@@ -396,6 +396,30 @@ TEST_F(LinkSyncTest, aFileThatWentToAnotherLinkedFolderStaysOutOfTheTrash)
     EXPECT_EQ(lib->node(a).parentID, two);
 }
 
+// Events come in batches, half a second long: a look at the folder that something moved into may
+// come before the one that it left is told of.
+TEST_F(LinkSyncTest, aMoveThatIsOnlyHalfToldIsStillAMove)
+{
+    outside.makeFile("box/sub/deep/a.txt");
+    add("box");
+    const QString deep = lib->find("deep"), a = lib->find("a.txt");
+    lib->linkSync.setDelays({300, 400, 10, 60});
+    const auto wait = [](int ms) {
+        QElapsedTimer time;
+        for (time.start(); time.elapsed() < ms;)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    };
+    outside.makeFile("box/new.txt");
+    wait(650); // told of after 500, looked at after 800
+    move("box/sub/deep", "box/moved");
+    wait(300);
+    settle();
+    EXPECT_EQ(lib->path(deep), outside.path("box/moved"));
+    EXPECT_EQ(lib->path(a), outside.path("box/moved/a.txt"));
+    EXPECT_FALSE(isInTrash(deep));
+    EXPECT_EQ(live(), 5);
+}
+
 TEST_F(LinkSyncTest, aTrashedFolderCanBeLinkedAgainWithItsContents)
 {
     outside.makeFile("box/sub/a.txt");
