@@ -20,6 +20,16 @@ FolderWatcher::Wishes wishesOf(std::function<void(FolderWatcher::Batch)> handler
         }};
 }
 
+QSet<QString> foldersAround(const QSet<QString>& paths)
+{
+    QSet<QString> folders;
+    for (const QString& path : paths) {
+        folders.insert(path); // it may be a folder
+        folders.insert(parentPath(path));
+    }
+    return folders;
+}
+
 } // namespace
 
 bool DiskSync::isIdle() const
@@ -117,10 +127,7 @@ void DiskSync::flush()
         return;
     }
     DiskRequest request;
-    for (const QString& path : paths) {
-        request.folders.insert(path); // it may be a folder
-        request.folders.insert(parentPath(path));
-    }
+    request.folders = foldersAround(paths);
     requestPass(request);
 }
 
@@ -141,7 +148,23 @@ void DiskSync::defer(const QSet<QString>& folders)
 void DiskSync::settleDeferred()
 {
     m_settleSince.invalidate();
-    requestPass({false, true, std::exchange(m_settle, {}), {}});
+    const auto look = [this] {
+        // What the watcher has just told of may be the other half of a move.
+        QSet<QString> folders = std::exchange(m_settle, {});
+        folders.unite(foldersAround(m_paths));
+        requestPass({false, true, folders, {}});
+    };
+    if (!m_watcher) {
+        look();
+        return;
+    }
+    ++m_catchingUp;
+    m_watcher->flush([this, look, guard = QPointer<QObject>(this)] {
+        SerialQueue::onMain(guard, [this, look] {
+            --m_catchingUp;
+            look();
+        });
+    });
 }
 
 // ---- passes ----

@@ -390,7 +390,36 @@ void LinkSync::run(const QString& path)
     }
     root.request = request;
     root.rounds = 0;
-    startPass(path, root);
+    root.isRunning = root.isCatchingUp = true;
+    takeWhatWasTold(path);
+}
+
+// A watcher gathers for half a second: a look that knows only half of a move would see something
+// come that it doesn't see go, or the other way round.
+void LinkSync::takeWhatWasTold(const QString& path)
+{
+    const auto look = [this, path] {
+        const auto found = m_roots.find(path);
+        if (found == m_roots.end() || !std::exchange(found->second.isCatchingUp, false))
+            return;
+        Root& root = found->second;
+        if (root.changed) {
+            root.request.unite(*std::exchange(root.changed, std::nullopt));
+            root.soon->stop();
+            root.since.invalidate();
+        }
+        startPass(path, root);
+    };
+    const auto flushed = [guard = QPointer<QObject>(this), look] {
+        SerialQueue::onMain(guard, look);
+    };
+    const Root& root = m_roots.at(path);
+    if (root.watcher)
+        root.watcher->flush(flushed);
+    else if (!root.isFolder)
+        m_shallow->flush(flushed);
+    else
+        look();
 }
 
 void LinkSync::startPass(const QString& path, Root& root)

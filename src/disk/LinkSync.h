@@ -79,6 +79,7 @@ private:
         std::vector<QString> ids; // linked by themselves and lying here, or the folder itself
         std::shared_ptr<FolderWatcher> watcher; // of a linked folder
         bool isStarting = false, isRunning = false, isAway = false;
+        bool isCatchingUp = false;       // a look waits for what its watcher knows already
         std::optional<quint64> identity; // of the folder that the last look found
         bool isLookedFor = false; // by a cheap look, of which one at a time waits for the disk
         std::optional<LinkedRequest> changed; // waits for its time
@@ -114,6 +115,7 @@ private:
     void takeBatch(const QString& path, const FolderWatcher::Batch& batch);
     void schedule(const QString& path, const LinkedRequest& request, int delay);
     void run(const QString& path);
+    void takeWhatWasTold(const QString& path);
     void startPass(const QString& path, Root& root);
     LinkedQuery queryFor(const QString& path, const Root& root) const;
     bool isAnyMissingBelow(const QString& folder) const;
