@@ -9,7 +9,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr size_t keptTables = 4;
+constexpr size_t keptTables = 8;
 
 std::shared_ptr<const TableCells> readTable(const BlockAttachment& table)
 {
@@ -17,13 +17,8 @@ std::shared_ptr<const TableCells> readTable(const BlockAttachment& table)
     cells->rows = tableRows(nodeOf(table));
     cells->plan = TablePlan::of(cells->rows);
     cells->texts.reserve(cells->plan.cells.size());
-    for (const TablePlan::Slot& slot : cells->plan.cells) {
-        FlatText text = textFromNodes(slot.cell->content, false);
-        // Its last newline would be an empty line.
-        if (text.length() > 0 && text.at(text.length() - 1) == u'\n')
-            text = text.slice(0, text.length() - 1);
-        cells->texts.push_back(std::move(text));
-    }
+    for (const TablePlan::Slot& slot : cells->plan.cells)
+        cells->texts.push_back(textFromNodes(slot.cell->content, false));
     return cells;
 }
 
@@ -32,6 +27,12 @@ std::shared_ptr<const TableCells> readTable(const BlockAttachment& table)
 Units TableCells::mostOfCell() const
 {
     return mostOfRow / std::max(1, plan.columnCount);
+}
+
+Units TableCells::lengthOf(size_t cell) const
+{
+    const FlatText& text = texts[cell];
+    return text.block(text.blockCount() - 1).end;
 }
 
 std::shared_ptr<const TableCells> tableCells(const BlockAttachment& table)
@@ -45,6 +46,14 @@ std::shared_ptr<const TableCells> tableCells(const BlockAttachment& table)
     if (kept.size() > keptTables)
         kept.pop_back();
     return kept.front().second;
+}
+
+std::shared_ptr<const TableCells> tableAt(const FlatText& text, Units at)
+{
+    const CharStyleRef style = at >= 0 && at < text.length() ? text.styleAt(at) : CharStyleRef();
+    const bool isTable =
+        style && style->attachment && style->attachment->kind == PageNode::Type::Table;
+    return isTable ? tableCells(*style->attachment) : nullptr;
 }
 
 } // namespace corvelle

@@ -1,11 +1,13 @@
 // Pieces that are words: paragraphs, headings, items, to-dos, quotes and code.
 #include "interface/page/LaidPiece.h"
 
+#include "interface/page/TableCells.h"
 #include "interface/theme/Fonts.h"
 
 #include <QPainter>
 #include <QPainterPath>
 
+#include <algorithm>
 #include <cmath>
 
 using namespace Qt::StringLiterals;
@@ -56,8 +58,8 @@ public:
                 m_style.language, style);
         m_box.emplace(std::move(shown),
             TextBox::Setting{style.font(m_style.kind), style.lineHeight(m_style.kind),
-                m_room.width - inset - (code ? codeSide : 0), Qt::AlignLeading, facts.rightToLeft,
-                style.isDark()});
+                m_room.width - inset - (code ? codeSide : 0),
+                code ? Qt::AlignLeading : facts.alignment, facts.rightToLeft, style.isDark()});
         m_origin = QPointF(m_room.left + (facts.rightToLeft && !code ? 0 : inset),
             facts.gap + (code && facts.isFirst ? codeEnd : 0));
         m_height = m_origin.y() + m_box->height() + (code && facts.isLast ? codeEnd : 0);
@@ -72,24 +74,18 @@ public:
         else if (m_facts.isFirst)
             drawMarker(painter, at);
         TextBox::Ink ink{m_facts.style->ink(m_style), &colors, {}, {}, m_style.kind == Block::Done};
-        if (paint.selection)
-            ink.selection = {
-                paint.selection->first - m_facts.from, paint.selection->second - m_facts.from};
-        std::vector<TextMark> marks;
-        if (paint.marks) {
-            for (const PieceMark& mark : *paint.marks)
-                marks.push_back(
-                    {mark.mark.from - m_facts.from, mark.mark.to - m_facts.from, mark.mark.kind});
-            ink.marks = &marks;
-        }
+        if (const auto selected = selectedIn(m_facts, paint.selected))
+            ink.selection = {selected->first - m_facts.start(), selected->second - m_facts.start()};
+        const std::vector<TextMark> marks = marksIn(paint);
+        ink.marks = &marks;
         m_box->draw(painter, at + m_origin, ink);
         if (m_style.kind == Block::Code && m_facts.isFirst && !m_style.language.isEmpty())
             drawLanguage(painter, at);
     }
 
-    Units placeAt(QPointF at) const override
+    PagePlace placeAt(QPointF at) const override
     {
-        return m_facts.from + m_box->placeAt(at - m_origin);
+        return {{}, m_facts.start() + m_box->placeAt(at - m_origin)};
     }
 
     PageTarget targetAt(QPointF at) const override
@@ -101,14 +97,32 @@ public:
         return {};
     }
 
-    QRectF rectOf(const PieceMark& mark) const override
+    QRectF rectOf(const TextRange& range) const override
     {
-        const auto rects = m_box->rects(mark.mark.from - m_facts.from, mark.mark.to - m_facts.from);
+        const auto rects = m_box->rects(range.from - m_facts.start(), range.to - m_facts.start());
         return rects.empty() ? QRectF(m_origin, QSizeF(1, m_box->height()))
                              : rects.front().translated(m_origin);
     }
 
+    QRectF caretAt(const PagePlace& place) const override
+    {
+        return m_box->caretAt(place.at - m_facts.start()).translated(m_origin);
+    }
+
 private:
+    std::vector<TextMark> marksIn(const Paint& paint) const
+    {
+        std::vector<TextMark> marks;
+        const auto add = [&](const TextRange& range, TextMark::Kind kind) {
+            marks.push_back({range.from - m_facts.start(), range.to - m_facts.start(), kind});
+        };
+        for (const TextRange& range : paint.found)
+            add(range, &range == paint.current ? TextMark::Kind::Current : TextMark::Kind::Found);
+        if (liesIn(m_facts, paint.focus))
+            add(*paint.focus, TextMark::Kind::Focus);
+        return marks;
+    }
+
     double markerLeft(double offset, double width) const
     {
         return m_facts.rightToLeft ? m_room.left + m_room.width - offset - width
@@ -210,11 +224,15 @@ public:
         drawQuoteBar(painter, at, m_facts, m_height);
         const QRectF rule(at.x() + m_room.left, at.y() + m_facts.gap + 6, m_room.width, 1);
         painter.fillRect(rule, m_facts.style->colors().hairlineStrong);
-        if (paint.selection)
+        if (selectedIn(m_facts, paint.selected))
             painter.fillRect(rule.adjusted(0, -6, 0, 6), m_facts.style->colors().textSelection);
     }
-    Units placeAt(QPointF) const override { return 0; }
-    QRectF rectOf(const PieceMark&) const override { return QRectF(0, 0, 1, m_height); }
+    PagePlace placeAt(QPointF) const override { return {{}, m_facts.block.start}; }
+    QRectF rectOf(const TextRange&) const override { return QRectF(0, 0, 1, m_height); }
+    QRectF caretAt(const PagePlace&) const override
+    {
+        return QRectF(m_room.left, m_facts.gap, 0, m_height - m_facts.gap);
+    }
 
 private:
     const PieceFacts m_facts;
@@ -226,7 +244,7 @@ private:
 PieceRoom pieceRoom(const PieceFacts& facts)
 {
     // However deep, some room stays.
-    constexpr double leastWidth = 160;
+    const double leastWidth = std::min(160.0, facts.width / 2);
     const BlockStyle& style = facts.block.what();
     const double wanted =
         style.depth * facts.style->indent() + (style.isQuoted() ? facts.style->quoteInset() : 0);
@@ -249,6 +267,42 @@ void drawQuoteBar(QPainter& painter, QPointF at, const PieceFacts& facts, double
         QRectF(x, at.y() + top, barWidth, height - 2 - top), facts.style->colors().hairlineStrong);
 }
 
+std::span<const TextRange> foundWithin(
+    std::span<const TextRange> found, size_t depth, Units from, Units to)
+{
+    auto first = std::partition_point(found.begin(), found.end(),
+        [=](const TextRange& range) { return range.placeAt(depth) < from; });
+    // One may reach in from the part above.
+    while (first != found.begin() && (first - 1)->cells.size() == depth && (first - 1)->to > from)
+        --first;
+    const auto end = std::partition_point(
+        first, found.end(), [=](const TextRange& range) { return range.placeAt(depth) < to; });
+    return {first, end};
+}
+
+std::optional<std::pair<Units, Units>> selectedIn(const PieceFacts& facts, const Selected* selected)
+{
+    if (!selected || selected->rect || selected->range.cells.size() != facts.depth)
+        return std::nullopt;
+    const Units first = std::max(selected->range.from, facts.start()),
+                last = std::min(selected->range.to, facts.end());
+    const bool emptyBlock = facts.block.length() == 0 &&
+                            selected->range.from <= facts.block.start &&
+                            selected->range.to > facts.block.start;
+    if (first >= last && !emptyBlock)
+        return std::nullopt;
+    return std::pair(first, last);
+}
+
+bool liesIn(const PieceFacts& facts, const TextRange* range)
+{
+    if (!range || range->cells.size() < facts.depth)
+        return false;
+    const Units from = range->placeAt(facts.depth);
+    const Units to = range->cells.size() == facts.depth ? range->to : from + 1;
+    return from < facts.end() && to > facts.start();
+}
+
 std::unique_ptr<LaidPiece> layOutWords(const PieceFacts& facts)
 {
     return std::make_unique<WordsPiece>(facts);
@@ -268,7 +322,7 @@ std::unique_ptr<LaidPiece> layOutPiece(const PieceFacts& facts)
         const CharStyleRef only = facts.text->styleAt(facts.block.start);
         if (only && only->attachment) {
             const BlockAttachment& attachment = *only->attachment;
-            if (attachment.kind == PageNode::Type::Table)
+            if (attachment.kind == PageNode::Type::Table && facts.depth < deepestTable)
                 return layOutTable(facts, attachment);
             if (attachment.kind == PageNode::Type::Image)
                 return layOutPicture(facts, attachment);
