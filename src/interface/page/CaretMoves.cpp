@@ -36,7 +36,8 @@ Units movedInText(const FlatText& text, Units at, CaretStep step, bool forward)
 {
     const FlatText::BlockAt block = text.blockAt(at);
     const Units last = text.block(text.blockCount() - 1).end;
-    const Units before = std::max<Units>(0, block.start - 1), behind = std::min(last, block.end + 1);
+    const Units before = std::max<Units>(0, block.start - 1),
+                behind = std::min(last, block.end + 1);
     if (step == CaretStep::Page)
         return forward ? last : 0;
     if (step == CaretStep::Block) {
@@ -44,8 +45,8 @@ Units movedInText(const FlatText& text, Units at, CaretStep step, bool forward)
             return at < block.end ? block.end : text.blockAt(behind).end;
         return at > block.start ? block.start : text.blockAt(before).start;
     }
-    const auto type = step == CaretStep::Word ? QTextBoundaryFinder::Word
-                                              : QTextBoundaryFinder::Grapheme;
+    const auto type =
+        step == CaretStep::Word ? QTextBoundaryFinder::Word : QTextBoundaryFinder::Grapheme;
     const auto inside =
         boundary(text.text(block.start, block.end), at - block.start, type, forward);
     return inside ? block.start + *inside : forward ? behind : before;
@@ -58,14 +59,15 @@ bool isAcrossCells(const FlatText& page, const PagePlace& anchor, const PagePlac
     return selectedBetween(page, anchor, head).rect.has_value();
 }
 
-std::optional<PagePlace> cellBeside(const FlatText& page, const PagePlace& anchor,
-    const PagePlace& head, int rows, int columns)
+std::optional<PagePlace> cellBeside(
+    const FlatText& page, const PagePlace& anchor, const PagePlace& head, int rows, int columns)
 {
     const size_t common = commonSteps(anchor.cells, head.cells);
-    PagePlace place{{head.cells.begin(), head.cells.begin() + static_cast<std::ptrdiff_t>(common)}, 0};
+    PagePlace place{
+        {head.cells.begin(), head.cells.begin() + static_cast<std::ptrdiff_t>(common)}, 0};
     const auto text = textIn(page, place.cells);
-    const auto table = text && common < head.cells.size() ? tableAt(*text, head.cells[common].table)
-                                                          : nullptr;
+    const auto table =
+        text && common < head.cells.size() ? tableAt(*text, head.cells[common].table) : nullptr;
     if (!table)
         return std::nullopt;
     const auto& cells = table->plan.cells;

@@ -17,8 +17,8 @@ PagePlace movedBy(CaretStep step, bool forward, const FlatText& page, const Page
 bool isAcrossCells(const FlatText& page, const PagePlace& anchor, const PagePlace& head);
 
 // Of two such places: the head in the cell beside or below its own; none at the table's edge.
-std::optional<PagePlace> cellBeside(const FlatText& page, const PagePlace& anchor,
-    const PagePlace& head, int rows, int columns);
+std::optional<PagePlace> cellBeside(
+    const FlatText& page, const PagePlace& anchor, const PagePlace& head, int rows, int columns);
 
 // Out of a table that the anchor isn't in, at its beginning or its end.
 PagePlace outOfTables(const PagePlace& anchor, PagePlace head, bool toEnd);

@@ -41,8 +41,7 @@ CellColumn::CellColumn(const PieceFacts& table, FlatText text, Units most, bool 
         facts.rightToLeft = readsRightToLeft(m_text.text(block.start, block.end));
         facts.quoteGoesOn = isQuoted && style.isQuoted();
         facts.number = numbers.next(style);
-        facts.gap =
-            above ? std::max(m_style.gapBelow(*above), m_style.gapAbove(style.kind)) : 0;
+        facts.gap = above ? std::max(m_style.gapBelow(*above), m_style.gapAbove(style.kind)) : 0;
         facts.width = width;
         facts.depth = m_depth;
         facts.alignment = alignment;

@@ -42,6 +42,7 @@ struct PieceFacts
     const ItemLooks* items = nullptr;
     PagePictures* pictures = nullptr;
     TableState* table = nullptr; // of a table in the page's own text
+    int* innerCells = nullptr;   // of a table in another: how many may still be laid out
 
     Units start() const { return block.start + from; }
     Units end() const { return block.start + to; }

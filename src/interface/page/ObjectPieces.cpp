@@ -15,7 +15,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr double pictureRadius = 8, noteHeight = 64, cardHeight = 52;
+constexpr double pictureRadius = 8, noteHeight = 64, noteInCell = 36, cardHeight = 52;
 constexpr qsizetype longestNote = 400;
 
 void drawNote(
@@ -121,7 +121,7 @@ private:
         constexpr double tallest = 900;
         const double room = pieceRoom(facts).width;
         if (!data.isShown())
-            return {room, noteHeight};
+            return {room, facts.depth > 0 ? noteInCell : noteHeight};
         const QSizeF own = QSizeF(*data.size) * facts.style->zoom();
         const QSizeF fitted = own.scaled(room, tallest, Qt::KeepAspectRatio);
         const QSizeF size = fitted.width() < own.width() ? fitted : own;

@@ -44,7 +44,10 @@ public:
     explicit PageText(PageView& view)
         : QAccessibleWidget(&view, QAccessible::Document)
         , m_view(view)
+        , m_selected(QObject::connect(
+              &view, &PageView::selectionChanged, &view, [this] { tellOfSelection(); }))
     {}
+    ~PageText() override { QObject::disconnect(m_selected); }
 
     void* interface_cast(QAccessible::InterfaceType type) override
     {
@@ -136,6 +139,18 @@ private:
         return stretchesOf(m_view.page().text, m_view.selected());
     }
 
+    void tellOfSelection() const
+    {
+        if (!QAccessible::isActive())
+            return;
+        QAccessibleTextCursorEvent moved(&m_view, cursorPosition());
+        QAccessible::updateAccessibility(&moved);
+        int from = 0, to = 0;
+        selection(0, &from, &to);
+        QAccessibleTextSelectionEvent selected(&m_view, from, to);
+        QAccessible::updateAccessibility(&selected);
+    }
+
     // What the interface does by itself for words and sentences, on the words round the offset: it
     // would ask for the whole page each time.
     using Answer = QString (QAccessibleTextInterface::*)(
@@ -168,6 +183,7 @@ private:
     }
 
     PageView& m_view;
+    const QMetaObject::Connection m_selected;
     mutable SpokenPage m_spoken;
     mutable int m_turn = -1;
 };

@@ -33,9 +33,9 @@ CellRect rectAround(const TablePlan& plan, int a, int b)
         return CellRect{slot.row, slot.column, slot.row + slot.rowSpan, slot.column + slot.colSpan};
     };
     const CellRect first = rectOf(a), second = rectOf(b);
-    return grown({std::min(first.row, second.row), std::min(first.column, second.column),
-                     std::max(first.rowEnd, second.rowEnd),
-                     std::max(first.columnEnd, second.columnEnd)},
+    return grown(
+        {std::min(first.row, second.row), std::min(first.column, second.column),
+            std::max(first.rowEnd, second.rowEnd), std::max(first.columnEnd, second.columnEnd)},
         plan);
 }
 
@@ -81,8 +81,8 @@ std::optional<FlatText> textIn(const FlatText& page, const CellPath& cells)
 
 Selected selectedBetween(const FlatText& page, const PagePlace& anchor, const PagePlace& head)
 {
-    const auto [a, b] =
-        std::mismatch(anchor.cells.begin(), anchor.cells.end(), head.cells.begin(), head.cells.end());
+    const auto [a, b] = std::mismatch(
+        anchor.cells.begin(), anchor.cells.end(), head.cells.begin(), head.cells.end());
     const CellPath common(anchor.cells.begin(), a);
     const bool inA = a != anchor.cells.end(), inB = b != head.cells.end();
     if (inA && inB && a->table == b->table) {

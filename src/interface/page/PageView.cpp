@@ -478,6 +478,7 @@ void PageView::select(const PagePlace& anchor, const PagePlace& head)
     m_goalX.reset();
     m_selected = selectedBetween(m_page.text, m_anchor, m_head);
     update();
+    emit selectionChanged();
 }
 
 void PageView::selectAll()

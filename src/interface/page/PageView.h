@@ -96,6 +96,7 @@ signals:
     void menuWanted(QPoint at);
     void closeWanted();
     void foundChanged();
+    void selectionChanged();
     // What open() gave is painted for the first time.
     void painted();
 

@@ -92,8 +92,7 @@ QRectF PageView::caretAt(const PagePlace& place)
 PagePlace PageView::reachableAt(QPointF at, bool down)
 {
     const PagePlace place = placeAt(at);
-    return isAcrossCells(m_page.text, m_anchor, place) ? place
-                                                       : outOfTables(m_anchor, place, down);
+    return isAcrossCells(m_page.text, m_anchor, place) ? place : outOfTables(m_anchor, place, down);
 }
 
 PagePlace PageView::movedByLine(bool down)

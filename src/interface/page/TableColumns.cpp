@@ -13,8 +13,8 @@ namespace corvelle {
 namespace {
 
 constexpr double widestSide = 12, leastColumn = 48;
-constexpr double readable = 76;       // words and pictures that want more can do with this
-constexpr double longestWord = 200;   // that isn't broken
+constexpr double readable = 76;     // words and pictures that want more can do with this
+constexpr double longestWord = 200; // that isn't broken
 constexpr double widestStored = 2'000;
 constexpr size_t sampledCells = 400;  // whose words tell how wide columns want to be,
 constexpr Units sampledUnits = 2'000; // and how many of each
@@ -100,8 +100,10 @@ private:
         if (m_pictures++ >= sampledPictures)
             return;
         const auto found = m_facts.pictures->find(picture);
-        const double own = found.data.isShown() ? found.data.size->width() * zoom() : 200 * zoom();
-        want.add(own, readable * zoom());
+        if (found.data.isShown())
+            want.add(found.data.size->width() * zoom(), readable * zoom());
+        else
+            want.add(200 * zoom(), 2 * readable * zoom());
     }
 
     void addTable(const BlockAttachment& table, Want& want) const
@@ -145,7 +147,8 @@ std::vector<double> shared(const ColumnWants& wants, double width)
     const auto modest = [&](size_t i, double share) {
         return wants.wanted[i] <= share ? wants.wanted[i] : -1;
     };
-    while (open > 0 && (give(needed) || give(modest))) {}
+    while (open > 0 && (give(needed) || give(modest))) {
+    }
     for (double& column : given)
         if (column < 0)
             column = left / open;

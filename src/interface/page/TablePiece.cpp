@@ -20,6 +20,9 @@ namespace {
 
 constexpr double cellEnd = 7, cellRule = 1, tableRadius = 8;
 constexpr double fadeWidth = 18; // where the table goes on beyond the column
+// Only tables of the page itself are cut into parts: of those in the cells of a part no more is
+// shown than can be laid out at once.
+constexpr int mostInnerCells = 2'000;
 
 Qt::Alignment alignmentOf(const TablePlan::Slot& slot)
 {
@@ -27,6 +30,17 @@ Qt::Alignment alignmentOf(const TablePlan::Slot& slot)
     return align == u"right"    ? Qt::AlignRight
            : align == u"center" ? Qt::AlignHCenter
                                 : Qt::AlignLeading;
+}
+
+// How many rows are shown; at least one.
+int rowsOf(const PieceFacts& facts, const TablePlan& plan)
+{
+    if (facts.rowCount > 0 || !facts.innerCells)
+        return facts.rowCount > 0 ? facts.rowCount : plan.rowCount;
+    for (const TablePlan::Slot& slot : plan.cells)
+        if (--*facts.innerCells < 0 && slot.row > 0)
+            return slot.row;
+    return plan.rowCount;
 }
 
 void squeeze(std::vector<double>& edges, double width)
@@ -44,7 +58,8 @@ public:
         , m_room(pieceRoom(facts))
         , m_state(facts.table ? *facts.table : m_ownState)
         , m_firstRow(facts.firstRow)
-        , m_rowCount(facts.rowCount > 0 ? facts.rowCount : cells.plan.rowCount)
+        , m_rowCount(rowsOf(facts, cells.plan))
+        , m_isWhole(facts.rowCount > 0 || m_rowCount == cells.plan.rowCount)
     {
         if (m_state.columns.empty())
             m_state.columns = columnEdges(columnWants(cells, facts), m_room.width);
@@ -53,7 +68,7 @@ public:
             squeeze(m_ownState.columns, m_room.width);
         layOutCells(cells);
         placeRows();
-        m_height = facts.gap + m_rows.back();
+        m_height = facts.gap + m_rows.back() + (m_isWhole ? 0 : line());
     }
 
     double overhang() const override { return std::max(0.0, wholeWidth() - m_room.width); }
@@ -86,6 +101,12 @@ public:
         painter.drawRoundedRect(outline, tableRadius, tableRadius);
         drawFades(painter, shown);
         painter.restore();
+        if (!m_isWhole) {
+            painter.setPen(colors.ink3);
+            painter.setFont(m_facts.style->inCell(false).font(Block::Paragraph));
+            painter.drawText(
+                QRectF(whole.bottomLeft(), QSizeF(m_room.width, line())), Qt::AlignCenter, u"…"_s);
+        }
     }
 
     PagePlace placeAt(QPointF at) const override
@@ -149,6 +170,7 @@ private:
         return QRectF(m_room.left, m_facts.gap, shownWidth(), m_rows.back());
     }
 
+    double line() const { return m_facts.style->inCell(false).lineHeight(Block::Paragraph); }
     double columnEdge(int column) const
     {
         return m_state.columns[std::min(static_cast<size_t>(column), m_state.columns.size() - 1)];
@@ -160,6 +182,10 @@ private:
 
     void layOutCells(const TableCells& cells)
     {
+        PieceFacts facts = m_facts;
+        int innerCells = mostInnerCells;
+        if (!facts.innerCells)
+            facts.innerCells = &innerCells;
         for (size_t i = 0; i < cells.plan.cells.size(); ++i) {
             const TablePlan::Slot& slot = cells.plan.cells[i];
             if (slot.row < m_firstRow || slot.row >= m_firstRow + m_rowCount)
@@ -168,7 +194,7 @@ private:
             Box box;
             box.cell = static_cast<int>(i);
             box.slot = slot;
-            box.column = std::make_unique<CellColumn>(m_facts, cells.texts[i], cells.mostOfCell(),
+            box.column = std::make_unique<CellColumn>(facts, cells.texts[i], cells.mostOfCell(),
                 slot.isHeader, alignmentOf(slot), std::max(1.0, width - 2 * cellSide(width)));
             m_boxes.push_back(std::move(box));
         }
@@ -176,8 +202,8 @@ private:
 
     void placeRows()
     {
-        const double line = m_facts.style->inCell(false).lineHeight(Block::Paragraph);
-        std::vector<double> heights(static_cast<size_t>(m_rowCount), line + 2 * cellEnd + cellRule);
+        std::vector<double> heights(
+            static_cast<size_t>(m_rowCount), line() + 2 * cellEnd + cellRule);
         const auto wants = [](const Box& box) {
             return std::ceil(box.column->height()) + 2 * cellEnd + cellRule;
         };
@@ -311,6 +337,7 @@ private:
     TableState m_ownState; // of a table in another
     TableState& m_state;
     const int m_firstRow, m_rowCount;
+    const bool m_isWhole;       // all its rows are shown, here or in other parts
     std::vector<double> m_rows; // edges, from 0 on
     std::vector<Box> m_boxes;   // by their numbers
 };

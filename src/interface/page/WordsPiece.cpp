@@ -326,7 +326,8 @@ std::unique_ptr<LaidPiece> layOutPiece(const PieceFacts& facts)
                 return layOutTable(facts, attachment);
             if (attachment.kind == PageNode::Type::Image)
                 return layOutPicture(facts, attachment);
-            return layOutEmbed(facts, attachment);
+            if (attachment.kind == PageNode::Type::Embed)
+                return layOutEmbed(facts, attachment);
         }
     }
     return layOutWords(facts);
