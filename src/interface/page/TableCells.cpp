@@ -9,12 +9,15 @@ namespace corvelle {
 
 namespace {
 
-constexpr size_t keptTables = 8;
+constexpr size_t keptTables = 64;
+constexpr qsizetype keptBytes = 8 << 20, bytesOfCell = 400; // about
 
 std::shared_ptr<const TableCells> readTable(const BlockAttachment& table)
 {
     auto cells = std::make_shared<TableCells>();
-    cells->rows = tableRows(nodeOf(table));
+    PageNode stored = PageNode::of(PageNode::Type::Table);
+    stored.raw = table.node;
+    cells->rows = table.made ? table.made->content : tableRows(stored);
     cells->plan = TablePlan::of(cells->rows);
     cells->texts.reserve(cells->plan.cells.size());
     for (const TablePlan::Slot& slot : cells->plan.cells)
@@ -43,8 +46,16 @@ std::shared_ptr<const TableCells> tableCells(const BlockAttachment& table)
             (read.node.isSharedWith(table.node) || read.node == table.node))
             return cells;
     kept.emplace_front(table, readTable(table));
-    if (kept.size() > keptTables)
-        kept.pop_back();
+    // Always one of any size.
+    qsizetype bytes = 0;
+    size_t count = 0;
+    for (const auto& [read, cells] : kept) {
+        bytes += read.node.size() + bytesOfCell * static_cast<qsizetype>(cells->texts.size());
+        if (count > 0 && (count == keptTables || bytes > keptBytes))
+            break;
+        ++count;
+    }
+    kept.resize(count);
     return kept.front().second;
 }
 

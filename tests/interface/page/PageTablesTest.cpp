@@ -16,6 +16,8 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
+#include <random>
+
 using namespace corvelle;
 
 namespace {
@@ -41,15 +43,19 @@ FlatText page(const QByteArrayList& blocks)
     return textFromJSON(R"({"type":"doc","content":[)" + blocks.join(',') + "]}");
 }
 
-QByteArray picture(QSize size, const QColor& color)
+QByteArray pngOf(QSize size, const QColor& color)
 {
     QImage image(size, QImage::Format_RGB32);
     image.fill(color);
     QByteArray bytes;
     QBuffer buffer(&bytes);
     image.save(&buffer, "PNG");
-    return R"({"type":"image","attrs":{"src":"data:image/png;base64,)" + bytes.toBase64() +
-           R"("}})";
+    return bytes;
+}
+QByteArray picture(QSize size, const QColor& color)
+{
+    return R"({"type":"image","attrs":{"src":"data:image/png;base64,)" +
+           pngOf(size, color).toBase64() + R"("}})";
 }
 
 // "before", then at 7 a table of three rows, then "behind". The second cell of the first row holds
@@ -521,13 +527,109 @@ TEST_F(Tables, aLongTableInATableIsCutOff)
     EXPECT_LT(timer.elapsed(), 3 * read + 1'000);
 }
 
+// ---- whatever is done ----
+
+namespace {
+
+// Merged and missing cells, tables in tables, pictures and empty blocks.
+QByteArray randomTable(std::mt19937& random, int depth)
+{
+    const auto upTo = [&](unsigned most) { return random() % most; };
+    QByteArrayList rows;
+    for (unsigned r = 1 + upTo(5); r > 0; --r) {
+        QByteArrayList cells;
+        for (unsigned c = upTo(depth == 0 ? 9 : 4); c > 0; --c) {
+            QByteArrayList blocks;
+            for (unsigned b = 1 + upTo(3); b > 0; --b)
+                blocks.append(upTo(5) == 0 && depth < 2 ? randomTable(random, depth + 1)
+                              : upTo(6) == 0            ? picture({30, 10}, Qt::red)
+                                             : words(QByteArray("some words ").repeated(upTo(5))));
+            cells.append(cell(blocks.join(','),
+                upTo(4) > 0 ? QByteArray()
+                            : R"("rowspan":)" + QByteArray::number(1 + upTo(3)) + R"(,"colspan":)" +
+                                  QByteArray::number(1 + upTo(3))));
+        }
+        rows.append(row(cells));
+    }
+    return table(rows);
+}
+
+FlatText randomPage(std::mt19937& random)
+{
+    QByteArrayList blocks;
+    for (int i = 0; i < 6; ++i)
+        blocks.append(random() % 2 ? randomTable(random, 0) : words("words between tables"));
+    return page(blocks);
+}
+
+} // namespace
+
+TEST_F(Tables, theEndsOfTheSelectionAreAlwaysPlacesOfThePage)
+{
+    std::mt19937 random(11);
+    const int keys[] = {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down, Qt::Key_Home,
+        Qt::Key_End, Qt::Key_PageUp, Qt::Key_PageDown};
+    for (int turn = 0; turn < 30; ++turn) {
+        open(randomPage(random));
+        for (int step = 0; step < 60; ++step) {
+            SCOPED_TRACE(testing::Message() << "page " << turn << ", step " << step);
+            const QPoint at(static_cast<int>(random() % 900), static_cast<int>(random() % 600));
+            switch (random() % 8) {
+            case 0:
+                QTest::mousePress(&view, Qt::LeftButton, {}, at);
+                break;
+            case 1:
+                moveTo(at);
+                break;
+            case 2:
+                QTest::mouseDClick(&view, Qt::LeftButton, {}, at);
+                break;
+            case 3:
+                view.scrollBy(static_cast<int>(random() % 600) - 300);
+                (void)view.grab();
+                break;
+            case 4:
+                view.find(random() % 2 ? "words" : "");
+                view.goToFound(1);
+                break;
+            case 5:
+                if (random() % 8 == 0)
+                    view.refresh({randomPage(random), {}, {}, {}});
+                break;
+            default:
+                QTest::keyClick(&view, static_cast<Qt::Key>(keys[random() % std::size(keys)]),
+                    random() % 3 ? Qt::ShiftModifier : Qt::ShiftModifier | Qt::ControlModifier);
+            }
+            const FlatText& text = view.page().text;
+            ASSERT_EQ(view.head(), placeWithin(text, view.head()));
+            const Selected& selected = view.selected();
+            ASSERT_TRUE(textIn(text, selected.range.cells));
+            ASSERT_LE(selected.range.from, selected.range.to);
+            if (selected.rect) {
+                ASSERT_EQ(nodesOf(text, selected).size(), 1u);
+                const auto rows = tableRows(nodesOf(text, selected).front());
+                ASSERT_EQ(TablePlan::of(rows).columnCount,
+                    selected.rect->columnEnd - selected.rect->column)
+                    << "what is copied has the shape of what is selected";
+            }
+            for (const auto& [from, to] : stretchesOf(text, selected))
+                ASSERT_FALSE(to < from);
+        }
+        QTest::mouseRelease(&view, Qt::LeftButton, {}, QPoint(1, 1));
+    }
+}
+
 // ---- what stands in cells ----
 
 TEST_F(Tables, picturesInCellsAreDrawnAsWideAsTheirCell)
 {
+    const QByteArray named = R"({"type":"image","attrs":{"src":"picture:document/0"}})";
+    view.pictures().setSource([](const QString& src) {
+        return src == "picture:document/0" ? pngOf({30, 30}, Qt::green) : QByteArray();
+    });
     open(
         page({table({row({cell(words("a long cell of words ") + ',' + picture({900, 300}, Qt::red)),
-            cell(picture({40, 20}, Qt::blue))})})}));
+            cell(picture({40, 20}, Qt::blue) + ',' + table({row({cell(named)})}))})})}));
     (void)view.grab();
     ASSERT_TRUE(QTest::qWaitFor([&] { return view.pictures().isIdle(); }));
     const QImage image = view.grab().toImage();
@@ -536,6 +638,8 @@ TEST_F(Tables, picturesInCellsAreDrawnAsWideAsTheirCell)
     const auto colorAt = [&](QPointF at) { return image.pixelColor(at.toPoint()); };
     EXPECT_EQ(colorAt(wide.center()), QColor(Qt::red));
     EXPECT_EQ(colorAt(narrow.center()), QColor(Qt::blue));
+    EXPECT_EQ(colorAt(view.rectOf({{{0, 1}, {2, 0}}, 0}).center()), QColor(Qt::green))
+        << "of a document, in a table in a table";
     EXPECT_NEAR(wide.width() / wide.height(), 3, 0.05);
     EXPECT_LT(wide.right(), narrow.left()) << "no wider than its cell";
     EXPECT_EQ(narrow.size(), QSizeF(40, 20)) << "and not made larger";
