@@ -190,8 +190,10 @@ void PageView::keyPressEvent(QKeyEvent* event)
         return scrollBy(lineStep);
     case Qt::Key_Left:
     case Qt::Key_Right:
-        if (const auto table = wideTableInSight())
+        if (const auto table = wideTableInSight(); table && !event->modifiers())
             scrollSideways(*table, event->key() == Qt::Key_Left ? -lineStep : lineStep);
+        else
+            QWidget::keyPressEvent(event);
         return;
     case Qt::Key_PageUp:
         return scrollBy(-screen);
