@@ -42,7 +42,8 @@ struct PieceFacts
     const ItemLooks* items = nullptr;
     PagePictures* pictures = nullptr;
     TableState* table = nullptr; // of a table in the page's own text
-    int* innerCells = nullptr;   // of a table in another: how many may still be laid out
+    // Of a table in another: how many cells may still be laid out. There only while they are.
+    int* innerCells = nullptr;
 
     Units start() const { return block.start + from; }
     Units end() const { return block.start + to; }

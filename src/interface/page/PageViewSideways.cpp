@@ -86,9 +86,11 @@ bool PageView::grabSideways(QPointF at)
 void PageView::noticeSideways(QPointF at)
 {
     const auto piece = wideTableAt(at);
+    const auto before = std::pair(m_isOverWide, m_wideTable);
+    m_isOverWide = piece.has_value();
     if (piece)
         m_wideTable = m_layout.extent(*piece).block;
-    if (std::exchange(m_isOverWide, piece.has_value()) != piece.has_value())
+    if (before != std::pair(m_isOverWide, m_wideTable))
         update();
 }
 

@@ -21,7 +21,7 @@ std::shared_ptr<const TableCells> readTable(const BlockAttachment& table)
     cells->plan = TablePlan::of(cells->rows);
     cells->texts.reserve(cells->plan.cells.size());
     for (const TablePlan::Slot& slot : cells->plan.cells)
-        cells->texts.push_back(textFromNodes(slot.cell->content, false));
+        cells->texts.push_back(textFromNodes(slot.cell->content, false, MadeTables::Kept));
     return cells;
 }
 

@@ -126,6 +126,7 @@ protected:
         return QString::fromUtf8(QGuiApplication::clipboard()->mimeData()->data(type));
     }
 
+    const bool isAccessible = (installPageAccessibility(), true); // before the view
     PageView view{{}, {}, nullptr};
 };
 
@@ -363,7 +364,6 @@ TEST_F(Tables, findingLooksIntoTablesInTables)
 
 TEST_F(Tables, aSelectionInCellsIsReadByScreenReaders)
 {
-    installPageAccessibility();
     open(sample());
     QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(&view);
     ASSERT_TRUE(accessible && accessible->textInterface());
@@ -643,6 +643,34 @@ TEST_F(Tables, picturesInCellsAreDrawnAsWideAsTheirCell)
     EXPECT_NEAR(wide.width() / wide.height(), 3, 0.05);
     EXPECT_LT(wide.right(), narrow.left()) << "no wider than its cell";
     EXPECT_EQ(narrow.size(), QSizeF(40, 20)) << "and not made larger";
+}
+
+// A document's table stays as it was made, with what no page stores, down into its own tables.
+TEST_F(Tables, tablesOfDocumentsKeepWhatOnlyDocumentsSay)
+{
+    using Type = PageNode::Type;
+    const auto tableOf = [](PageNodes blocks) {
+        PageNode made = PageNode::of(Type::Table);
+        made.content = {PageNode::of(Type::TableRow)};
+        made.content[0].content = {PageNode::of(Type::TableCell)};
+        made.content[0].content[0].content = std::move(blocks);
+        return made;
+    };
+    PageNode raised = PageNode::of(Type::Paragraph);
+    raised.content = {PageNode::ofText("raised", Mark::Superscript)};
+    const PageNode named = nodeFromJson(canonicalJson(pictureNode({"picture:document/0", {}, {}})));
+    const PageNode made = tableOf({tableOf({raised, named})});
+    view.pictures().setSource([](const QString&) { return QByteArray("bytes"); });
+    open(textFromNodes({made}, true, MadeTables::Kept));
+    const auto inner = textIn(view.page().text, {{0, 0}, {0, 0}});
+    ASSERT_TRUE(inner);
+    EXPECT_EQ(inner->text(0, 6), "raised");
+    ASSERT_TRUE(inner->styleAt(0));
+    EXPECT_EQ(inner->styleAt(0)->marks, Mark::Superscript);
+    // The stretch that is the inner table.
+    view.select({{{0, 0}}, 0}, {{{0, 0}}, 1});
+    EXPECT_TRUE(copied("text/html").contains("base64,Ynl0ZXM="))
+        << "what leaves the page has the bytes of its pictures";
 }
 
 TEST_F(Tables, cellsKeepTheirBlocks)
