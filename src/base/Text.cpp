@@ -137,6 +137,13 @@ bool liesBelow(const QString& path, const QString& folder)
     return path.size() > folder.size() && path[folder.size()] == u'/' && path.startsWith(folder);
 }
 
+QString tabField(const QString& text)
+{
+    const bool isPlain = std::none_of(text.begin(), text.end(),
+        [](QChar c) { return c == u'\t' || c == u'\n' || c == u'\r' || c == u'"'; });
+    return isPlain ? text : u'"' + QString(text).replace(u'"', QStringLiteral("\"\"")) + u'"';
+}
+
 QStringView firstCharacters(QStringView text, qsizetype most)
 {
     // No character has less than one unit.

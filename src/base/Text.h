@@ -36,6 +36,9 @@ bool liesBelow(const QString& path, const QString& folder);
 // The beginning of a text, at most so many characters as a person counts them; never half of one.
 QStringView firstCharacters(QStringView text, qsizetype most);
 
+// A text as a field between tabs: in quotes where it holds what would end it.
+QString tabField(const QString& text);
+
 // Stretches without white space.
 qsizetype wordCount(QStringView text);
 

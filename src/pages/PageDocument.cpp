@@ -22,6 +22,10 @@ constexpr int mostIndent = 6;
 class TextMaker
 {
 public:
+    explicit TextMaker(MadeTables tables)
+        : m_tables(tables)
+    {}
+
     void blocks(const PageNodes& nodes, int depth, bool quoted)
     {
         for (const PageNode& node : nodes)
@@ -107,20 +111,29 @@ private:
 
     void raw(const PageNode& node, int depth, bool quoted)
     {
+        if (m_tables == MadeTables::Kept && node.type == Type::Table && node.raw.isEmpty()) {
+            attach({Type::Table, {}, std::make_shared<const PageNode>(node)});
+            close({Block::Raw, depth, 1, quoted, {}, {}, 0});
+            return;
+        }
         const QByteArray json = node.raw.isEmpty() ? canonicalJson(node) : node.raw;
         const bool isObject =
             node.type == Type::Table || node.type == Type::Image || node.type == Type::Embed;
         if (isObject) {
-            auto style = std::make_shared<CharStyle>();
-            style->attachment =
-                std::make_shared<const BlockAttachment>(BlockAttachment{node.type, json, {}});
-            m_builder.add(QStringView(&attachmentCharacter, 1), style);
+            attach({node.type, json, {}});
         } else if (const QString words = plainText(node); !words.isEmpty()) {
             m_builder.add(words);
         } else {
             m_builder.add(u'[' + node.text + u']');
         }
         close({Block::Raw, depth, 1, quoted, {}, json, node.indent});
+    }
+
+    void attach(BlockAttachment object)
+    {
+        auto style = std::make_shared<CharStyle>();
+        style->attachment = std::make_shared<const BlockAttachment>(std::move(object));
+        m_builder.add(QStringView(&attachmentCharacter, 1), style);
     }
 
     void emitInline(const PageNodes& nodes, const BlockStyle& style)
@@ -182,6 +195,7 @@ private:
             m_builder.closeBlock(m_last = std::make_shared<const BlockStyle>(style));
     }
 
+    const MadeTables m_tables;
     FlatTextBuilder m_builder;
     bool m_endsPlain = false;
     BlockStyleRef m_last;
@@ -554,9 +568,9 @@ QByteArray withSettings(const QByteArray& attrs, const PageSettings& settings)
 
 // ---- both ways ----
 
-FlatText textFromNodes(const PageNodes& nodes, bool closeWithParagraph)
+FlatText textFromNodes(const PageNodes& nodes, bool closeWithParagraph, MadeTables tables)
 {
-    TextMaker maker;
+    TextMaker maker(tables);
     maker.blocks(nodes, 0, false);
     return maker.take(closeWithParagraph);
 }

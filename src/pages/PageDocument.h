@@ -27,9 +27,14 @@ PageSettings pageSettings(const QByteArray& attrs);
 // The attributes with these settings, all others as they were.
 QByteArray withSettings(const QByteArray& attrs, const PageSettings& settings);
 
+// Tables that were made here become JSON, as they are stored, or stay as they are made: with all
+// that a document says and no page stores.
+enum class MadeTables { Stored, Kept };
+
 // With `closeWithParagraph` the text ends in a plain paragraph, so that the caret can get below
 // everything.
-FlatText textFromNodes(const PageNodes& nodes, bool closeWithParagraph = true);
+FlatText textFromNodes(
+    const PageNodes& nodes, bool closeWithParagraph = true, MadeTables tables = MadeTables::Stored);
 // What can't be read gives the empty page.
 FlatText textFromJSON(const QByteArray& json);
 

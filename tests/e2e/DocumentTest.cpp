@@ -17,9 +17,10 @@ QByteArray paragraph(const QByteArray& words, const QByteArray& style = {})
 }
 
 // A Word file of our own: contents that lead to the chapters, a footnote, and enough to scroll.
-QByteArray wordFile()
+QByteArray wordFile(const QByteArray& before = {})
 {
     QByteArray body =
+        before +
         "<w:p><w:hyperlink w:anchor=\"_Toc1\"><w:r><w:t>The last chapter</w:t><w:tab/>"
         "<w:t>9</w:t></w:r></w:hyperlink></w:p>"
         "<w:p><w:r><w:t>Noted</w:t></w:r><w:r><w:footnoteReference w:id=\"2\"/></w:r></w:p>";
@@ -112,6 +113,41 @@ TEST_F(Document, aWordFileIsReadFoundInAndFollowed)
     EXPECT_NEAR(opened()["scrollRange"].toDouble(), range, 0.02 * range);
     program->key("Escape", 2);
     EXPECT_TRUE(program->state()["open"].isNull());
+}
+
+// A table with a table in its last cell.
+QByteArray fileWithTables()
+{
+    const auto cell = [](const QByteArray& content) { return "<w:tc>" + content + "</w:tc>"; };
+    const auto table = [](const QByteArrayList& rows) {
+        return "<w:tbl><w:tr>" + rows.join("</w:tr><w:tr>") + "</w:tr></w:tbl>";
+    };
+    const QByteArray inner = table({cell(paragraph("the needle"))});
+    return wordFile(
+        table({cell(paragraph("alpha beta") + paragraph("gamma")) + cell(paragraph("b")),
+            cell(paragraph("c")) + cell(inner + paragraph("below"))}));
+}
+
+TEST_F(Document, theCellsOfTablesAreSelectedCopiedAndFoundIn)
+{
+    open("tables.docx", fileWithTables());
+    const auto clipboard = [&](const char* type) {
+        program->key("Ctrl+C");
+        return program->tell("clipboard").toObject()[type].toString();
+    };
+    const QPointF first(285, 172), below(285, 230); // in the first column
+    program->tell("mouse", {{"type", "double"}, {"x", first.x()}, {"y", first.y()}});
+    EXPECT_EQ(clipboard("text/plain"), "alpha");
+    program->key("Shift+End");
+    EXPECT_EQ(clipboard("text/plain"), "alpha beta");
+    program->mouse("press", first);
+    program->mouse("move", below);
+    program->mouse("release", below);
+    EXPECT_EQ(clipboard("text/plain"), "\"alpha beta\ngamma\"\nc");
+    EXPECT_TRUE(clipboard("text/html").contains("<table"));
+    program->tell("open", {{"id", opened()["id"]}, {"find", "needle"}});
+    program->settle();
+    EXPECT_EQ(opened()["find"].toObject()["count"].toInt(), 2) << "one in the table in the table";
 }
 
 TEST_F(Document, oneThatIsDamagedSaysSoAndStaysOpenForWhatComes)

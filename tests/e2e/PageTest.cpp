@@ -195,6 +195,41 @@ TEST_F(Pages, wordsAreFoundFromOneToTheNext)
     EXPECT_FALSE(opened().isEmpty()) << "the first Escape closes the field alone";
 }
 
+TEST_F(Pages, whatLiesBesideTheColumnIsReachedSideways)
+{
+    QJsonArray cells;
+    for (int i = 0; i < 20; ++i)
+        cells.append(QJsonObject{{"type", "tableCell"},
+            {"content",
+                QJsonArray{paragraph({textNode("a longer text in column " + QString::number(i),
+                    {QJsonObject{{"type", "link"},
+                        {"attrs", QJsonObject{{"href", "#" + QString::number(i)}}}}})})}}});
+    const QJsonObject row{{"type", "tableRow"}, {"content", cells}};
+    program->tell("write",
+        {{"id", page},
+            {"doc", doc({QJsonObject{{"type", "table"}, {"content", QJsonArray{row, row}}}})}});
+    open(page);
+    ::usleep(400'000); // it has come up
+    const auto inSight = [&](const QString& address) {
+        for (const QJsonValue& target : opened()["targets"].toArray())
+            if (target["address"].toString() == address)
+                return true;
+        return false;
+    };
+    ASSERT_TRUE(waitUntil([&] { return inSight("#0"); }));
+    EXPECT_FALSE(inSight("#19"));
+    for (int i = 0; i < 40; ++i)
+        program->tell(
+            "wheel", {{"x", 600}, {"y", 260}, {"dx", 0}, {"dy", -120}, {"mods", "Shift"}});
+    EXPECT_TRUE(inSight("#19"));
+    EXPECT_FALSE(inSight("#0"));
+    program->key("Left", 100);
+    EXPECT_TRUE(inSight("#0"));
+    program->tell("open", {{"id", page}, {"find", "column 19"}});
+    program->settle();
+    EXPECT_TRUE(inSight("#19")) << "what is found is brought into sight";
+}
+
 TEST_F(Pages, whatIsOpenFollowsWhatIsWritten)
 {
     open(page);

@@ -15,7 +15,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr double pictureRadius = 8, noteHeight = 64, cardHeight = 52;
+constexpr double pictureRadius = 8, noteHeight = 64, noteInCell = 36, cardHeight = 52;
 constexpr qsizetype longestNote = 400;
 
 void drawNote(
@@ -52,8 +52,16 @@ public:
         m_height = facts.gap + size.height();
     }
 
-    Units placeAt(QPointF at) const override { return at.x() > m_box.center().x() ? 1 : 0; }
-    QRectF rectOf(const PieceMark&) const override { return m_box; }
+    PagePlace placeAt(QPointF at) const override
+    {
+        return {{}, m_facts.block.start + (at.x() > m_box.center().x() ? 1 : 0)};
+    }
+    QRectF rectOf(const TextRange&) const override { return m_box; }
+    QRectF caretAt(const PagePlace& place) const override
+    {
+        const bool isBehind = place.at > m_facts.block.start;
+        return QRectF(isBehind ? m_box.right() : m_box.left(), m_box.top(), 0, m_box.height());
+    }
 
 protected:
     const Palette& colors() const { return m_facts.style->colors(); }
@@ -95,7 +103,7 @@ public:
         painter.setPen(QPen(colors().hairline, 1));
         painter.setBrush(Qt::NoBrush);
         painter.drawRoundedRect(box.adjusted(0.5, 0.5, -0.5, -0.5), pictureRadius, pictureRadius);
-        if (paint.selection)
+        if (selectedIn(m_facts, paint.selected))
             drawVeil(painter, box, colors());
     }
 
@@ -113,7 +121,7 @@ private:
         constexpr double tallest = 900;
         const double room = pieceRoom(facts).width;
         if (!data.isShown())
-            return {room, noteHeight};
+            return {room, facts.depth > 0 ? noteInCell : noteHeight};
         const QSizeF own = QSizeF(*data.size) * facts.style->zoom();
         const QSizeF fitted = own.scaled(room, tallest, Qt::KeepAspectRatio);
         const QSizeF size = fitted.width() < own.width() ? fitted : own;
@@ -144,13 +152,10 @@ public:
     {
         drawQuoteBar(painter, at, m_facts, m_height);
         const QRectF box = m_box.translated(at);
-        bool found = false, focused = false;
-        for (const PieceMark& mark : paint.marks ? *paint.marks : std::vector<PieceMark>())
-            (mark.mark.kind == TextMark::Kind::Focus ? focused : found) = true;
         painter.setPen(QPen(colors().hairline, 1));
-        painter.setBrush(found ? colors().mark : colors().raised);
+        painter.setBrush(!paint.found.empty() ? colors().mark : colors().raised);
         painter.drawRoundedRect(box.adjusted(0.5, 0.5, -0.5, -0.5), pictureRadius, pictureRadius);
-        if (focused) {
+        if (liesIn(m_facts, paint.focus)) {
             painter.setPen(QPen(colors().accent, 2));
             painter.setBrush(Qt::NoBrush);
             painter.drawRoundedRect(
@@ -159,7 +164,7 @@ public:
         const QString label = m_embed.label.isEmpty() ? u"Corvelle"_s : m_embed.label;
         drawNote(painter, box, m_look.sign,
             m_embed.icon.isEmpty() ? label : m_embed.icon + u' ' + label, colors());
-        if (paint.selection)
+        if (selectedIn(m_facts, paint.selected))
             drawVeil(painter, box, colors());
     }
 

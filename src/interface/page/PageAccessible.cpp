@@ -44,7 +44,10 @@ public:
     explicit PageText(PageView& view)
         : QAccessibleWidget(&view, QAccessible::Document)
         , m_view(view)
+        , m_selected(QObject::connect(
+              &view, &PageView::selectionChanged, &view, [this] { tellOfSelection(); }))
     {}
+    ~PageText() override { QObject::disconnect(m_selected); }
 
     void* interface_cast(QAccessible::InterfaceType type) override
     {
@@ -87,26 +90,30 @@ public:
     }
 
     // ---- selection ----
-    int selectionCount() const override { return m_view.hasSelection() ? 1 : 0; }
-    void selection(int, int* from, int* to) const override
+    // Selected cells are several stretches, one for each row.
+    int selectionCount() const override { return static_cast<int>(stretches().size()); }
+    void selection(int index, int* from, int* to) const override
     {
-        const auto [first, last] = m_view.selection();
-        *from = static_cast<int>(spoken().offsetOf(first));
-        *to = static_cast<int>(spoken().offsetOf(last));
+        const auto all = stretches();
+        *from = *to = 0;
+        if (index < 0 || static_cast<size_t>(index) >= all.size())
+            return;
+        *from = static_cast<int>(spoken().offsetOf(all[static_cast<size_t>(index)].first));
+        *to = static_cast<int>(spoken().offsetOf(all[static_cast<size_t>(index)].second));
     }
     void addSelection(int from, int to) override { setSelection(0, from, to); }
-    void removeSelection(int) override { m_view.select(0, 0); }
+    void removeSelection(int) override { m_view.select(m_view.head(), m_view.head()); }
     void setSelection(int, int from, int to) override
     {
         m_view.select(spoken().placeOf(from), spoken().placeOf(to));
     }
     int cursorPosition() const override
     {
-        return static_cast<int>(spoken().offsetOf(m_view.selection().second));
+        return static_cast<int>(spoken().offsetOf(m_view.head()));
     }
     void setCursorPosition(int offset) override
     {
-        const Units place = spoken().placeOf(offset);
+        const PagePlace place = spoken().placeOf(offset);
         m_view.select(place, place);
         m_view.showPlace(place);
     }
@@ -125,6 +132,25 @@ public:
     void scrollToSubstring(int from, int) override { m_view.showPlace(spoken().placeOf(from)); }
 
 private:
+    std::vector<std::pair<PagePlace, PagePlace>> stretches() const
+    {
+        if (!m_view.hasSelection())
+            return {};
+        return stretchesOf(m_view.page().text, m_view.selected());
+    }
+
+    void tellOfSelection() const
+    {
+        if (!QAccessible::isActive())
+            return;
+        QAccessibleTextCursorEvent moved(&m_view, cursorPosition());
+        QAccessible::updateAccessibility(&moved);
+        int from = 0, to = 0;
+        selection(0, &from, &to);
+        QAccessibleTextSelectionEvent selected(&m_view, from, to);
+        QAccessible::updateAccessibility(&selected);
+    }
+
     // What the interface does by itself for words and sentences, on the words round the offset: it
     // would ask for the whole page each time.
     using Answer = QString (QAccessibleTextInterface::*)(
@@ -157,6 +183,7 @@ private:
     }
 
     PageView& m_view;
+    const QMetaObject::Connection m_selected;
     mutable SpokenPage m_spoken;
     mutable int m_turn = -1;
 };

@@ -1,5 +1,7 @@
 #include "interface/page/PageCopy.h"
 
+#include "base/Text.h"
+#include "interface/page/TableCells.h"
 #include "pages/PageDocument.h"
 #include "pages/PageHtml.h"
 #include "pages/PageMarkdown.h"
@@ -9,6 +11,40 @@
 using namespace Qt::StringLiterals;
 
 namespace corvelle {
+
+namespace {
+
+// A rectangle that cuts no merged cell makes a table by itself.
+PageNode cellsOf(const TableCells& table, const CellRect& rect)
+{
+    PageNode made = PageNode::of(PageNode::Type::Table);
+    made.content.resize(
+        static_cast<size_t>(rect.rowEnd - rect.row), PageNode::of(PageNode::Type::TableRow));
+    for (const TablePlan::Slot& slot : table.plan.cells)
+        if (rect.touches(slot))
+            made.content[static_cast<size_t>(slot.row - rect.row)].content.push_back(*slot.cell);
+    return made;
+}
+
+// What merged cells cover is left empty.
+QString tabSeparated(const PageNodes& rows)
+{
+    QString words;
+    int row = 0, column = 0;
+    for (const TablePlan::Slot& slot : TablePlan::of(rows).cells) {
+        for (; row < slot.row; ++row, column = 0)
+            words += u'\n';
+        for (; column < slot.column; ++column)
+            words += u'\t';
+        QString said = allWords(slot.cell->content);
+        while (said.endsWith(u'\n')) // of a picture, which says nothing
+            said.chop(1);
+        words += tabField(said);
+    }
+    return words;
+}
+
+} // namespace
 
 // A link to another place of the same document leads nowhere outside of it.
 void dropInnerLinks(PageNodes& nodes)
@@ -43,6 +79,17 @@ PageNodes nodesBetween(const FlatText& text, Units from, Units to)
     return nodes;
 }
 
+PageNodes nodesOf(const FlatText& page, const Selected& selected)
+{
+    const TextRange& range = selected.range;
+    const auto text = textIn(page, range.cells);
+    if (!text)
+        return {};
+    const auto table = selected.rect ? tableAt(*text, range.from) : nullptr;
+    return table ? PageNodes{cellsOf(*table, *selected.rect)}
+                 : nodesBetween(*text, range.from, range.to);
+}
+
 std::unique_ptr<QMimeData> copiedBlocks(const PageNodes& nodes, const MentionSource& mentions)
 {
     auto copied = std::make_unique<QMimeData>();
@@ -50,6 +97,13 @@ std::unique_ptr<QMimeData> copiedBlocks(const PageNodes& nodes, const MentionSou
     copied->setHtml(PageHTML::html(nodes, {mentions, {}, {}}));
     copied->setData(u"text/markdown"_s,
         PageMarkdown::markdownFromDoc(nodes, PageMarkdown::Pictures::Named).toUtf8());
+    return copied;
+}
+
+std::unique_ptr<QMimeData> copiedCells(const PageNode& table, const MentionSource& mentions)
+{
+    auto copied = copiedBlocks({table}, mentions);
+    copied->setText(tabSeparated(table.content));
     return copied;
 }
 

@@ -1,8 +1,7 @@
 // What of a page goes to the pasteboard: as words, as HTML and as Markdown.
 #pragma once
 
-#include "pages/FlatText.h"
-#include "pages/PageNode.h"
+#include "interface/page/PagePlace.h"
 
 #include <memory>
 
@@ -13,8 +12,13 @@ namespace corvelle {
 // The blocks between two places. Of a part of one block only the words, as a paragraph.
 PageNodes nodesBetween(const FlatText& text, Units from, Units to);
 
+// What is selected; cells as a table of their own.
+PageNodes nodesOf(const FlatText& page, const Selected& selected);
+
 void dropInnerLinks(PageNodes& nodes);
 
 std::unique_ptr<QMimeData> copiedBlocks(const PageNodes& nodes, const MentionSource& mentions);
+// The words with tabs between, as sheets take them.
+std::unique_ptr<QMimeData> copiedCells(const PageNode& table, const MentionSource& mentions);
 
 } // namespace corvelle

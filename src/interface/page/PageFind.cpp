@@ -1,6 +1,7 @@
 #include "interface/page/PageFind.h"
 
 #include "interface/page/ShownText.h"
+#include "interface/page/SpokenPage.h"
 #include "interface/page/TableCells.h"
 
 #include <QStringMatcher>
@@ -16,42 +17,47 @@ constexpr size_t mostFound = 10'000;
 class Finder
 {
 public:
-    Finder(const FlatText& text, const QString& words)
-        : m_text(text)
-        , m_matcher(words, Qt::CaseInsensitive)
+    explicit Finder(const QString& words)
+        : m_matcher(words, Qt::CaseInsensitive)
         , m_length(static_cast<int>(words.size()))
     {}
 
-    std::vector<TextRange> all()
+    // In a text that the way so far leads to.
+    void lookIn(const FlatText& text)
     {
-        m_text.eachBlock(0, [this](const FlatText::BlockAt& block) {
+        text.eachBlock(0, [&](const FlatText::BlockAt& block) {
             const CharStyleRef only =
-                block.length() == 1 ? m_text.styleAt(block.start) : CharStyleRef();
+                block.length() == 1 ? text.styleAt(block.start) : CharStyleRef();
             if (only && only->attachment)
-                lookIn(block.index, *only->attachment);
+                lookIn(block.start, *only->attachment);
             else
-                lookIn({block.index, -1, 0, 0}, m_text, block.start, block.end);
+                lookIn(text, block.start, block.end);
             return m_found.size() < mostFound;
         });
-        return std::move(m_found);
     }
 
+    std::vector<TextRange> take() { return std::move(m_found); }
+
 private:
-    void lookIn(qsizetype block, const BlockAttachment& attachment)
+    void lookIn(Units at, const BlockAttachment& object)
     {
-        if (attachment.kind == PageNode::Type::Embed) {
-            if (m_matcher.indexIn(embedOf(nodeFromJson(attachment.node)).label) >= 0)
-                m_found.push_back({block, -1, 0, 1});
-        } else if (attachment.kind == PageNode::Type::Table) {
-            const auto cells = tableCells(attachment);
-            for (size_t i = 0; i < cells->texts.size() && m_found.size() < mostFound; ++i)
-                lookIn({block, static_cast<int>(i), 0, 0}, cells->texts[i], 0,
-                    cells->texts[i].length());
+        const bool isTable = object.kind == PageNode::Type::Table;
+        if (isTable && m_cells.size() < deepestTable) {
+            const auto table = tableCells(object);
+            for (size_t i = 0; i < table->texts.size() && m_found.size() < mostFound; ++i) {
+                m_cells.push_back({at, static_cast<int>(i)});
+                lookIn(table->texts[i]);
+                m_cells.pop_back();
+            }
+        } else if (isTable || object.kind == PageNode::Type::Embed) {
+            if (m_matcher.indexIn(wordsForObject(object)) >= 0)
+                m_found.push_back({m_cells, at, at + 1});
         }
     }
 
-    void lookIn(TextRange range, const FlatText& text, Units from, Units to)
+    void lookIn(const FlatText& text, Units from, Units to)
     {
+        TextRange range{m_cells, 0, 0};
         const ShownText shown = wordsOf(text, from, to);
         for (qsizetype at = m_matcher.indexIn(shown.words); at >= 0 && m_found.size() < mostFound;
              at = m_matcher.indexIn(shown.words, at + m_length)) {
@@ -65,6 +71,8 @@ private:
                 range.to = std::max(range.to, jump->place + 1);
             }
             range.to = std::max(range.to, range.from + 1);
+            range.from += from;
+            range.to += from;
             m_found.push_back(range);
         }
     }
@@ -87,9 +95,9 @@ private:
         return shown;
     }
 
-    const FlatText& m_text;
     const QStringMatcher m_matcher;
     const int m_length;
+    CellPath m_cells; // the way to the text that is looked through
     std::vector<TextRange> m_found;
 };
 
@@ -97,7 +105,11 @@ private:
 
 std::vector<TextRange> findInPage(const FlatText& text, const QString& words)
 {
-    return words.isEmpty() ? std::vector<TextRange>() : Finder(text, words).all();
+    if (words.isEmpty())
+        return {};
+    Finder finder(words);
+    finder.lookIn(text);
+    return finder.take();
 }
 
 } // namespace corvelle

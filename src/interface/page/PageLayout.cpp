@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace corvelle {
 
@@ -61,6 +62,10 @@ void PageLayout::setPage(FlatText text, const PageStyle& style)
 {
     m_text = std::move(text);
     m_style = style;
+    std::erase_if(m_tables, [this](const auto& table) {
+        return table.first >= m_text.blockCount() ||
+               !tableAt(m_text, m_text.block(table.first).start);
+    });
     cut();
 }
 
@@ -83,6 +88,8 @@ void PageLayout::setWidth(double width)
 void PageLayout::cut()
 {
     m_laid.clear();
+    for (auto& [block, table] : m_tables)
+        table.columns.clear();
     m_extents.clear();
     m_made.clear();
     m_estimates.clear();
@@ -193,6 +200,8 @@ const LaidPiece& PageLayout::laid(int piece)
     facts.style = &m_style;
     facts.items = &m_items;
     facts.pictures = &m_pictures;
+    if (facts.block.what().kind == Block::Raw)
+        facts.table = &m_tables[extent.block];
     laid = layOutPiece(facts);
     m_heights.setHeight(piece, laid->height());
     return *laid;
@@ -206,38 +215,30 @@ void PageLayout::keepOnly(int first, int last)
 
 // ---- places ----
 
-int PageLayout::pieceOf(qsizetype block, Units offset) const
+int PageLayout::pieceOf(qsizetype block, Units offset, int row) const
 {
-    const auto beyond =
-        std::upper_bound(m_extents.begin(), m_extents.end(), std::pair(block, offset),
-            [](const std::pair<qsizetype, Units>& place, const Extent& extent) {
-                return place.first < extent.block ||
-                       (place.first == extent.block && place.second < extent.from);
-            });
+    const auto beyond = std::upper_bound(m_extents.begin(), m_extents.end(),
+        std::tuple(block, offset, row), [](const auto& place, const Extent& extent) {
+            return place < std::tuple(extent.block, extent.from, extent.firstRow);
+        });
     const auto index = static_cast<int>(beyond - m_extents.begin()) - 1;
     return std::clamp(index, 0, std::max(0, count() - 1));
 }
 
 int PageLayout::pieceOf(const TextRange& range) const
 {
-    if (range.cell < 0)
-        return pieceOf(range.block, range.from);
-    // Of a long table the part that has the cell's row.
-    int piece = pieceOf(range.block, 0);
-    while (piece > 0 && extent(piece - 1).block == range.block)
-        --piece;
-    if (extent(piece).rowCount == 0)
-        return piece;
-    CharStyleRef holder;
-    const BlockAttachment* table = attachmentOf(m_text, m_text.block(range.block), holder);
-    const auto cells = table ? tableCells(*table) : nullptr;
-    if (!cells || static_cast<size_t>(range.cell) >= cells->plan.cells.size())
-        return piece;
-    const int row = cells->plan.cells[static_cast<size_t>(range.cell)].row;
-    while (piece + 1 < count() && extent(piece + 1).block == range.block &&
-           extent(piece + 1).firstRow <= row)
-        ++piece;
-    return piece;
+    const Units at = range.placeAt(0);
+    const FlatText::BlockAt block = m_text.blockAt(at);
+    int row = 0;
+    if (!range.cells.empty()) {
+        const int piece = pieceOf(block.index, 0);
+        const bool isLong = extent(piece).rowCount > 0;
+        const auto table = isLong ? tableAt(m_text, at) : nullptr;
+        const auto cell = static_cast<size_t>(range.cells.front().cell);
+        if (table && cell < table->plan.cells.size())
+            row = table->plan.cells[cell].row;
+    }
+    return pieceOf(block.index, at - block.start, row);
 }
 
 Units PageLayout::startOf(int piece) const
@@ -245,10 +246,30 @@ Units PageLayout::startOf(int piece) const
     return m_text.block(extent(piece).block).start + extent(piece).from;
 }
 
-Units PageLayout::placeAt(int piece, QPointF at)
+PagePlace PageLayout::placeAt(int piece, QPointF at)
 {
     const FlatText::BlockAt block = m_text.block(extent(piece).block);
-    return std::clamp(block.start + laid(piece).placeAt(at), block.start, block.end);
+    PagePlace place = laid(piece).placeAt(at);
+    if (place.cells.empty())
+        place.at = std::clamp(place.at, block.start, block.end);
+    return place;
+}
+
+double PageLayout::shift(int piece) const
+{
+    const auto table = m_tables.find(extent(piece).block);
+    return table == m_tables.end() ? 0 : table->second.shift;
+}
+
+void PageLayout::forgetShifts()
+{
+    for (auto& [block, table] : m_tables)
+        table.shift = 0;
+}
+
+void PageLayout::setShift(int piece, double shift)
+{
+    m_tables[extent(piece).block].shift = std::clamp(shift, 0.0, mostShift(piece));
 }
 
 } // namespace corvelle

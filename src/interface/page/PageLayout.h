@@ -48,12 +48,22 @@ public:
         int firstRow = 0, rowCount = 0; // of a long table; 0 for all rows
     };
     const Extent& extent(int piece) const { return m_extents[static_cast<size_t>(piece)]; }
-    // The piece in which a place of a block lies.
-    int pieceOf(qsizetype block, Units offset) const;
+    // The piece in which a place of a block lies, or a row of a table.
+    int pieceOf(qsizetype block, Units offset, int row = 0) const;
     int pieceOf(const TextRange& range) const;
+    int pieceOf(const PagePlace& place) const
+    {
+        return pieceOf(TextRange{place.cells, place.at, place.at});
+    }
 
-    // A place in the text for a point in a piece, and back to the piece.
-    Units placeAt(int piece, QPointF at);
+    // ---- tables wider than the column ----
+    // How far the table of a piece is scrolled sideways, and how far it can be.
+    double shift(int piece) const;
+    double mostShift(int piece) { return laid(piece).overhang(); }
+    void setShift(int piece, double shift);
+    void forgetShifts();
+
+    PagePlace placeAt(int piece, QPointF at);
     Units startOf(int piece) const;
 
 private:
@@ -77,6 +87,7 @@ private:
     std::vector<Made> m_made;        // beside the extents
     std::vector<double> m_estimates; // while cutting
     HeightIndex m_heights;
+    std::map<qsizetype, TableState> m_tables; // by their blocks; outlives what is laid out
     std::map<int, std::unique_ptr<LaidPiece>> m_laid;
 };
 

@@ -210,12 +210,9 @@ void PageSheet::escape()
 
 void PageSheet::openFind()
 {
-    if (m_view->hasSelection() && !isFinding()) {
-        const auto [from, to] = m_view->selection();
-        const QString words = m_view->page().text.text(from, std::min(to, from + 200));
-        if (!words.contains(u'\n') && !words.contains(lineBreak))
-            m_find->setWords(words);
-    }
+    const QString words = isFinding() ? QString() : m_view->selectedWords().left(200);
+    if (!words.isEmpty() && !words.contains(lineBreak))
+        m_find->setWords(words);
     m_isFinding = true;
     m_find->raise();
     m_find->open();

@@ -10,7 +10,7 @@ namespace corvelle {
 
 namespace {
 
-TypeStyle typeOf(Block kind)
+TypeStyle pageType(Block kind)
 {
     switch (kind) {
     case Block::H1:
@@ -65,6 +65,35 @@ Gaps gapsOf(Block kind)
     return {0, 6};
 }
 
+Gaps cellGapsOf(Block kind)
+{
+    switch (kind) {
+    case Block::H1:
+    case Block::H2:
+    case Block::H3:
+    case Block::H4:
+    case Block::H5:
+    case Block::H6:
+        return {6, 2};
+    case Block::Bullet:
+    case Block::Ordered:
+    case Block::Todo:
+    case Block::Done:
+        return {0, 2};
+    case Block::Quote:
+    case Block::Code:
+        return {4, 4};
+    case Block::Divider:
+    case Block::Raw:
+        return {6, 6};
+    case Block::Paragraph:
+        break;
+    }
+    return {0, 4};
+}
+
+constexpr double cellLine = 20;
+
 } // namespace
 
 PageStyle::PageStyle(Scheme scheme, const PageSettings& settings, double zoom)
@@ -72,6 +101,22 @@ PageStyle::PageStyle(Scheme scheme, const PageSettings& settings, double zoom)
     , m_settings(settings)
     , m_zoom(zoom)
 {}
+
+PageStyle PageStyle::inCell(bool isHead) const
+{
+    PageStyle style = *this;
+    style.m_place = isHead ? Place::HeadCell : Place::Cell;
+    return style;
+}
+
+TypeStyle PageStyle::typeOf(Block kind) const
+{
+    if (m_place == Place::Page || kind == Block::Code)
+        return pageType(kind);
+    if (isHeading(kind))
+        return TypeStyle::BodyStrong;
+    return m_place == Place::HeadCell ? TypeStyle::SmallStrong : TypeStyle::LabelText;
+}
 
 QFont PageStyle::font(Block kind) const
 {
@@ -104,7 +149,8 @@ QFont PageStyle::chipFont(Block kind) const
 
 double PageStyle::lineHeight(Block kind) const
 {
-    return std::round(scaled(typeSpec(typeOf(kind)).line));
+    return std::round(
+        scaled(m_place == Place::Page ? double(typeSpec(typeOf(kind)).line) : cellLine));
 }
 
 QColor PageStyle::ink(const BlockStyle& style) const
@@ -113,17 +159,19 @@ QColor PageStyle::ink(const BlockStyle& style) const
         return colors().ink3;
     if (style.kind == Block::H5 || style.kind == Block::H6)
         return colors().ink2;
-    return style.isQuoted() && style.kind != Block::Code ? colors().ink2 : colors().ink;
+    const bool isQuiet =
+        (style.isQuoted() && style.kind != Block::Code) || m_place == Place::HeadCell;
+    return isQuiet ? colors().ink2 : colors().ink;
 }
 
 double PageStyle::gapAbove(Block kind) const
 {
-    return scaled(gapsOf(kind).above);
+    return scaled((m_place == Place::Page ? gapsOf(kind) : cellGapsOf(kind)).above);
 }
 
 double PageStyle::gapBelow(Block kind) const
 {
-    return scaled(gapsOf(kind).below);
+    return scaled((m_place == Place::Page ? gapsOf(kind) : cellGapsOf(kind)).below);
 }
 
 double PageStyle::inset(Block kind) const

@@ -18,6 +18,9 @@ public:
     explicit PageStyle(
         Scheme scheme = Scheme::Light, const PageSettings& settings = {}, double zoom = 1);
 
+    // The same in the cells of tables: smaller and closer, those of the head strong.
+    PageStyle inCell(bool isHead) const;
+
     double zoom() const { return m_zoom; }
 
     const Palette& colors() const { return palette(m_scheme); }
@@ -40,12 +43,16 @@ public:
     double indent() const { return 24 * m_zoom; } // of each level
 
 private:
+    enum class Place : quint8 { Page, Cell, HeadCell };
+
+    TypeStyle typeOf(Block kind) const;
     double scale() const { return (m_settings.smallText ? 0.9 : 1) * m_zoom; }
     double scaled(double size) const { return size * scale(); }
 
     Scheme m_scheme;
     PageSettings m_settings;
     double m_zoom;
+    Place m_place = Place::Page;
 };
 
 // The space inside a code block.

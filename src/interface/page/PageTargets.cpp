@@ -6,56 +6,79 @@ namespace corvelle {
 
 namespace {
 
-void addTargets(const FlatText& text, Units from, Units to, const TextRange& where,
-    std::vector<TargetInPage>& targets)
+class TargetList
 {
-    text.eachRun(from, to, [&](Units at, QStringView run, const CharStyleRef& style) {
-        if (!style)
-            return;
-        TextRange range = where;
-        range.from = at - from;
-        range.to = range.from + run.size();
-        if (style->mention) {
-            for (Units i = 0; i < run.size(); ++i) {
-                range.to = range.from + 1;
-                targets.push_back({range, {style->mention->id, {}}, style->mention->label});
-                ++range.from;
-            }
-        } else if (style->link) {
-            // A link goes on where only its marks change.
-            TargetInPage* last = targets.empty() ? nullptr : &targets.back();
-            const bool goesOn = last && last->target.link && last->range.block == range.block &&
-                                last->range.cell == range.cell && last->range.to == range.from &&
-                                *last->target.link == *style->link;
-            if (goesOn)
-                last->range.to = range.to;
+public:
+    // Of a text that the way so far leads to.
+    void addText(const FlatText& text)
+    {
+        text.eachBlock(0, [&](const FlatText::BlockAt& block) {
+            const CharStyleRef only =
+                block.length() == 1 ? text.styleAt(block.start) : CharStyleRef();
+            if (only && only->attachment)
+                addObject(block.start, *only->attachment);
             else
-                targets.push_back({range, {{}, style->link}, {}});
+                addWords(text, block.start, block.end);
+            return true;
+        });
+    }
+
+    std::vector<TargetInPage> take() { return std::move(m_targets); }
+
+private:
+    void addObject(Units at, const BlockAttachment& object)
+    {
+        if (object.kind == PageNode::Type::Table && m_cells.size() < deepestTable) {
+            const auto table = tableCells(object);
+            for (size_t i = 0; i < table->texts.size(); ++i) {
+                m_cells.push_back({at, static_cast<int>(i)});
+                addText(table->texts[i]);
+                m_cells.pop_back();
+            }
+        } else if (object.kind == PageNode::Type::Embed) {
+            const PageEmbed embed = embedOf(nodeFromJson(object.node));
+            m_targets.push_back({{m_cells, at, at + 1}, {embed.id, {}}, embed.label});
         }
-    });
-}
+    }
+
+    void addWords(const FlatText& text, Units from, Units to)
+    {
+        text.eachRun(from, to, [&](Units at, QStringView run, const CharStyleRef& style) {
+            if (!style)
+                return;
+            if (style->mention) {
+                for (Units i = at; i < at + run.size(); ++i)
+                    m_targets.push_back(
+                        {{m_cells, i, i + 1}, {style->mention->id, {}}, style->mention->label});
+            } else if (style->link) {
+                addLink({m_cells, at, at + run.size()}, style->link);
+            }
+        });
+    }
+
+    // A link goes on where only its marks change.
+    void addLink(const TextRange& range, const std::shared_ptr<const Link>& link)
+    {
+        TargetInPage* last = m_targets.empty() ? nullptr : &m_targets.back();
+        const bool goesOn = last && last->target.link && last->range.cells == range.cells &&
+                            last->range.to == range.from && *last->target.link == *link;
+        if (goesOn)
+            last->range.to = range.to;
+        else
+            m_targets.push_back({range, {{}, link}, {}});
+    }
+
+    CellPath m_cells;
+    std::vector<TargetInPage> m_targets;
+};
 
 } // namespace
 
 std::vector<TargetInPage> pageTargets(const FlatText& text)
 {
-    std::vector<TargetInPage> targets;
-    text.eachBlock(0, [&](const FlatText::BlockAt& block) {
-        const CharStyleRef only = block.length() == 1 ? text.styleAt(block.start) : CharStyleRef();
-        if (!only || !only->attachment) {
-            addTargets(text, block.start, block.end, {block.index, -1, 0, 0}, targets);
-        } else if (only->attachment->kind == PageNode::Type::Table) {
-            const auto cells = tableCells(*only->attachment);
-            for (size_t i = 0; i < cells->texts.size(); ++i)
-                addTargets(cells->texts[i], 0, cells->texts[i].length(),
-                    {block.index, static_cast<int>(i), 0, 0}, targets);
-        } else if (only->attachment->kind == PageNode::Type::Embed) {
-            const PageEmbed embed = embedOf(nodeFromJson(only->attachment->node));
-            targets.push_back({{block.index, -1, 0, 1}, {embed.id, {}}, embed.label});
-        }
-        return true;
-    });
-    return targets;
+    TargetList list;
+    list.addText(text);
+    return list.take();
 }
 
 } // namespace corvelle

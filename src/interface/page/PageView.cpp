@@ -72,12 +72,7 @@ PageView::PageView(ItemLooks items, MentionSource mentions, QWidget* parent)
     m_thumbLingers.setInterval(thumbLingersMs);
     connect(&m_thumbLingers, &QTimer::timeout, this, qOverload<>(&QWidget::update));
     m_autoScroll.setInterval(autoScrollMs);
-    connect(&m_autoScroll, &QTimer::timeout, this, [this] {
-        const double beyond =
-            m_dragAt.y() < 0 ? m_dragAt.y() : std::max(0.0, m_dragAt.y() - height());
-        scrollBy(beyond / 4);
-        extend(m_dragAt);
-    });
+    connect(&m_autoScroll, &QTimer::timeout, this, &PageView::autoScroll);
 }
 
 // ---- what is shown ----
@@ -89,10 +84,14 @@ void PageView::take(ShownPage page)
     m_targets.clear();
     m_focused = -1;
     m_layout.setPage(m_page.text, PageStyle(schemeOf(*this), m_page.settings, m_zoom));
-    const Units end = m_page.text.length();
-    m_anchor = std::min(m_anchor, end);
-    m_head = std::min(m_head, end);
-    m_dragStart = {std::min(m_dragStart.first, end), std::min(m_dragStart.second, end)};
+    const auto within = [this](PagePlace& place) {
+        place = placeWithin(m_page.text, std::move(place));
+    };
+    within(m_dragStart.first);
+    within(m_dragStart.second);
+    within(m_anchor);
+    within(m_head);
+    m_selected = selectedBetween(m_page.text, m_anchor, m_head);
     m_found = findInPage(m_page.text, m_words);
     m_currentFound = m_found.empty() ? -1 : std::clamp(m_currentFound, 0, foundCount() - 1);
 }
@@ -101,7 +100,10 @@ void PageView::open(ShownPage page)
 {
     letGo();
     m_isUnpainted = true;
-    m_anchor = m_head = 0;
+    m_anchor = m_head = {};
+    m_isPlaced = false;
+    m_layout.forgetShifts();
+    m_wideTable.reset();
     m_words.clear();
     m_topPiece = 0;
     m_isAtTop = true;
@@ -114,8 +116,9 @@ void PageView::refresh(ShownPage page)
 {
     const qsizetype block = m_layout.count() > 0 ? m_layout.extent(m_topPiece).block : 0;
     const Units from = m_layout.count() > 0 ? m_layout.extent(m_topPiece).from : 0;
+    const int row = m_layout.count() > 0 ? m_layout.extent(m_topPiece).firstRow : 0;
     take(std::move(page));
-    m_topPiece = m_layout.pieceOf(block, from);
+    m_topPiece = m_layout.pieceOf(block, from, row);
     layOut();
     emit foundChanged();
 }
@@ -140,6 +143,11 @@ void PageView::setZoom(double zoom)
     m_zoom = zoom;
     m_layout.setStyle(PageStyle(schemeOf(*this), m_page.settings, m_zoom));
     layOut();
+}
+
+void PageView::zoomBy(double steps)
+{
+    setZoom(m_zoom * std::pow(1.1, steps));
 }
 
 void PageView::changeEvent(QEvent* event)
@@ -182,12 +190,11 @@ void PageView::layOut()
 
 void PageView::resizeEvent(QResizeEvent*)
 {
-    const Units place = m_layout.count() > 0 ? m_layout.startOf(m_topPiece) : 0;
+    const PageLayout::Extent top =
+        m_layout.count() > 0 ? m_layout.extent(m_topPiece) : PageLayout::Extent();
     m_layout.setWidth(column().width());
-    if (m_layout.count() > 0 && m_topPiece > 0) {
-        const auto block = m_page.text.blockAt(place);
-        m_topPiece = m_layout.pieceOf(block.index, place - block.start);
-    }
+    if (m_topPiece > 0)
+        m_topPiece = m_layout.pieceOf(top.block, top.from, top.firstRow);
     layOut();
 }
 
@@ -265,12 +272,25 @@ void PageView::scrollTo(double place)
     settle();
 }
 
+// From the upper edge of the view, by what is known of the heights between.
+double PageView::topOf(int piece) const
+{
+    return m_layout.top(piece) - m_layout.top(m_topPiece) - m_topOffset;
+}
+
 void PageView::showRange(const TextRange& range)
 {
     const int piece = m_layout.pieceOf(range);
-    const QRectF rect = m_layout.laid(piece).rectOf({range.cell, {range.from, range.to}});
-    const double y = m_layout.top(piece) - m_layout.top(m_topPiece) - m_topOffset + rect.top();
-    constexpr double margin = 60;
+    constexpr double margin = 60, sideMargin = 24;
+    if (m_layout.mostShift(piece) > 0) {
+        const QRectF place = m_layout.laid(piece).rectOf(range);
+        const double right = std::min(place.right(), place.left() + m_layout.width() / 2);
+        const double before = std::min(0.0, place.left() - sideMargin),
+                     beyond = std::max(0.0, right + sideMargin - m_layout.width());
+        scrollSideways(piece, before < 0 ? before : beyond);
+    }
+    const QRectF rect = m_layout.laid(piece).rectOf(range);
+    const double y = topOf(piece) + rect.top();
     const bool near = piece >= m_topPiece && piece <= lastInSight();
     if (near && y >= margin / 2 && y + rect.height() <= height() - margin / 2)
         return;
@@ -298,7 +318,8 @@ bool PageView::isThumbShown() const
 
 void PageView::leaveEvent(QEvent*)
 {
-    if (std::exchange(m_isNearThumb, false))
+    const bool wasOver = std::exchange(m_isOverWide, false);
+    if (std::exchange(m_isNearThumb, false) || wasOver)
         update();
 }
 
@@ -351,36 +372,20 @@ void PageView::paintHead(QPainter& painter, double y) const
     }
 }
 
-void PageView::paintPiece(QPainter& painter, int piece, double y)
+void PageView::paintPiece(QPainter& painter, int piece, double y, const QRectF& visible)
 {
     const PageLayout::Extent& extent = m_layout.extent(piece);
-    const LaidPiece& laid = m_layout.laid(piece);
+    const Units start = m_page.text.block(extent.block).start;
     LaidPiece::Paint paint;
-    const auto [from, to] = selection();
-    if (from < to) {
-        const FlatText::BlockAt block = m_page.text.block(extent.block);
-        const Units first = std::max(from - block.start, extent.from),
-                    last = std::min(to - block.start, extent.to);
-        const bool empty = block.length() == 0 && from <= block.start && to > block.start;
-        if (first < last || empty)
-            paint.selection = {first, last};
-    }
-    std::vector<PieceMark> marks;
-    const auto range =
-        std::equal_range(m_found.begin(), m_found.end(), TextRange{extent.block, 0, 0, 0},
-            [](const TextRange& a, const TextRange& b) { return a.block < b.block; });
-    for (auto found = range.first; found != range.second; ++found)
-        if (found->cell >= 0 || (found->from < extent.to && found->to > extent.from))
-            marks.push_back({found->cell,
-                {found->from, found->to,
-                    found - m_found.begin() == m_currentFound ? TextMark::Kind::Current
-                                                              : TextMark::Kind::Found}});
+    paint.visible = visible;
+    if (hasSelection())
+        paint.selected = &m_selected;
+    paint.found = foundWithin(m_found, 0, start + extent.from, start + extent.to);
+    if (m_currentFound >= 0)
+        paint.current = &m_found[static_cast<size_t>(m_currentFound)];
     if (m_focused >= 0 && hasFocus())
-        if (const TextRange& focus = m_targets[static_cast<size_t>(m_focused)].range;
-            focus.block == extent.block)
-            marks.push_back({focus.cell, {focus.from, focus.to, TextMark::Kind::Focus}});
-    paint.marks = &marks;
-    laid.draw(painter, QPointF(column().left(), y), paint);
+        paint.focus = &m_targets[static_cast<size_t>(m_focused)].range;
+    m_layout.laid(piece).draw(painter, QPointF(column().left(), y), paint);
 }
 
 void PageView::paintEvent(QPaintEvent* event)
@@ -397,9 +402,10 @@ void PageView::paintEvent(QPaintEvent* event)
     for (int piece = m_topPiece; piece < m_layout.count() && y < height(); ++piece) {
         const double tall = m_layout.laid(piece).height();
         if (y + tall >= event->rect().top() && y <= event->rect().bottom())
-            paintPiece(painter, piece, y);
+            paintPiece(painter, piece, y, event->rect());
         y += tall;
     }
+    paintSidewaysThumb(painter);
     if (const QRectF bar = thumb(); !bar.isEmpty() && isThumbShown()) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(m_drag == Drag::Thumb ? colors.ink4 : colors.hairlineStrong);
@@ -418,31 +424,27 @@ PageView::Spot PageView::spotAt(QPointF at) const
     return {piece, QPointF(at.x() - column().left(), at.y() - y)};
 }
 
-Units PageView::placeAt(QPointF at)
+PagePlace PageView::placeAt(QPointF at)
 {
     if (m_layout.count() == 0)
-        return 0;
+        return {};
     const Spot spot = spotAt(at);
     return m_layout.placeAt(spot.piece, spot.in);
 }
 
-QRectF PageView::rectOf(Units place)
+QRectF PageView::rectOf(const PagePlace& place)
 {
     if (m_layout.count() == 0)
         return {};
-    const FlatText::BlockAt block = m_page.text.blockAt(place);
-    const Units offset = place - block.start;
-    const int piece = m_layout.pieceOf(block.index, offset);
-    const QRectF rect = m_layout.laid(piece).rectOf({-1, {offset, offset + 1}});
-    return rect.translated(
-        column().left(), m_layout.top(piece) - m_layout.top(m_topPiece) - m_topOffset);
+    const int piece = m_layout.pieceOf(place);
+    const QRectF rect = m_layout.laid(piece).rectOf({place.cells, place.at, place.at + 1});
+    return rect.translated(column().left(), topOf(piece));
 }
 
-void PageView::showPlace(Units place)
+void PageView::showPlace(const PagePlace& place)
 {
-    const FlatText::BlockAt block = m_page.text.blockAt(place);
     if (m_layout.count() > 0)
-        showRange({block.index, -1, place - block.start, place - block.start + 1});
+        showRange({place.cells, place.at, place.at + 1});
 }
 
 void PageView::showAtTop(Units place)
@@ -450,10 +452,9 @@ void PageView::showAtTop(Units place)
     if (m_layout.count() == 0)
         return;
     constexpr double margin = 24;
-    const FlatText::BlockAt block = m_page.text.blockAt(place);
-    const Units offset = place - block.start;
-    m_topPiece = m_layout.pieceOf(block.index, offset);
-    const QRectF rect = m_layout.laid(m_topPiece).rectOf({-1, {offset, offset + 1}});
+    const TextRange range{{}, place, place + 1};
+    m_topPiece = m_layout.pieceOf(range);
+    const QRectF rect = m_layout.laid(m_topPiece).rectOf(range);
     m_topOffset = std::round(rect.top() - margin);
     m_isAtTop = false;
     settle();
@@ -469,11 +470,15 @@ PageTarget PageView::targetAt(QPointF at)
 
 // ---- selecting ----
 
-void PageView::select(Units from, Units to)
+void PageView::select(const PagePlace& anchor, const PagePlace& head)
 {
-    m_anchor = from;
-    m_head = to;
+    m_anchor = anchor;
+    m_head = head;
+    m_isPlaced = true;
+    m_goalX.reset();
+    m_selected = selectedBetween(m_page.text, m_anchor, m_head);
     update();
+    emit selectionChanged();
 }
 
 void PageView::selectAll()
@@ -484,18 +489,36 @@ void PageView::selectAll()
 PageNodes PageView::nodes(Units from, Units to) const
 {
     PageNodes nodes = nodesBetween(m_page.text, from, to);
+    makeWhole(nodes);
+    return nodes;
+}
+
+// What leaves the page has the bytes of its pictures, and no links that lead nowhere else.
+void PageView::makeWhole(PageNodes& nodes) const
+{
     m_pictures.putInBytes(nodes);
     if (m_page.isDocument)
         dropInnerLinks(nodes);
-    return nodes;
 }
 
 void PageView::copy() const
 {
-    const auto [from, to] = selection();
-    if (from < to)
-        QGuiApplication::clipboard()->setMimeData(
-            copiedBlocks(nodes(from, to), m_mentions).release());
+    if (!hasSelection())
+        return;
+    PageNodes nodes = nodesOf(m_page.text, m_selected);
+    makeWhole(nodes);
+    const bool isCells = m_selected.rect && nodes.size() == 1;
+    QGuiApplication::clipboard()->setMimeData(
+        (isCells ? copiedCells(nodes.front(), m_mentions) : copiedBlocks(nodes, m_mentions))
+            .release());
+}
+
+QString PageView::selectedWords() const
+{
+    const auto [cells, from, to] = m_selected.range;
+    const auto text = m_selected.rect ? std::nullopt : textIn(m_page.text, cells);
+    const bool isInBlock = text && text->blockAt(from).index == text->blockAt(to).index;
+    return isInBlock ? text->text(from, to) : QString();
 }
 
 // ---- finding ----

@@ -6,6 +6,7 @@
 
 #include "interface/page/PageLayout.h"
 #include "interface/page/PageTargets.h"
+#include "interface/widgets/ScrollThumb.h"
 
 #include <QTimer>
 #include <QWidget>
@@ -50,11 +51,16 @@ public:
     int currentFound() const { return m_currentFound; } // -1: none
 
     // ---- selecting ----
-    bool hasSelection() const { return m_anchor != m_head; }
-    std::pair<Units, Units> selection() const { return std::minmax(m_anchor, m_head); }
-    void select(Units from, Units to);
+    bool hasSelection() const { return !m_selected.isNothing(); }
+    const Selected& selected() const { return m_selected; }
+    // The end of the selection that moves; in a cell of a table it may be.
+    const PagePlace& head() const { return m_head; }
+    void select(const PagePlace& anchor, const PagePlace& head);
+    void select(Units from, Units to) { select(PagePlace{{}, from}, PagePlace{{}, to}); }
     void selectAll();
     void copy() const;
+    // The words of a selection in one block; empty for any other.
+    QString selectedWords() const;
     // What stands between two places, with the bytes of its pictures.
     PageNodes nodes(Units from, Units to) const;
     PageNodes nodes() const { return nodes(0, m_page.text.length()); }
@@ -64,6 +70,7 @@ public:
     // Of letters, room and pictures; 1 is as designed. Kept within what can be read.
     double zoom() const { return m_zoom; }
     void setZoom(double zoom);
+    void zoomBy(double steps);
 
     // ---- scrolling ----
     // How far the upper edge is below the page's beginning, by what is known of its height.
@@ -73,10 +80,11 @@ public:
     void scrollTo(double place);
 
     // ---- places ----
-    Units placeAt(QPointF at);
+    PagePlace placeAt(QPointF at);
     // Where the unit at a place is, by what is known of the page's height.
-    QRectF rectOf(Units place);
-    void showPlace(Units place);
+    QRectF rectOf(const PagePlace& place);
+    QRectF rectOf(Units place) { return rectOf(PagePlace{{}, place}); }
+    void showPlace(const PagePlace& place);
     // Brings it to the upper edge, as a link inside the page does.
     void showAtTop(Units place);
     // The mentions, links and cards that can be pressed now, with their places in the view.
@@ -88,6 +96,7 @@ signals:
     void menuWanted(QPoint at);
     void closeWanted();
     void foundChanged();
+    void selectionChanged();
     // What open() gave is painted for the first time.
     void painted();
 
@@ -127,15 +136,38 @@ private:
     void leaveTargets();
     QString nameOf(const TargetInPage& target) const;
     void showRange(const TextRange& range);
+    void makeWhole(PageNodes& nodes) const;
+    double topOf(int piece) const;
     void paintHead(QPainter& painter, double y) const;
-    void paintPiece(QPainter& painter, int piece, double y);
+    void paintPiece(QPainter& painter, int piece, double y, const QRectF& visible);
+    // What a place stands for in the drag that goes on: itself, its word or its block.
+    using Reach = std::pair<PagePlace, PagePlace>;
+    Reach reachOf(const PagePlace& place) const;
     void extend(QPointF at);
+    void autoScroll();
+    bool selectByKey(QKeyEvent* event);
+    bool isHeadReversed() const;
+    QRectF caretAt(const PagePlace& place);
+    PagePlace reachableAt(QPointF at, bool down);
+    PagePlace movedByLine(bool down);
+    PagePlace movedByScreen(bool down);
+    PagePlace lineEdge(bool end);
     QRectF thumb() const;
     void dragThumb(double y);
     bool isOnTrack(QPointF at) const;
     void letGo();
     bool isThumbShown() const;
     void updateCursor(QPointF at);
+
+    // ---- tables wider than the column ----
+    std::optional<int> wideTableAt(QPointF at);
+    std::optional<int> wideTableInSight();
+    QRect areaOfTable(int piece);
+    bool scrollSideways(int piece, double pixels);
+    ScrollThumb sidewaysThumb(int piece);
+    bool grabSideways(QPointF at);
+    void noticeSideways(QPointF at);
+    void paintSidewaysThumb(QPainter& painter);
 
     const ItemLooks m_items;
     const MentionSource m_mentions;
@@ -150,15 +182,28 @@ private:
     double m_topOffset = 0; // and how far its top is above the edge
     bool m_isAtTop = true;  // nothing is above the edge
 
-    Units m_anchor = 0, m_head = 0; // of the selection
-    enum class Drag : unsigned char { None, Characters, Words, Blocks, Thumb } m_drag = Drag::None;
-    std::pair<Units, Units> m_dragStart; // what the press selected
+    PagePlace m_anchor, m_head;
+    Selected m_selected;           // between these two
+    bool m_isPlaced = false;       // a press or a selection said where the anchor is
+    std::optional<double> m_goalX; // of the head, while it goes from line to line
+    enum class Drag : unsigned char {
+        None,
+        Characters,
+        Words,
+        Blocks,
+        Thumb,
+        Sideways
+    } m_drag = Drag::None;
+    Reach m_dragStart; // what the press selected
     double m_thumbGrip = 0;
     QPointF m_pressedAt, m_dragAt;
     QElapsedTimer m_lastDouble;
     QTimer m_autoScroll;
     QTimer m_thumbLingers; // after scrolling
     bool m_isNearThumb = false;
+    std::optional<qsizetype> m_wideTable;   // by its block: the one whose thumb is shown
+    bool m_isOverWide = false;              // the pointer is on it
+    ScrollThumb m_sideways{Qt::Horizontal}; // while it is dragged
 
     QString m_words; // looked for
     std::vector<TextRange> m_found;

@@ -1,75 +1,87 @@
-// What the pointer and the keyboard do in a page.
+// What the pointer does in a page, and how the mentions and links in it are gone through.
 #include "interface/page/PageView.h"
 
+#include "interface/page/CaretMoves.h"
+
+#include <QContextMenuEvent>
 #include <QGuiApplication>
-#include <QKeyEvent>
+#include <QMouseEvent>
 #include <QStyleHints>
-#include <QToolTip>
+#include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
-
-using namespace Qt::StringLiterals;
 
 namespace corvelle {
 
 namespace {
 
-constexpr double zoomStep = 1.1;
-constexpr double lineStep = 48; // of the arrow keys
 constexpr double wheelLine = 20;
 constexpr double thumbNear = 28; // of the pointer to the right edge
-
-// The word round a place of a text, or the blanks or signs between two.
-std::pair<qsizetype, qsizetype> wordAround(const QString& text, qsizetype at)
-{
-    if (text.isEmpty())
-        return {0, 0};
-    at = std::min(at, text.size() - 1);
-    const auto isWord = [](QChar c) {
-        return c.isLetterOrNumber() || c == u'_' || c.isMark() || c.isSurrogate();
-    };
-    const bool word = isWord(text[at]);
-    qsizetype from = at, to = at + 1;
-    while (word && from > 0 && isWord(text[from - 1]))
-        --from;
-    while (word && to < text.size() && isWord(text[to]))
-        ++to;
-    return {from, to};
-}
 
 } // namespace
 
 void PageView::wheelEvent(QWheelEvent* event)
 {
     if (event->modifiers() & Qt::ControlModifier) {
-        setZoom(m_zoom * std::pow(zoomStep, event->angleDelta().y() / 120.0));
+        zoomBy(event->angleDelta().y() / 120.0);
         event->accept();
         return;
     }
     const double lines = QGuiApplication::styleHints()->wheelScrollLines();
-    scrollBy(-(event->pixelDelta().isNull() ? event->angleDelta().y() / 120.0 * lines * wheelLine
-                                            : event->pixelDelta().y()));
+    QPointF by =
+        -(event->pixelDelta().isNull() ? QPointF(event->angleDelta()) / 120.0 * lines * wheelLine
+                                       : QPointF(event->pixelDelta()));
+    if ((event->modifiers() & Qt::ShiftModifier) && by.x() == 0)
+        by = QPointF(by.y(), 0);
     event->accept();
+    // One direction at a time: fingers on a pad don't move straight.
+    if (std::abs(by.x()) > std::abs(by.y())) {
+        if (const auto table = wideTableAt(event->position()))
+            scrollSideways(*table, by.x());
+        else if (event->modifiers() & Qt::ShiftModifier)
+            scrollBy(by.x());
+        return;
+    }
+    scrollBy(by.y());
 }
 
 // ---- pointer ----
 
+PageView::Reach PageView::reachOf(const PagePlace& place) const
+{
+    if (m_drag != Drag::Words && m_drag != Drag::Blocks)
+        return {place, place};
+    const auto text = textIn(m_page.text, place.cells);
+    if (!text)
+        return {place, place};
+    const FlatText::BlockAt block = text->blockAt(place.at);
+    if (m_drag == Drag::Blocks)
+        return {{place.cells, block.start}, {place.cells, block.end}};
+    const auto word = wordAround(text->text(block.start, block.end), place.at - block.start);
+    return {{place.cells, block.start + word.first}, {place.cells, block.start + word.second}};
+}
+
 void PageView::extend(QPointF at)
 {
-    const Units place = placeAt(at);
-    std::pair<Units, Units> reached(place, place);
-    const FlatText::BlockAt block = m_page.text.blockAt(place);
-    if (m_drag == Drag::Blocks) {
-        reached = {block.start, block.end};
-    } else if (m_drag == Drag::Words) {
-        const auto word = wordAround(m_page.text.text(block.start, block.end), place - block.start);
-        reached = {block.start + word.first, block.start + word.second};
-    }
-    if (reached.second >= m_dragStart.second)
-        select(std::min(m_dragStart.first, reached.first), reached.second);
-    else
+    const Reach reached = reachOf(placeAt(at));
+    if (reached.second < m_dragStart.second)
         select(m_dragStart.second, reached.first);
+    else
+        select(std::min(m_dragStart.first, reached.first), reached.second);
+}
+
+// While the pointer is held beyond an edge, the faster the farther.
+void PageView::autoScroll()
+{
+    const auto beyond = [](double at, double from, double to) {
+        return at < from ? at - from : std::max(0.0, at - to);
+    };
+    scrollBy(beyond(m_dragAt.y(), 0, height()) / 4);
+    const QRectF place = column();
+    if (const auto table = wideTableAt(m_pressedAt))
+        scrollSideways(*table, beyond(m_dragAt.x(), place.left(), place.right()) / 4);
+    extend(m_dragAt);
 }
 
 void PageView::mousePressEvent(QMouseEvent* event)
@@ -90,33 +102,25 @@ void PageView::mousePressEvent(QMouseEvent* event)
         dragThumb(event->position().y());
         return;
     }
-    const Units place = placeAt(event->position());
-    if (third) {
-        const FlatText::BlockAt block = m_page.text.blockAt(place);
-        m_drag = Drag::Blocks;
-        m_dragStart = {block.start, block.end};
-        select(block.start, block.end);
-    } else {
-        m_drag = Drag::Characters;
-        const Units from = event->modifiers() & Qt::ShiftModifier ? m_anchor : place;
-        m_dragStart = {from, from};
-        select(from, place);
-    }
+    if (grabSideways(event->position()))
+        return;
+    const PagePlace place = placeAt(event->position());
+    m_drag = third ? Drag::Blocks : Drag::Characters;
+    const bool goesOn = !third && m_isPlaced && (event->modifiers() & Qt::ShiftModifier);
+    m_dragStart = goesOn ? Reach(m_anchor, m_anchor) : reachOf(place);
+    select(m_dragStart.first, goesOn ? place : m_dragStart.second);
 }
 
 void PageView::mouseDoubleClickEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton || m_layout.count() == 0)
         return;
-    if (isOnTrack(event->position()))
+    if (isOnTrack(event->position()) || grabSideways(event->position()))
         return mousePressEvent(event);
     m_lastDouble.start();
     m_pressedAt = m_dragAt = event->position();
     m_drag = Drag::Words;
-    const Units place = placeAt(event->position());
-    const FlatText::BlockAt block = m_page.text.blockAt(place);
-    const auto word = wordAround(m_page.text.text(block.start, block.end), place - block.start);
-    m_dragStart = {block.start + word.first, block.start + word.second};
+    m_dragStart = reachOf(placeAt(event->position()));
     select(m_dragStart.first, m_dragStart.second);
 }
 
@@ -133,8 +137,17 @@ void PageView::mouseMoveEvent(QMouseEvent* event)
         dragThumb(event->position().y());
         return;
     }
+    if (m_drag == Drag::Sideways) {
+        if (const auto table = wideTableInSight())
+            scrollSideways(*table, m_sideways.placeFor(event->position()) - m_layout.shift(*table));
+        return;
+    }
     extend(event->position());
-    const bool beyond = event->position().y() < 0 || event->position().y() > height();
+    const QPointF at = event->position();
+    const QRectF place = column();
+    const bool beside =
+        (at.x() < place.left() || at.x() > place.right()) && wideTableAt(m_pressedAt);
+    const bool beyond = at.y() < 0 || at.y() > height() || beside;
     if (beyond && !m_autoScroll.isActive())
         m_autoScroll.start();
     else if (!beyond)
@@ -173,82 +186,15 @@ void PageView::updateCursor(QPointF at)
     const bool near = at.x() >= width() - thumbNear;
     if (std::exchange(m_isNearThumb, near) != near)
         update();
-    if (isOnTrack(at))
+    noticeSideways(at);
+    const auto wide = m_isOverWide ? wideTableInSight() : std::nullopt;
+    if (isOnTrack(at) || (wide && sidewaysThumb(*wide).isOnTrack(at)))
         setCursor(Qt::ArrowCursor);
     else
         setCursor(targetAt(at).isNothing() ? Qt::IBeamCursor : Qt::PointingHandCursor);
 }
 
-// ---- keys ----
-
-void PageView::keyPressEvent(QKeyEvent* event)
-{
-    if (event->matches(QKeySequence::Copy))
-        return copy();
-    if (event->matches(QKeySequence::SelectAll))
-        return selectAll();
-    if (event->modifiers() & Qt::ControlModifier) {
-        const int key = event->key();
-        if (key == Qt::Key_Plus || key == Qt::Key_Equal)
-            return setZoom(m_zoom * zoomStep);
-        if (key == Qt::Key_Minus)
-            return setZoom(m_zoom / zoomStep);
-        if (key == Qt::Key_0)
-            return setZoom(1);
-    }
-    const double screen = std::max(40.0, height() - 60.0);
-    switch (event->key()) {
-    case Qt::Key_Up:
-        return scrollBy(-lineStep);
-    case Qt::Key_Down:
-        return scrollBy(lineStep);
-    case Qt::Key_PageUp:
-        return scrollBy(-screen);
-    case Qt::Key_PageDown:
-        return scrollBy(screen);
-    case Qt::Key_Space:
-        return scrollBy(event->modifiers() & Qt::ShiftModifier ? -screen : screen);
-    case Qt::Key_Home:
-        return scrollTo(0);
-    case Qt::Key_End:
-        return scrollTo(scrollRange());
-    case Qt::Key_F3:
-        return goToFound(event->modifiers() & Qt::ShiftModifier ? -1 : 1);
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        if (m_focused >= 0)
-            follow(m_targets[static_cast<size_t>(m_focused)].target);
-        return;
-    case Qt::Key_Escape:
-        if (m_focused >= 0)
-            return leaveTargets();
-        if (hasSelection())
-            return select(m_head, m_head);
-        emit closeWanted();
-        return;
-    default:
-        QWidget::keyPressEvent(event);
-    }
-}
-
-// Keys that the window knows as well are the page's while it has the keyboard.
-bool PageView::event(QEvent* event)
-{
-    if (event->type() == QEvent::ShortcutOverride) {
-        const auto* key = static_cast<QKeyEvent*>(event);
-        if (key->matches(QKeySequence::Copy) || key->matches(QKeySequence::SelectAll)) {
-            event->accept();
-            return true;
-        }
-    } else if (event->type() == QEvent::ToolTip) {
-        const auto* help = static_cast<QHelpEvent*>(event);
-        const PageTarget target = targetAt(help->pos());
-        QToolTip::showText(help->globalPos(),
-            target.link ? target.link->href.left(300).toHtmlEscaped() : QString(), this);
-        return true;
-    }
-    return QWidget::event(event);
-}
+// ---- mentions and links ----
 
 // Tab goes from one mention or link to the next, beginning with the first in sight, and behind the
 // last one on to the next control.
@@ -298,11 +244,10 @@ std::vector<std::pair<TargetInPage, QRectF>> PageView::targetsInSight()
         const int piece = m_layout.pieceOf(target.range);
         if (piece < m_topPiece || piece > last)
             continue;
-        const QRectF rect =
-            m_layout.laid(piece).rectOf({target.range.cell, {target.range.from, target.range.to}});
-        found.emplace_back(
-            target, rect.translated(column().left(),
-                        m_layout.top(piece) - m_layout.top(m_topPiece) - m_topOffset));
+        const QRectF rect = m_layout.laid(piece).rectOf(target.range);
+        const double middle = rect.center().x(); // in a wide table it may be beyond the column
+        if (middle >= 0 && middle <= m_layout.width())
+            found.emplace_back(target, rect.translated(column().left(), topOf(piece)));
     }
     return found;
 }

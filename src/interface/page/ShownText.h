@@ -1,7 +1,7 @@
 // The words of a stretch of a page as they are drawn: a mention stands there with its label, marks
 // are formats, and every place in the stretch has its place in the drawn words.
 //
-// A value; any thread while a QGuiApplication exists.
+// A value. On the main thread, since it may have to read a table to tell it in words.
 #pragma once
 
 #include "interface/page/PageStyle.h"

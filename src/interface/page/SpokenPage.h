@@ -2,16 +2,17 @@
 // the words of its cells.
 //
 // Offsets count in that text, places in the page's. Answers read the blocks asked for, never the
-// whole page. A value.
+// whole page. A value; on the main thread.
 #pragma once
 
-#include "pages/FlatText.h"
+#include "interface/page/PagePlace.h"
 
 #include <vector>
 
 namespace corvelle {
 
-// What stands for a table, a picture or a card where only words can.
+// What stands for a table, a picture or a card where only words can. Cells are apart by tabs, their
+// rows by line breaks, blocks in a cell by blanks.
 QString wordsForObject(const BlockAttachment& attachment);
 
 class SpokenPage
@@ -23,8 +24,10 @@ public:
     qsizetype length() const { return m_starts.empty() ? 0 : m_starts.back(); }
     QString text(qsizetype from, qsizetype to) const;
 
-    qsizetype offsetOf(Units place) const;
-    Units placeOf(qsizetype offset) const;
+    // Where a table begins or ends, the offset is that of its first or last cell as well: that is
+    // the place it gives.
+    qsizetype offsetOf(const PagePlace& place) const;
+    PagePlace placeOf(qsizetype offset) const;
 
 private:
     QString blockWords(qsizetype block) const;

@@ -14,7 +14,10 @@ struct TableCells
 {
     PageNodes rows;
     TablePlan plan;              // of these rows
-    std::vector<FlatText> texts; // of the plan's slots, in their order
+    std::vector<FlatText> texts; // of the plan's cells, in their order
+
+    // Of what is in a cell, without the newline that ends its last block.
+    Units lengthOf(size_t cell) const;
 
     // A row shows no more units of its words than this; its cells have equal parts of it.
     static constexpr Units mostOfRow = 20'000;
@@ -28,5 +31,11 @@ struct TableCells
 // Never null. The newest few are kept, since painting, finding and measuring ask for the same ones.
 // On the main thread.
 std::shared_ptr<const TableCells> tableCells(const BlockAttachment& table);
+
+// The table whose character stands at a place of a text; null where none does.
+std::shared_ptr<const TableCells> tableAt(const FlatText& text, Units at);
+
+// Tables in tables are entered down to this many; what lies deeper is told in words.
+inline constexpr size_t deepestTable = 8;
 
 } // namespace corvelle

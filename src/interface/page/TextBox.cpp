@@ -155,6 +155,16 @@ const ShownText::Address* TextBox::linkAt(QPointF at) const
 
 // ---- rectangles ----
 
+QRectF TextBox::caretAt(Units place) const
+{
+    const int at = m_text.shown(place);
+    const QTextLine line = m_layout->lineForTextPosition(at);
+    if (!line.isValid())
+        return QRectF(0, 0, 0, m_setting.lineHeight);
+    return QRectF(line.cursorToX(at) / m_fineness, line.lineNumber() * m_setting.lineHeight, 0,
+        m_setting.lineHeight);
+}
+
 void TextBox::addRects(int index, int from, int to, std::vector<QRectF>& rects) const
 {
     const QTextLine line = m_layout->lineAt(index);

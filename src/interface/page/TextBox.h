@@ -65,6 +65,8 @@ public:
     const ShownText::Chip* chipAt(QPointF at) const;
     const ShownText::Address* linkAt(QPointF at) const;
 
+    // Where a caret would stand; without width, as high as its line.
+    QRectF caretAt(Units place) const;
     // Of a stretch, line by line; whole lines in their whole height.
     std::vector<QRectF> rects(Units from, Units to) const;
 

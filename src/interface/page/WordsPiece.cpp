@@ -14,7 +14,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr double boxSide = 17, dotSide = 5, barWidth = 3;
+constexpr double boxSide = 17, dotSide = 5;
 constexpr double codeRadius = 10;
 constexpr Units longestColored = 100'000; // of a block of code; more is left in one ink
 
@@ -56,8 +56,8 @@ public:
                 m_style.language, style);
         m_box.emplace(std::move(shown),
             TextBox::Setting{style.font(m_style.kind), style.lineHeight(m_style.kind),
-                m_room.width - inset - (code ? codeSide : 0), Qt::AlignLeading, facts.rightToLeft,
-                style.isDark()});
+                m_room.width - inset - (code ? codeSide : 0),
+                code ? Qt::AlignLeading : facts.alignment, facts.rightToLeft, style.isDark()});
         m_origin = QPointF(m_room.left + (facts.rightToLeft && !code ? 0 : inset),
             facts.gap + (code && facts.isFirst ? codeEnd : 0));
         m_height = m_origin.y() + m_box->height() + (code && facts.isLast ? codeEnd : 0);
@@ -72,24 +72,18 @@ public:
         else if (m_facts.isFirst)
             drawMarker(painter, at);
         TextBox::Ink ink{m_facts.style->ink(m_style), &colors, {}, {}, m_style.kind == Block::Done};
-        if (paint.selection)
-            ink.selection = {
-                paint.selection->first - m_facts.from, paint.selection->second - m_facts.from};
-        std::vector<TextMark> marks;
-        if (paint.marks) {
-            for (const PieceMark& mark : *paint.marks)
-                marks.push_back(
-                    {mark.mark.from - m_facts.from, mark.mark.to - m_facts.from, mark.mark.kind});
-            ink.marks = &marks;
-        }
+        if (const auto selected = selectedIn(m_facts, paint.selected))
+            ink.selection = {selected->first - m_facts.start(), selected->second - m_facts.start()};
+        const std::vector<TextMark> marks = marksIn(paint);
+        ink.marks = &marks;
         m_box->draw(painter, at + m_origin, ink);
         if (m_style.kind == Block::Code && m_facts.isFirst && !m_style.language.isEmpty())
             drawLanguage(painter, at);
     }
 
-    Units placeAt(QPointF at) const override
+    PagePlace placeAt(QPointF at) const override
     {
-        return m_facts.from + m_box->placeAt(at - m_origin);
+        return {{}, m_facts.start() + m_box->placeAt(at - m_origin)};
     }
 
     PageTarget targetAt(QPointF at) const override
@@ -101,14 +95,32 @@ public:
         return {};
     }
 
-    QRectF rectOf(const PieceMark& mark) const override
+    QRectF rectOf(const TextRange& range) const override
     {
-        const auto rects = m_box->rects(mark.mark.from - m_facts.from, mark.mark.to - m_facts.from);
+        const auto rects = m_box->rects(range.from - m_facts.start(), range.to - m_facts.start());
         return rects.empty() ? QRectF(m_origin, QSizeF(1, m_box->height()))
                              : rects.front().translated(m_origin);
     }
 
+    QRectF caretAt(const PagePlace& place) const override
+    {
+        return m_box->caretAt(place.at - m_facts.start()).translated(m_origin);
+    }
+
 private:
+    std::vector<TextMark> marksIn(const Paint& paint) const
+    {
+        std::vector<TextMark> marks;
+        const auto add = [&](const TextRange& range, TextMark::Kind kind) {
+            marks.push_back({range.from - m_facts.start(), range.to - m_facts.start(), kind});
+        };
+        for (const TextRange& range : paint.found)
+            add(range, &range == paint.current ? TextMark::Kind::Current : TextMark::Kind::Found);
+        if (liesIn(m_facts, paint.focus))
+            add(*paint.focus, TextMark::Kind::Focus);
+        return marks;
+    }
+
     double markerLeft(double offset, double width) const
     {
         return m_facts.rightToLeft ? m_room.left + m_room.width - offset - width
@@ -210,11 +222,15 @@ public:
         drawQuoteBar(painter, at, m_facts, m_height);
         const QRectF rule(at.x() + m_room.left, at.y() + m_facts.gap + 6, m_room.width, 1);
         painter.fillRect(rule, m_facts.style->colors().hairlineStrong);
-        if (paint.selection)
+        if (selectedIn(m_facts, paint.selected))
             painter.fillRect(rule.adjusted(0, -6, 0, 6), m_facts.style->colors().textSelection);
     }
-    Units placeAt(QPointF) const override { return 0; }
-    QRectF rectOf(const PieceMark&) const override { return QRectF(0, 0, 1, m_height); }
+    PagePlace placeAt(QPointF) const override { return {{}, m_facts.block.start}; }
+    QRectF rectOf(const TextRange&) const override { return QRectF(0, 0, 1, m_height); }
+    QRectF caretAt(const PagePlace&) const override
+    {
+        return QRectF(m_room.left, m_facts.gap, 0, m_height - m_facts.gap);
+    }
 
 private:
     const PieceFacts m_facts;
@@ -222,32 +238,6 @@ private:
 };
 
 } // namespace
-
-PieceRoom pieceRoom(const PieceFacts& facts)
-{
-    // However deep, some room stays.
-    constexpr double leastWidth = 160;
-    const BlockStyle& style = facts.block.what();
-    const double wanted =
-        style.depth * facts.style->indent() + (style.isQuoted() ? facts.style->quoteInset() : 0);
-    const double inset = std::max(0.0, std::min(wanted, facts.width - leastWidth));
-    return {facts.rightToLeft ? 0 : inset, facts.width - inset};
-}
-
-void drawQuoteBar(QPainter& painter, QPointF at, const PieceFacts& facts, double height)
-{
-    const BlockStyle& style = facts.block.what();
-    if (!style.isQuoted())
-        return;
-    const PieceRoom room = pieceRoom(facts);
-    const double x = facts.rightToLeft
-                         ? at.x() + room.width + facts.style->quoteInset() - 1 - barWidth
-                         : at.x() + room.left - facts.style->quoteInset() + 1;
-    // What is quoted together has one bar, though each piece paints its own part.
-    const double top = facts.quoteGoesOn ? -2 : facts.gap + 2;
-    painter.fillRect(
-        QRectF(x, at.y() + top, barWidth, height - 2 - top), facts.style->colors().hairlineStrong);
-}
 
 std::unique_ptr<LaidPiece> layOutWords(const PieceFacts& facts)
 {
@@ -257,25 +247,6 @@ std::unique_ptr<LaidPiece> layOutWords(const PieceFacts& facts)
 std::unique_ptr<LaidPiece> layOutRule(const PieceFacts& facts)
 {
     return std::make_unique<RulePiece>(facts);
-}
-
-std::unique_ptr<LaidPiece> layOutPiece(const PieceFacts& facts)
-{
-    const BlockStyle& style = facts.block.what();
-    if (style.kind == Block::Divider)
-        return layOutRule(facts);
-    if (facts.block.length() == 1) {
-        const CharStyleRef only = facts.text->styleAt(facts.block.start);
-        if (only && only->attachment) {
-            const BlockAttachment& attachment = *only->attachment;
-            if (attachment.kind == PageNode::Type::Table)
-                return layOutTable(facts, attachment);
-            if (attachment.kind == PageNode::Type::Image)
-                return layOutPicture(facts, attachment);
-            return layOutEmbed(facts, attachment);
-        }
-    }
-    return layOutWords(facts);
 }
 
 } // namespace corvelle

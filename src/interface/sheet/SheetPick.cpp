@@ -4,20 +4,7 @@
 
 #include <algorithm>
 
-using namespace Qt::StringLiterals;
-
 namespace corvelle {
-
-namespace {
-
-QString quoted(const QString& text)
-{
-    const bool plain = std::none_of(text.begin(), text.end(),
-        [](QChar c) { return c == u'\t' || c == u'\n' || c == u'\r' || c == u'"'; });
-    return plain ? text : u'"' + QString(text).replace(u"\""_s, u"\"\""_s) + u'"';
-}
-
-} // namespace
 
 bool CellRange::contains(CellPlace place) const
 {
@@ -62,7 +49,7 @@ QString copiedCells(const SheetRows& sheet, const CellRange& range)
         for (int column = range.from.column; column <= range.to.column; ++column) {
             if (column > range.from.column)
                 copied += u'\t';
-            copied += quoted(textAt(sheet, {column, row}));
+            copied += tabField(textAt(sheet, {column, row}));
         }
     }
     return copied;

@@ -4,9 +4,9 @@
 // Only cells in sight are drawn. A place in the view is in logical pixels.
 #pragma once
 
-#include "interface/sheet/ScrollThumb.h"
 #include "interface/sheet/SheetLayout.h"
 #include "interface/sheet/SheetPick.h"
+#include "interface/widgets/ScrollThumb.h"
 
 #include <QTimer>
 #include <QWidget>

@@ -105,10 +105,11 @@ TEST(PageLayout, aPlaceAndItsRectangleAgree)
         layout.setWidth(400);
         const LaidPiece& piece = layout.laid(0);
         for (Units place = 0; place < text.block(0).length(); ++place) {
-            const QRectF rect = piece.rectOf({-1, {place, place + 1}});
+            const QRectF rect = piece.rectOf({{}, place, place + 1});
             if (text.at(place) == ' ')
                 continue; // it may hang over the end of its line
-            ASSERT_EQ(piece.placeAt(QPointF(rect.left() + 0.3, rect.center().y())), place) << place;
+            ASSERT_EQ(piece.placeAt(QPointF(rect.left() + 0.3, rect.center().y())).at, place);
+            ASSERT_NEAR(piece.caretAt({{}, place}).left(), rect.left(), 0.01) << place;
         }
     }
 }
@@ -198,7 +199,8 @@ TEST(PageLayout, hostileTablesAreLaidOutInParts)
             EXPECT_LE(layout.extent(piece).rowCount, c.mostRows);
         EXPECT_LT(layout.laid(0).height(), 40'000);
         for (const int cell : {0, 1, 999})
-            EXPECT_LE(layout.laid(0).rectOf({cell, {}}).right(), layout.width());
+            EXPECT_LE(layout.laid(0).rectOf({{{0, cell}}, 0, 1}).right(),
+                layout.width() + layout.mostShift(0) + 1);
     }
 }
 
@@ -254,7 +256,7 @@ TEST(PageView, whatIsInSightStaysWhereItIs)
     view.open({builder.take(), {}, "Title", {}});
     view.scrollTo(view.scrollRange() / 2);
     for (int turn = 0; turn < 300; ++turn) {
-        const Units marked = view.placeAt(QPointF(300, 300));
+        const PagePlace marked = view.placeAt(QPointF(300, 300));
         const double before = view.rectOf(marked).top();
         const double step = static_cast<double>(random() % 400) - 200;
         view.scrollBy(step);
@@ -300,13 +302,12 @@ TEST(PageView, selectsByCharacterWordAndBlock)
     view.open({builder.take(), {}, {}, {}});
     const QPoint word = view.rectOf(6).center().toPoint(); // in "block"
     QTest::mouseDClick(&view, Qt::LeftButton, {}, word);
-    EXPECT_EQ(view.selection(), (std::pair<Units, Units>(6, 11)));
+    EXPECT_EQ(view.selected().range, (TextRange{{}, 6, 11}));
     QTest::mousePress(&view, Qt::LeftButton, {}, word);
-    EXPECT_EQ(view.selection(), (std::pair<Units, Units>(0, 24)))
-        << "the third press takes the block";
+    EXPECT_EQ(view.selected().range, (TextRange{{}, 0, 24})) << "the third press takes the block";
     QTest::mouseRelease(&view, Qt::LeftButton, {}, word);
     QTest::keyClick(&view, Qt::Key_A, Qt::ControlModifier);
-    EXPECT_EQ(view.selection().second, view.page().text.length());
+    EXPECT_EQ(view.selected().range.to, view.page().text.length());
     QTest::keyClick(&view, Qt::Key_Escape);
     EXPECT_FALSE(view.hasSelection());
 }
@@ -325,7 +326,7 @@ TEST(PageView, aDragEndsWithItsButtonOrItsPage)
     ASSERT_TRUE(view.hasSelection());
     view.refresh({paragraphs(1, 1), {}, "Title", {}});
     QCoreApplication::sendEvent(&view, &move);
-    EXPECT_LE(view.selection().second, view.page().text.length())
+    EXPECT_LE(view.selected().range.to, view.page().text.length())
         << "what was dragged over is gone";
     view.hide();
     view.show();

@@ -1,8 +1,8 @@
 // A sheet in its grid: where cells stand, how they are picked, copied, found and scrolled.
-#include "interface/sheet/ScrollThumb.h"
 #include "interface/sheet/SheetAccessible.h"
 #include "interface/sheet/WorkbookScreen.h"
 #include "interface/widgets/FindBar.h"
+#include "interface/widgets/ScrollThumb.h"
 #include "support/Printing.h"
 
 #include <QAccessible>

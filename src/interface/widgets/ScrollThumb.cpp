@@ -1,4 +1,4 @@
-#include "interface/sheet/ScrollThumb.h"
+#include "interface/widgets/ScrollThumb.h"
 
 #include <algorithm>
 #include <cmath>
