@@ -41,10 +41,11 @@ struct OpenWorkbook::Reader
 
     Outcome outcome(int wanted) const
     {
-        Outcome outcome{state, {}, 0, {}};
+        Outcome outcome{state, {}, 0, 0, {}};
         if (state != State::Read)
             return outcome;
         outcome.names = book->names();
+        outcome.sheetCount = book->sheetCount();
         outcome.sheet = std::clamp(wanted, 0, static_cast<int>(outcome.names.size()) - 1);
         if (auto rows = book->rows(outcome.sheet))
             outcome.rows = std::make_shared<const SheetRows>(std::move(*rows));
@@ -76,6 +77,7 @@ void OpenWorkbook::close()
     m_id.clear();
     m_state = State::Reading;
     m_names.clear();
+    m_sheetCount = 0;
     m_sheet = 0;
     m_rows.reset();
     m_queue.async([reader = m_reader] { reader->close(); });
@@ -116,6 +118,7 @@ void OpenWorkbook::took(Outcome outcome)
 {
     m_state = outcome.state;
     m_names = std::move(outcome.names);
+    m_sheetCount = outcome.sheetCount;
     m_sheet = outcome.sheet;
     m_rows = std::move(outcome.rows);
     emit changed();

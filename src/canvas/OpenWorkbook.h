@@ -34,7 +34,8 @@ public:
     const QString& id() const { return m_id; }
 
     State state() const { return m_state; }
-    const QStringList& names() const { return m_names; } // of the sheets
+    const QStringList& names() const { return m_names; } // of the sheets that can be shown
+    int sheetCount() const { return m_sheetCount; }      // of all that the file has
 
     // The sheet that is shown, or will be once it is read.
     int sheet() const { return m_sheet; }
@@ -52,6 +53,7 @@ private:
     {
         State state = State::Unreadable;
         QStringList names;
+        int sheetCount = 0;
         int sheet = 0;
         Rows rows;
     };
@@ -66,6 +68,7 @@ private:
     QString m_id;
     State m_state = State::Reading;
     QStringList m_names;
+    int m_sheetCount = 0;
     int m_sheet = 0;
     Rows m_rows;
     int m_reading = 0;

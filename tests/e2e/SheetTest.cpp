@@ -36,6 +36,20 @@ QByteArray workbook(int rows, const QByteArrayList& words)
     return zip.finish();
 }
 
+// Sheets of one word each.
+QByteArray manySheets(int count)
+{
+    ZipWriter zip(QDateTime{});
+    QByteArray list;
+    for (int sheet = 1; sheet <= count; ++sheet) {
+        list += "<sheet name='Sheet " + QByteArray::number(sheet) + "'/>";
+        zip.add(QString("xl/worksheets/sheet%1.xml").arg(sheet),
+            sheetPart(1, {sheet % 30 == 0 ? "goal" : "way"}));
+    }
+    zip.add("xl/workbook.xml", "<workbook" + names + "><sheets>" + list + "</sheets></workbook>");
+    return zip.finish();
+}
+
 class Sheets : public testing::Test
 {
 protected:
@@ -43,6 +57,7 @@ protected:
     {
         home.givenFile("Costs.xlsx", workbook(1200, {"Van", "two\nlines", "420"}));
         home.givenFile("Macro.XLSM", workbook(1, {"x"}));
+        home.givenFile("Many.xlsx", manySheets(130));
         home.givenFile("Broken.xlsx", "PK, but no workbook");
         home.givenFile("Huge.xlsx", QByteArray(20'000'001, ' '));
         program = std::make_unique<Program>(home, Program::Options{{"--size", "1200x800"}, {}});
@@ -136,6 +151,14 @@ TEST_F(Sheets, sayWhatTheyCannotShow)
     program->key("Esc");
     open("Macro.XLSM");
     EXPECT_EQ(picked("text"), "x");
+}
+
+TEST_F(Sheets, tellHowManyThereAreBeyondThoseShown)
+{
+    open("Many.xlsx");
+    EXPECT_EQ(opened()["sheets"].toArray().size(), 100);
+    EXPECT_EQ(opened()["sheetCount"].toInt(), 130);
+    EXPECT_EQ(opened()["counts"].toString(), "First 100 of 130 sheets · 1 row");
 }
 
 TEST_F(Sheets, showTheFileAsItIsNow)

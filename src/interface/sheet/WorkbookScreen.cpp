@@ -82,8 +82,9 @@ void WorkbookScreen::setName(const QString& name)
     setAccessibleName(name);
 }
 
-void WorkbookScreen::setSheets(const QStringList& names, int current)
+void WorkbookScreen::setSheets(const QStringList& names, int current, int count)
 {
+    m_sheetCount = count;
     m_tabs->setSheets(names, current);
     layOut();
     update();
@@ -143,7 +144,9 @@ void WorkbookScreen::showPick()
 
 QString WorkbookScreen::countWords() const
 {
-    const QString sheets = counted(m_tabs->count(), u"sheet"_s);
+    const QString all = counted(m_sheetCount, u"sheet"_s);
+    const QString sheets =
+        m_tabs->count() < m_sheetCount ? u"First %1 of %2"_s.arg(m_tabs->count()).arg(all) : all;
     return m_note.isEmpty()
                ? sheets + u" · "_s +
                      counted(static_cast<qsizetype>(m_view->sheet().rows.size()), u"row"_s)

@@ -27,7 +27,8 @@ public:
     const FindBar& findBar() const { return *m_find; }
 
     void setName(const QString& name);
-    void setSheets(const QStringList& names, int current);
+    // The names of the sheets that can be shown, and how many there are in all.
+    void setSheets(const QStringList& names, int current, int count);
     // The rows of the current sheet, begun anew or in their newest state.
     enum class Begin : unsigned char { Anew, Where };
     void showRows(SheetView::Rows rows, Begin begin);
@@ -36,6 +37,8 @@ public:
     // What the note says, or that the sheet is cut; empty when neither.
     const QString& note() const { return m_note; }
     const QString& notice() const { return m_notice; }
+    // How much there is, in words, at the lower edge.
+    QString countWords() const;
 
     void comeFrom(const QRectF& card);
     void takeFocus();
@@ -65,13 +68,13 @@ private:
     void showPick();
     void turn(int step);
     void escape();
-    QString countWords() const;
     QRect body() const; // between the head row and the names of the sheets
     void paintHead(QPainter& painter) const;
     void paintNote(QPainter& painter) const;
     void paintFoot(QPainter& painter) const;
 
     QString m_name, m_note, m_noteDetail, m_notice;
+    int m_sheetCount = 0;
     SheetView* m_view;
     CellBar* m_bar;
     SheetTabs* m_tabs;

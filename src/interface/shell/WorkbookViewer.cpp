@@ -61,7 +61,7 @@ void WorkbookViewer::present()
 
 void WorkbookViewer::showState()
 {
-    m_screen->setSheets(m_workbook->names(), m_workbook->sheet());
+    m_screen->setSheets(m_workbook->names(), m_workbook->sheet(), m_workbook->sheetCount());
     switch (m_workbook->state()) {
     case OpenWorkbook::State::Reading:
         return m_screen->showNote(u"Reading sheet…"_s);
@@ -94,6 +94,7 @@ QJsonObject WorkbookViewer::told() const
     const SheetPick& pick = view.pick();
     const CellRange range = pick.range();
     QJsonObject told{{u"sheets"_s, QJsonArray::fromStringList(m_workbook->names())},
+        {u"sheetCount"_s, m_workbook->sheetCount()}, {u"counts"_s, m_screen->countWords()},
         {u"sheet"_s, m_workbook->sheet()}, {u"note"_s, m_screen->note()},
         {u"notice"_s, m_screen->notice()},
         {u"scroll"_s, QJsonArray{view.scrollPlace().x(), view.scrollPlace().y()}},

@@ -281,7 +281,7 @@ TEST(WorkbookScreen, tellsWhatCannotBeSeen)
     WorkbookScreen screen(nullptr);
     screen.resize(900, 600);
     screen.show();
-    screen.setSheets({u"One & two"_s, u"Three"_s}, 1);
+    screen.setSheets({u"One & two"_s, u"Three"_s}, 1, 2);
     screen.showRows(sheetOf({{u"a"_s}}, true), WorkbookScreen::Begin::Anew);
     EXPECT_TRUE(screen.view().isVisible());
     EXPECT_EQ(screen.view().name(), u"Three"_s);
@@ -300,12 +300,22 @@ TEST(WorkbookScreen, tellsWhatCannotBeSeen)
     EXPECT_EQ(closed.count(), 1);
 }
 
+TEST(WorkbookScreen, tellsHowManySheetsThereAre)
+{
+    WorkbookScreen screen(nullptr);
+    screen.setSheets({u"One"_s}, 0, 1);
+    screen.showRows(sheetOf({{u"a"_s}, {u"b"_s}}), WorkbookScreen::Begin::Anew);
+    EXPECT_EQ(screen.countWords(), u"1 sheet · 2 rows"_s);
+    screen.setSheets({u"One"_s, u"Two"_s}, 0, 1234);
+    EXPECT_EQ(screen.countWords(), u"First 2 of 1,234 sheets · 2 rows"_s);
+}
+
 TEST(WorkbookScreen, escapeClosesTheFieldForFindingFirst)
 {
     WorkbookScreen screen(nullptr);
     screen.resize(900, 600);
     screen.show();
-    screen.setSheets({u"Sheet"_s}, 0);
+    screen.setSheets({u"Sheet"_s}, 0, 1);
     screen.showRows(sheetOf({{u"a"_s, u"b"_s, u"ab"_s}}), WorkbookScreen::Begin::Anew);
     screen.openFind();
     screen.setFindWords(u"b"_s);
