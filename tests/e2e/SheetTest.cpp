@@ -126,6 +126,7 @@ TEST_F(Sheets, cellsArePickedAndCopied)
     program->wheel(QPointF(600, 400), QPoint(0, -5));
     EXPECT_GT(opened().value("scroll").toArray().at(1).toInt(), 0);
     program->tell("open", {{"id", idOf("Costs.xlsx")}, {"find", "van"}});
+    program->settle();
     EXPECT_EQ(opened().value("find").toObject().value("count").toInt(), 1000);
 }
 
@@ -159,6 +160,61 @@ TEST_F(Sheets, tellHowManyThereAreBeyondThoseShown)
     EXPECT_EQ(opened()["sheets"].toArray().size(), 100);
     EXPECT_EQ(opened()["sheetCount"].toInt(), 130);
     EXPECT_EQ(opened()["counts"].toString(), "First 100 of 130 sheets · 1 row");
+}
+
+TEST_F(Sheets, areSearchedAllAtOnce)
+{
+    const auto find = [this](const char* what) {
+        return opened().value("find").toObject().value(what);
+    };
+    const auto isOn = [&](int sheet, int number, int count) {
+        program->settle();
+        return waitUntil(
+            [&] {
+                return opened()["sheet"].toInt() == sheet && find("current").toInt() == number &&
+                       find("count").toInt() == count && picked("text") == "goal";
+            },
+            3000);
+    };
+    open("Many.xlsx");
+    program->key("Ctrl+F");
+    program->tell("text", {{"text", "goal"}});
+    EXPECT_TRUE(isOn(29, 0, 3)) << "the sheets beyond those shown aren't searched";
+    EXPECT_EQ(find("says").toString(), "1 of 3");
+    program->key("Return");
+    EXPECT_TRUE(isOn(59, 1, 3));
+    program->key("Return", 2);
+    EXPECT_TRUE(isOn(29, 0, 3)) << "round";
+    program->key("Shift+Return");
+    EXPECT_TRUE(isOn(89, 2, 3));
+    program->key("Backspace", 4);
+    program->tell("text", {{"text", "way"}});
+    program->settle();
+    EXPECT_EQ(find("count").toInt(), 97);
+    program->tell("text", {{"text", "no such"}});
+    program->settle();
+    EXPECT_EQ(find("says").toString(), "Not found");
+    program->key("Esc");
+    EXPECT_TRUE(find("words").isUndefined());
+    EXPECT_TRUE(opened()["shown"].toBool());
+}
+
+TEST_F(Sheets, findAgainInAFileThatChanged)
+{
+    open("Costs.xlsx");
+    program->key("Ctrl+F");
+    program->tell("text", {{"text", "420"}});
+    program->key("Return", 3);
+    program->settle();
+    const QJsonValue scroll = opened()["scroll"];
+    EXPECT_EQ(picked("place"), "C4");
+    home.givenFile("Costs.xlsx", workbook(30, {"Van", "420", "420"}));
+    ASSERT_TRUE(waitUntil([&] {
+        program->settle();
+        return opened().value("find").toObject().value("count").toInt() == 60;
+    }));
+    EXPECT_EQ(picked("place"), "C4") << "nobody is led away";
+    EXPECT_EQ(opened().value("find").toObject().value("current").toInt(), 7);
 }
 
 TEST_F(Sheets, showTheFileAsItIsNow)

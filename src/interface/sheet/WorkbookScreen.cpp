@@ -5,7 +5,6 @@
 #include "interface/theme/Fonts.h"
 #include "interface/theme/Icons.h"
 #include "interface/widgets/BarButton.h"
-#include "interface/widgets/FindBar.h"
 #include "interface/widgets/Look.h"
 
 #include <QCoreApplication>
@@ -43,7 +42,7 @@ WorkbookScreen::WorkbookScreen(QWidget* parent)
     , m_search(new BarButton(Icon::Search, u"Find"_s, this))
     , m_more(new BarButton(Icon::More, u"More"_s, this))
     , m_close(new BarButton(Icon::Close, u"Close"_s, this))
-    , m_find(new FindBar(u"Find in the sheet"_s, this))
+    , m_find(new FindBar(u"Find in all sheets"_s, this))
     , m_arrival(*this)
 {
     setFocusPolicy(Qt::StrongFocus);
@@ -63,11 +62,10 @@ WorkbookScreen::WorkbookScreen(QWidget* parent)
     connect(m_view, &SheetView::closeWanted, this, &WorkbookScreen::escape);
     connect(m_view, &SheetView::pickChanged, this, &WorkbookScreen::showPick);
     connect(m_view, &SheetView::sheetWanted, this, &WorkbookScreen::turn);
-    connect(m_view, &SheetView::foundChanged, this,
-        [this] { m_find->setCount(m_view->currentFound(), m_view->foundCount()); });
+    connect(m_view, &SheetView::foundWanted, this, &WorkbookScreen::foundWanted);
     connect(m_tabs, &QTabBar::currentChanged, this, &WorkbookScreen::sheetWanted);
-    connect(m_find, &FindBar::wordsChanged, m_view, &SheetView::find);
-    connect(m_find, &FindBar::stepWanted, m_view, &SheetView::goToFound);
+    connect(m_find, &FindBar::wordsChanged, this, &WorkbookScreen::findWanted);
+    connect(m_find, &FindBar::stepWanted, this, &WorkbookScreen::foundWanted);
     connect(m_find, &FindBar::closeWanted, this, &WorkbookScreen::closeFind);
     connect(&m_arrival, &Arrival::ended, this, &WorkbookScreen::stand);
 }
@@ -86,6 +84,8 @@ void WorkbookScreen::setSheets(const QStringList& names, int current, int count)
 {
     m_sheetCount = count;
     m_tabs->setSheets(names, current);
+    if (names.isEmpty())
+        closeFind();
     layOut();
     update();
 }
@@ -99,13 +99,10 @@ void WorkbookScreen::showRows(SheetView::Rows rows, Begin begin)
     }
     m_note.clear();
     setAccessibleDescription(m_notice);
-    if (begin == Begin::Anew) {
+    if (begin == Begin::Anew)
         m_view->open(m_tabs->tabData(m_tabs->currentIndex()).toString(), std::move(rows));
-        if (m_isFinding)
-            m_view->find(m_find->words());
-    } else {
+    else
         m_view->refresh(std::move(rows));
-    }
     showParts();
 }
 
@@ -114,7 +111,6 @@ void WorkbookScreen::showNote(const QString& title, const QString& detail)
     m_note = title;
     m_noteDetail = detail;
     m_notice.clear();
-    closeFind();
     showParts();
     setAccessibleDescription(detail.isEmpty() ? title : title + u' ' + detail);
 }
@@ -125,7 +121,7 @@ void WorkbookScreen::showParts()
     const bool hadFocus = m_view->hasFocus() || hasFocus();
     m_view->setVisible(sheet);
     m_bar->setVisible(sheet);
-    m_search->setVisible(sheet);
+    m_search->setVisible(shows && canFind());
     m_tabs->setVisible(shows && m_tabs->count() > 0);
     m_more->setVisible(shows);
     m_close->setVisible(shows);
@@ -335,14 +331,19 @@ void WorkbookScreen::escape()
 
 // ---- finding ----
 
+bool WorkbookScreen::canFind() const
+{
+    return m_tabs->count() > 0;
+}
+
 void WorkbookScreen::openFind()
 {
-    if (!m_note.isEmpty())
+    if (!canFind())
         return;
     m_isFinding = true;
     m_find->raise();
     m_find->open();
-    m_view->find(m_find->words());
+    emit findWanted(m_find->words());
 }
 
 void WorkbookScreen::setFindWords(const QString& words)
@@ -350,12 +351,19 @@ void WorkbookScreen::setFindWords(const QString& words)
     m_find->setWords(words);
 }
 
+void WorkbookScreen::showFound(
+    std::vector<CellPlace> here, int current, int count, FindBar::Search search)
+{
+    m_view->setFound(std::move(here));
+    m_find->setCount(current, count, search);
+}
+
 void WorkbookScreen::closeFind()
 {
     if (!std::exchange(m_isFinding, false))
         return;
     m_find->leave();
-    m_view->find({});
+    emit findWanted({});
     takeFocus();
 }
 

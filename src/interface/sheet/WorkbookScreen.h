@@ -4,12 +4,12 @@
 
 #include "interface/sheet/SheetView.h"
 #include "interface/widgets/Arrival.h"
+#include "interface/widgets/FindBar.h"
 
 namespace corvelle {
 
 class BarButton;
 class CellBar;
-class FindBar;
 class SheetTabs;
 
 class WorkbookScreen : public QWidget
@@ -42,16 +42,23 @@ public:
 
     void comeFrom(const QRectF& card);
     void takeFocus();
+    bool canFind() const;
     void openFind();
     void closeFind();
     bool isFinding() const { return m_isFinding; }
     void setFindWords(const QString& words);
+    // What was found: the cells of the sheet that is shown, and which of how many in all sheets the
+    // picked one is. `current` counts from 0; -1: none.
+    void showFound(std::vector<CellPlace> here, int current, int count, FindBar::Search search);
     QRect moreButton() const; // in this widget
 
 signals:
     void closeWanted();
     void moreWanted();
     void sheetWanted(int number);
+    // The words to be found in all sheets; empty: no more.
+    void findWanted(const QString& words);
+    void foundWanted(int step);
 
 protected:
     bool event(QEvent* event) override;

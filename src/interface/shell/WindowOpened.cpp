@@ -171,20 +171,21 @@ void MainWindow::openWorkbookMenu(QPoint at)
     if (m_alertPanel || m_menu || m_opened != m_workbook)
         return;
     const bool hasSheet = m_workbook->screen().note().isEmpty();
-    showMenu(workbookMenu(hasSheet), at, [this](const QString& act) {
-        SheetView& view = m_workbook->screen().view();
-        const Node* node = m_model.library().node(m_model.openedID());
-        if (act == u"find")
-            m_workbook->openFind();
-        else if (act == u"copy")
-            view.copy();
-        else if (act == u"all")
-            view.pickAll();
-        else if (node && act == u"show")
-            showInFileManager(m_model.library().filePath(*node));
-        else if (node && act == u"elsewhere")
-            emit m_model.openItem(node->id);
-    });
+    showMenu(
+        workbookMenu(hasSheet, m_workbook->screen().canFind()), at, [this](const QString& act) {
+            SheetView& view = m_workbook->screen().view();
+            const Node* node = m_model.library().node(m_model.openedID());
+            if (act == u"find")
+                m_workbook->openFind();
+            else if (act == u"copy")
+                view.copy();
+            else if (act == u"all")
+                view.pickAll();
+            else if (node && act == u"show")
+                showInFileManager(m_model.library().filePath(*node));
+            else if (node && act == u"elsewhere")
+                emit m_model.openItem(node->id);
+        });
 }
 
 // ---- for scripts ----

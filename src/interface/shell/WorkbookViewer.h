@@ -29,17 +29,25 @@ public:
     void openFind() override { m_screen->openFind(); }
     void setFindWords(const QString& words) override { m_screen->setFindWords(words); }
     bool isReading() const override { return m_workbook->isReading(); }
+    bool isSettled() const override { return !isReading() && !m_workbook->isSearching(); }
     QJsonObject told() const override;
 
 private:
     void took();
     void showState();
+    void turnTo(int sheet);
+    void find(const QString& words);
+    void goToFound(int step);
+    void showFound();
+    void showHit();
 
     OpenWorkbook* m_workbook;
     WorkbookScreen* m_screen;
     bool m_isPresented = false;
     int m_shownSheet = -1; // whose rows are on the screen
-    QTimer m_patience;     // before it is told that something is being read
+    BookPlace m_findFrom;  // where the person was before finding moved them
+    bool m_goesToHit = false;
+    QTimer m_patience; // before it is told that something is being read
 };
 
 } // namespace corvelle

@@ -21,8 +21,10 @@ public:
     void open();
     void setWords(const QString& words);
     QString words() const;
-    // `current` counts from 0; -1: none.
-    void setCount(int current, int count);
+    // `current` counts from 0; -1: none. A search that goes on may find more.
+    enum class Search : unsigned char { Ended, GoesOn };
+    void setCount(int current, int count, Search search = Search::Ended);
+    QString countWords() const;
 
 signals:
     void wordsChanged(const QString& words);

@@ -8,6 +8,7 @@
 #include <QAccessible>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
@@ -223,20 +224,25 @@ TEST_F(Sheet, looksTheSameHoweverItCameThere)
     EXPECT_TRUE(moved == fresh);
 }
 
-TEST_F(Sheet, findsWordsInAnyCase)
+TEST_F(Sheet, marksWhatWasFound)
 {
-    show(sheetOf({{u"Sea"_s, u"land"_s}, {u"SEAside"_s}, {u"the sea"_s}}));
-    view.find(u"sea"_s);
-    EXPECT_EQ(view.foundCount(), 3);
-    EXPECT_EQ(picked(), u"A1"_s);
-    view.goToFound(-1);
-    EXPECT_EQ(picked(), u"A3"_s);
-    view.goToFound(1);
-    EXPECT_EQ(view.currentFound(), 0);
-    view.find(u"nothing"_s);
-    EXPECT_EQ(view.currentFound(), -1);
-    view.goToFound(1);
-    EXPECT_EQ(picked(), u"A1"_s);
+    show(largeSheet());
+    const auto inkAt = [this](CellPlace place) {
+        const QPoint corner = view.rectOf(place).topLeft() + QPoint(3, 3);
+        return view.grab().toImage().pixelColor(corner * view.devicePixelRatioF());
+    };
+    const QColor plain = inkAt({2, 3});
+    view.setFound({{0, 1}, {2, 3}, {1, 900}});
+    EXPECT_NE(inkAt({2, 3}), plain);
+    EXPECT_EQ(inkAt({1, 3}), plain);
+    view.scrollTo({0, SheetLayout::top(890)});
+    EXPECT_NE(inkAt({1, 900}), plain);
+    QSignalSpy wanted(&view, &SheetView::foundWanted);
+    QTest::keyClick(&view, Qt::Key_F3, Qt::ShiftModifier);
+    ASSERT_EQ(wanted.count(), 1);
+    EXPECT_EQ(wanted[0][0].toInt(), -1);
+    view.open(u"Other"_s, largeSheet());
+    EXPECT_EQ(inkAt({2, 3}), plain);
 }
 
 TEST_F(Sheet, staysWhereItIsWhenTheFileChanges)
@@ -315,14 +321,55 @@ TEST(WorkbookScreen, escapeClosesTheFieldForFindingFirst)
     WorkbookScreen screen(nullptr);
     screen.resize(900, 600);
     screen.show();
-    screen.setSheets({u"Sheet"_s}, 0, 1);
+    screen.setSheets({u"Sheet"_s, u"Empty"_s}, 0, 2);
     screen.showRows(sheetOf({{u"a"_s, u"b"_s, u"ab"_s}}), WorkbookScreen::Begin::Anew);
+    QSignalSpy wanted(&screen, &WorkbookScreen::findWanted);
     screen.openFind();
     screen.setFindWords(u"b"_s);
-    EXPECT_EQ(screen.view().foundCount(), 2);
+    EXPECT_EQ(wanted.last()[0].toString(), u"b"_s);
+    screen.showNote(u"Reading sheet…"_s);
+    EXPECT_TRUE(screen.isFinding()) << "other sheets have words";
     QSignalSpy closed(&screen, &WorkbookScreen::closeWanted);
     QTest::keyClick(&screen.view(), Qt::Key_Escape);
     EXPECT_FALSE(screen.isFinding());
     EXPECT_EQ(closed.count(), 0);
-    EXPECT_EQ(screen.view().foundCount(), 0);
+    EXPECT_EQ(wanted.last()[0].toString(), QString());
+    screen.openFind();
+    screen.setSheets({}, 0, 0);
+    screen.showNote(u"Couldn’t preview this workbook"_s);
+    EXPECT_FALSE(screen.isFinding());
+    screen.openFind();
+    EXPECT_FALSE(screen.isFinding()) << "there is nothing to be found";
+}
+
+TEST(FindBar, tellsHowFarTheSearchIs)
+{
+    FindBar bar(u"Find"_s, nullptr);
+    const int width = bar.width();
+    using Search = FindBar::Search;
+    const struct
+    {
+        int current, count;
+        Search search;
+        QString says;
+    } cases[] = {
+        {-1, 0, Search::GoesOn, u"…"_s},
+        {-1, 0, Search::Ended, u"Not found"_s},
+        {0, 3, Search::GoesOn, u"1 of 3…"_s},
+        {2, 3, Search::Ended, u"3 of 3"_s},
+        {-1, 12, Search::Ended, u"12 found"_s},
+        {1'234'566, 4'000'000, Search::Ended, u"1,234,567 of 4,000,000"_s},
+    };
+    bar.setCount(-1, 0);
+    EXPECT_EQ(bar.countWords(), QString()) << "no words, no count";
+    bar.setWords(u"x"_s);
+    for (const auto& c : cases) {
+        bar.setCount(c.current, c.count, c.search);
+        EXPECT_EQ(bar.countWords(), c.says);
+        EXPECT_EQ(bar.width(), width);
+    }
+    bar.show();
+    QTest::qWait(10);
+    const auto* words = bar.findChild<QLabel*>();
+    EXPECT_GE(words->width(), words->sizeHint().width()) << "the longest is seen whole";
 }
