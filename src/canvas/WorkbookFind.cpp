@@ -107,8 +107,8 @@ int WorkbookFind::number() const
     if (!m_isOnHit)
         return -1;
     const auto& found = foundIn(m_place.sheet);
-    auto before = std::lower_bound(found.begin(), found.end(), m_place.cell, isBefore) -
-                  found.begin();
+    auto before =
+        std::lower_bound(found.begin(), found.end(), m_place.cell, isBefore) - found.begin();
     for (int sheet = 0; sheet < m_place.sheet; ++sheet)
         before += static_cast<std::ptrdiff_t>(foundIn(sheet).size());
     return static_cast<int>(before);

@@ -125,7 +125,8 @@ TEST(WorkbookFind, findsNothingWithoutEnd)
     EXPECT_FALSE(find.step(-1));
     EXPECT_FALSE(find.isWaiting());
     EXPECT_EQ(told(find), u"none, 0 of 0"_s);
-    for (WorkbookFind none : {WorkbookFind(), WorkbookFind(u"x"_s, 0, {}), WorkbookFind({}, 9, {})}) {
+    for (WorkbookFind none :
+        {WorkbookFind(), WorkbookFind(u"x"_s, 0, {}), WorkbookFind({}, 9, {})}) {
         EXPECT_TRUE(none.isDone());
         EXPECT_FALSE(none.step(1));
     }

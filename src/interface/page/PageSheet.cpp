@@ -76,7 +76,8 @@ void PageSheet::layOut()
         button->move(right, middle - button->height() / 2);
         right -= button == m_close ? 9 : 2;
     }
-    m_find->move(place.right() + 1 - 16 - m_find->width(), place.top() + headRow + 10);
+    // In the head row it hides nothing of what it finds.
+    m_find->move(right - 4 - m_find->width(), middle - m_find->height() / 2);
 }
 
 void PageSheet::resizeEvent(QResizeEvent*)
@@ -141,8 +142,9 @@ void PageSheet::paintSheet(QPainter& painter, const QRectF& box) const
     const double middle = box.top() + headRow / 2.0;
     drawIcon(painter, m_sign, QRectF(box.left() + headSide, middle - 9, 18, 18), colors.ink3);
     const Lettering letters(TypeStyle::Label);
+    const int end = m_isFinding ? m_find->x() : m_more->x();
     const QRectF name(box.left() + headSide + 26, box.top(),
-        std::max(0.0, m_more->x() - box.left() - headSide - 26 - 12), headRow - 1);
+        std::max(0.0, end - box.left() - headSide - 26 - 12), headRow - 1);
     painter.setPen(colors.ink);
     letters.draw(
         painter, name, Qt::AlignLeft, letters.elided(m_name, name.width(), Qt::ElideMiddle));
@@ -220,6 +222,7 @@ void PageSheet::openFind()
     m_find->raise();
     m_find->open();
     m_view->find(m_find->words());
+    update();
 }
 
 void PageSheet::setFindWords(const QString& words)
@@ -234,6 +237,7 @@ void PageSheet::closeFind()
     m_find->leave();
     m_view->find({});
     takeFocus();
+    update();
 }
 
 } // namespace corvelle

@@ -6,6 +6,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -40,9 +41,15 @@ void CellBar::setCell(const QString& place, const QString& text)
     update();
 }
 
+void CellBar::setTaken(int pixels)
+{
+    if (std::exchange(m_taken, pixels) != pixels)
+        update();
+}
+
 int CellBar::heightFor(int pixels, int most) const
 {
-    const auto lines = static_cast<int>(linesIn(m_text, pixels, mostLines).size());
+    const auto lines = static_cast<int>(linesIn(m_text, pixels - m_taken, mostLines).size());
     const int line = static_cast<int>(Lettering(TypeStyle::SheetCell).lineHeight());
     return std::clamp(2 * room + lines * line, leastHeight, std::max(leastHeight, most));
 }
@@ -61,7 +68,7 @@ void CellBar::paintEvent(QPaintEvent*)
     const double step = letters.lineHeight();
     const int most = std::max(1, static_cast<int>((height() - 2 * room) / step));
     double top = most == 1 ? (leastHeight - 1 - step) / 2 : room;
-    for (const QString& line : linesIn(m_text, width(), most)) {
+    for (const QString& line : linesIn(m_text, width() - m_taken, most)) {
         letters.draw(painter, QRectF(textLeft, top, width() - textLeft, step), Qt::AlignLeft, line);
         top += step;
     }

@@ -13,6 +13,8 @@ public:
     explicit CellBar(QWidget* parent);
 
     void setCell(const QString& place, const QString& text);
+    // How much of its right end something else takes.
+    void setTaken(int pixels);
     // As high as the text wants in this width, up to a limit.
     int heightFor(int pixels, int most) const;
 
@@ -21,6 +23,7 @@ protected:
 
 private:
     QString m_place, m_text;
+    int m_taken = 0;
 };
 
 } // namespace corvelle

@@ -161,6 +161,7 @@ QRect WorkbookScreen::body() const
 void WorkbookScreen::layOut()
 {
     const QRect area = body();
+    m_bar->setTaken(m_isFinding ? m_find->width() + 8 : 0);
     const int bar = m_bar->heightFor(area.width(), area.height() / 2);
     m_bar->setGeometry(area.left(), area.top(), area.width(), bar);
     m_view->setGeometry(area.adjusted(0, bar, 0, 0));
@@ -175,7 +176,8 @@ void WorkbookScreen::layOut()
         button->move(right, (headHeight - button->height()) / 2);
         right -= button == m_close ? 9 : 2;
     }
-    m_find->move(width() - 16 - m_find->width(), headHeight + 8);
+    // Beside the text of the cell it hides nothing of what it finds.
+    m_find->move(width() - 2 - m_find->width(), headHeight + (40 - m_find->height()) / 2);
 }
 
 void WorkbookScreen::resizeEvent(QResizeEvent*)
@@ -342,6 +344,7 @@ void WorkbookScreen::openFind()
         return;
     m_isFinding = true;
     m_find->raise();
+    layOut();
     m_find->open();
     emit findWanted(m_find->words());
 }
@@ -363,6 +366,7 @@ void WorkbookScreen::closeFind()
     if (!std::exchange(m_isFinding, false))
         return;
     m_find->leave();
+    layOut();
     emit findWanted({});
     takeFocus();
 }

@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
+#include <QPainter>
 
 #include <algorithm>
 
@@ -27,6 +28,7 @@ FindBar::FindBar(const QString& where, QWidget* parent)
     , m_field(new QLineEdit(this))
     , m_count(new QLabel(this))
 {
+    setBare(true);
     setAccessibleName(u"Find"_s);
     m_field->setAccessibleName(where);
     m_field->setPlaceholderText(where);
@@ -64,7 +66,7 @@ FindBar::FindBar(const QString& where, QWidget* parent)
 void FindBar::open()
 {
     QPalette colors = m_field->palette();
-    colors.setColor(QPalette::Base, corvelle::palette(schemeOf(*this)).field);
+    colors.setColor(QPalette::Base, Qt::transparent); // its ground has round corners
     m_field->setPalette(colors);
     if (!isVisible() || isLeaving())
         appear();
@@ -104,6 +106,16 @@ void FindBar::setCount(int current, int count, Search search)
 QString FindBar::countWords() const
 {
     return m_count->text();
+}
+
+void FindBar::paintEvent(QPaintEvent* event)
+{
+    GlassPanel::paintEvent(event);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(corvelle::palette(schemeOf(*this)).field);
+    painter.drawRoundedRect(m_field->geometry(), radius::control, radius::control);
 }
 
 bool FindBar::eventFilter(QObject* watched, QEvent* event)

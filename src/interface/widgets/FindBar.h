@@ -1,5 +1,8 @@
 // The field for finding words in what is open, with how many there are and the way from one to the
 // next.
+//
+// It has no surface of its own: it stands in a row of what is open, where it hides nothing of what
+// it finds.
 #pragma once
 
 #include "interface/widgets/GlassPanel.h"
@@ -33,6 +36,7 @@ signals:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     QLineEdit* m_field;

@@ -342,6 +342,23 @@ TEST(WorkbookScreen, escapeClosesTheFieldForFindingFirst)
     EXPECT_FALSE(screen.isFinding()) << "there is nothing to be found";
 }
 
+TEST(WorkbookScreen, theFieldForFindingHidesNoCell)
+{
+    WorkbookScreen screen(nullptr);
+    screen.setSheets({u"Sheet"_s}, 0, 1);
+    screen.showRows(sheetOf({{u"a"_s}}), WorkbookScreen::Begin::Anew);
+    screen.show();
+    for (const QSize size : {QSize(1'440, 900), QSize(760, 480)}) {
+        screen.resize(size);
+        screen.openFind();
+        QTest::qWait(300); // it has risen
+        const QRect field = screen.findBar().geometry(), sheet = screen.view().geometry();
+        EXPECT_TRUE(screen.rect().contains(field));
+        EXPECT_GE(field.top(), WorkbookScreen::headHeight - 2) << "nor a button";
+        EXPECT_LT(field.bottom(), sheet.top() + SheetLayout::headHeight);
+    }
+}
+
 TEST(FindBar, tellsHowFarTheSearchIs)
 {
     FindBar bar(u"Find"_s, nullptr);
