@@ -199,6 +199,28 @@ TEST_F(Sheets, areSearchedAllAtOnce)
     EXPECT_TRUE(opened()["shown"].toBool());
 }
 
+TEST_F(Sheets, standStillWhateverIsInTheirCells)
+{
+    const auto top = [this] {
+        return opened().value("picked").toObject().value("rect").toArray().at(1).toInt();
+    };
+    const auto isOpen = [this] {
+        return opened().value("picked").toObject().value("isOpen").toBool();
+    };
+    open("Costs.xlsx");
+    const int before = top();
+    program->key("Right");
+    EXPECT_EQ(picked("text"), "two\nlines");
+    EXPECT_EQ(top(), before);
+    program->key("Space");
+    EXPECT_TRUE(isOpen());
+    EXPECT_EQ(top(), before);
+    program->key("Esc");
+    EXPECT_FALSE(isOpen());
+    program->key("Right");
+    EXPECT_EQ(picked("text"), "420") << "the sheet has the keyboard again";
+}
+
 TEST_F(Sheets, findAgainInAFileThatChanged)
 {
     open("Costs.xlsx");

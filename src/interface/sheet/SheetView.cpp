@@ -301,7 +301,7 @@ void SheetView::mousePressEvent(QMouseEvent* event)
     if (event->button() != Qt::LeftButton)
         return QWidget::mousePressEvent(event);
     m_dragAt = event->position().toPoint();
-    m_pressedAt = event->globalPosition();
+    m_pressedAt = m_dragAt;
     const auto reach =
         event->modifiers() & Qt::ShiftModifier ? SheetPick::Reach::Range : SheetPick::Reach::Alone;
     for (auto [thumb, drag] : {std::pair(&m_down, Drag::Down), std::pair(&m_across, Drag::Across)})
@@ -360,8 +360,8 @@ void SheetView::mouseMoveEvent(QMouseEvent* event)
             updateThumbs();
         return;
     }
-    // What is picked shows above and may push the grid from under a pointer that hardly moved.
-    if (m_drag == Drag::Cells && (event->globalPosition() - m_pressedAt).manhattanLength() <
+    // A hand that presses isn't quite still.
+    if (m_drag == Drag::Cells && (m_dragAt - m_pressedAt).manhattanLength() <
                                      QGuiApplication::styleHints()->startDragDistance())
         return;
     dragTo(m_dragAt);
@@ -454,6 +454,8 @@ void SheetView::keyPressEvent(QKeyEvent* event)
         emit sheetWanted(event->key() == Qt::Key_PageDown ? 1 : -1);
     } else if (event->key() == Qt::Key_F3) {
         emit foundWanted(event->modifiers() & Qt::ShiftModifier ? -1 : 1);
+    } else if (event->key() == Qt::Key_Space && !control) {
+        emit wholeTextWanted();
     } else if (event->key() == Qt::Key_Escape && !m_pick.range().isOne()) {
         pickCell(m_pick.picked);
     } else if (event->key() == Qt::Key_Escape) {

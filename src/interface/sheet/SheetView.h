@@ -61,6 +61,8 @@ public:
 signals:
     void pickChanged();
     void closeWanted();
+    // All that stands in the picked cell.
+    void wholeTextWanted();
     void menuWanted(QPoint at);
     // To the next sheet, or the one before.
     void sheetWanted(int step);
@@ -126,7 +128,7 @@ private:
         Across
     } m_drag = Drag::None;
     QPoint m_dragAt{-1, -1}; // the pointer
-    QPointF m_pressedAt;     // on the screen
+    QPoint m_pressedAt;
     bool m_isOnTrack = false;
     ScrollThumb m_down{Qt::Vertical}, m_across{Qt::Horizontal};
     QTimer m_thumbsLinger; // after scrolling

@@ -61,6 +61,8 @@ WorkbookScreen::WorkbookScreen(QWidget* parent)
     connect(m_close, &QAbstractButton::clicked, this, &WorkbookScreen::closeWanted);
     connect(m_view, &SheetView::closeWanted, this, &WorkbookScreen::escape);
     connect(m_view, &SheetView::pickChanged, this, &WorkbookScreen::showPick);
+    connect(m_view, &SheetView::wholeTextWanted, this, [this] { m_bar->setOpen(true); });
+    connect(m_bar, &CellBar::openChanged, this, &WorkbookScreen::showText);
     connect(m_view, &SheetView::sheetWanted, this, &WorkbookScreen::turn);
     connect(m_view, &SheetView::foundWanted, this, &WorkbookScreen::foundWanted);
     connect(m_tabs, &QTabBar::currentChanged, this, &WorkbookScreen::sheetWanted);
@@ -110,6 +112,7 @@ void WorkbookScreen::showNote(const QString& title, const QString& detail)
 {
     m_note = title;
     m_noteDetail = detail;
+    m_bar->setOpen(false);
     m_notice.clear();
     showParts();
     setAccessibleDescription(detail.isEmpty() ? title : title + u' ' + detail);
@@ -135,7 +138,18 @@ void WorkbookScreen::showPick()
 {
     const CellPlace picked = m_view->pick().picked;
     m_bar->setCell(placeName(picked), textAt(m_view->sheet(), picked));
+}
+
+void WorkbookScreen::showText()
+{
+    const bool hadFocus = m_bar->hasFocus();
+    m_bar->raise();
+    m_find->raise();
     layOut();
+    if (m_bar->isOpen())
+        m_bar->setFocus();
+    else if (hadFocus)
+        takeFocus();
 }
 
 QString WorkbookScreen::countWords() const
@@ -162,9 +176,9 @@ void WorkbookScreen::layOut()
 {
     const QRect area = body();
     m_bar->setTaken(m_isFinding ? m_find->width() + 8 : 0);
-    const int bar = m_bar->heightFor(area.width(), area.height() / 2);
-    m_bar->setGeometry(area.left(), area.top(), area.width(), bar);
-    m_view->setGeometry(area.adjusted(0, bar, 0, 0));
+    m_bar->setGeometry(
+        area.left(), area.top(), area.width(), m_bar->heightFor(area.width(), area.height() / 2));
+    m_view->setGeometry(area.adjusted(0, CellBar::rowHeight, 0, 0));
     const int words =
         static_cast<int>(Lettering(TypeStyle::Small).width(countWords())) + 2 * footSide;
     m_tabs->setGeometry(8, height() - SheetTabs::barHeight, std::max(120, width() - 8 - words),
@@ -177,7 +191,8 @@ void WorkbookScreen::layOut()
         right -= button == m_close ? 9 : 2;
     }
     // Beside the text of the cell it hides nothing of what it finds.
-    m_find->move(width() - 2 - m_find->width(), headHeight + (40 - m_find->height()) / 2);
+    m_find->move(
+        width() - 2 - m_find->width(), headHeight + (CellBar::rowHeight - m_find->height()) / 2);
 }
 
 void WorkbookScreen::resizeEvent(QResizeEvent*)
@@ -325,7 +340,9 @@ void WorkbookScreen::turn(int step)
 
 void WorkbookScreen::escape()
 {
-    if (isFinding())
+    if (m_bar->isOpen())
+        m_bar->setOpen(false);
+    else if (isFinding())
         closeFind();
     else
         emit closeWanted();
@@ -343,6 +360,7 @@ void WorkbookScreen::openFind()
     if (!canFind())
         return;
     m_isFinding = true;
+    m_bar->setOpen(false); // it may lie over what is found
     m_find->raise();
     layOut();
     m_find->open();

@@ -24,6 +24,7 @@ public:
 
     SheetView& view() { return *m_view; }
     const SheetView& view() const { return *m_view; }
+    const CellBar& cellBar() const { return *m_bar; }
     const FindBar& findBar() const { return *m_find; }
 
     void setName(const QString& name);
@@ -73,6 +74,7 @@ private:
     void stand();
     void showParts();
     void showPick();
+    void showText();
     void turn(int step);
     void escape();
     QRect body() const; // between the head row and the names of the sheets

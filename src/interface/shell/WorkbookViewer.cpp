@@ -1,5 +1,7 @@
 #include "interface/shell/WorkbookViewer.h"
 
+#include "interface/sheet/CellBar.h"
+
 #include <QJsonArray>
 
 using namespace Qt::StringLiterals;
@@ -161,6 +163,7 @@ QJsonObject WorkbookViewer::told() const
         told[u"picked"] = QJsonObject{{u"place"_s, placeName(pick.picked)},
             {u"text"_s, textAt(view.sheet(), pick.picked)},
             {u"range"_s, placeName(range.from) + u':' + placeName(range.to)},
+            {u"isOpen"_s, m_screen->cellBar().isOpen()},
             {u"rect"_s, QJsonArray{place.x(), place.y(), place.width(), place.height()}}};
     }
     if (m_screen->isFinding())

@@ -1,4 +1,5 @@
 // A sheet in its grid: where cells stand, how they are picked, copied, found and scrolled.
+#include "interface/sheet/CellBar.h"
 #include "interface/sheet/ScrollThumb.h"
 #include "interface/sheet/SheetAccessible.h"
 #include "interface/sheet/WorkbookScreen.h"
@@ -357,6 +358,57 @@ TEST(WorkbookScreen, theFieldForFindingHidesNoCell)
         EXPECT_GE(field.top(), WorkbookScreen::headHeight - 2) << "nor a button";
         EXPECT_LT(field.bottom(), sheet.top() + SheetLayout::headHeight);
     }
+}
+
+TEST(WorkbookScreen, longTextsOpenOverTheSheetAndPushNothing)
+{
+    WorkbookScreen screen(nullptr);
+    screen.resize(900, 600);
+    screen.setSheets({u"Sheet"_s}, 0, 1);
+    const QString lines = u"line\n"_s.repeated(300);
+    screen.showRows(sheetOf({{u"short"_s, u"long "_s.repeated(100)}, {u"two\nlines"_s, lines}}),
+        WorkbookScreen::Begin::Anew);
+    screen.show();
+    screen.activateWindow();
+    screen.takeFocus();
+    SheetView& view = screen.view();
+    const CellBar& bar = screen.cellBar();
+    const QRect standing = view.geometry();
+    const int row = bar.height();
+    EXPECT_FALSE(bar.hasMore());
+    QTest::keyClick(&view, Qt::Key_Space);
+    EXPECT_FALSE(bar.isOpen()) << "there is no more to see";
+
+    for (const CellPlace place : {CellPlace{1, 0}, CellPlace{0, 1}, CellPlace{1, 1}}) {
+        view.pickCell(place);
+        EXPECT_TRUE(bar.hasMore());
+        EXPECT_EQ(bar.height(), row);
+        QTest::keyClick(&view, Qt::Key_Space);
+        EXPECT_TRUE(bar.isOpen());
+        EXPECT_GT(bar.height(), row);
+        EXPECT_LT(bar.geometry().bottom(), standing.center().y() + row);
+        EXPECT_EQ(view.geometry(), standing);
+    }
+    // The longest is scrolled to its end.
+    EXPECT_GT(bar.scrollRange(), 3'000);
+    QTest::keyClick(screen.findChild<CellBar*>(), Qt::Key_End);
+    EXPECT_EQ(bar.scrollPlace(), bar.scrollRange());
+    EXPECT_EQ(placeName(view.pick().picked), u"B2"_s) << "the keys are the text's";
+
+    QSignalSpy closed(&screen, &WorkbookScreen::closeWanted);
+    QTest::keyClick(&view, Qt::Key_Escape);
+    EXPECT_FALSE(bar.isOpen());
+    EXPECT_EQ(closed.count(), 0);
+    QTest::keyClick(&view, Qt::Key_Space);
+    view.pickCell({0, 0});
+    EXPECT_FALSE(bar.isOpen()) << "another cell";
+    EXPECT_EQ(bar.height(), row);
+    view.pickCell({1, 1});
+    QTest::keyClick(&view, Qt::Key_Space);
+    screen.openFind();
+    EXPECT_FALSE(bar.isOpen()) << "what is found may lie below";
+    view.pickCell({1, 0});
+    EXPECT_TRUE(bar.hasMore()) << "the field for finding takes of the line";
 }
 
 TEST(FindBar, tellsHowFarTheSearchIs)
