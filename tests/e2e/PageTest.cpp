@@ -209,6 +209,7 @@ TEST_F(Pages, aMarkdownFileOpensAsAPage)
     ASSERT_FALSE(file.isEmpty());
     open(file);
     EXPECT_EQ(opened()["kind"].toString(), "file");
+    EXPECT_EQ(opened()["badge"].toString(), "") << "its own head row has a sign";
     EXPECT_EQ(program->folder(), program->tree().idAt("My Space/Notes")) << "in its own folder";
     EXPECT_EQ(opened()["targets"][0]["address"].toString(), "other.md");
     EXPECT_EQ(program->state()["lastFailure"].toString(), QString());

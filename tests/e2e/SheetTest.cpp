@@ -91,6 +91,7 @@ TEST_F(Sheets, openFromTheirCardsAndCloseBackIntoThem)
     ASSERT_TRUE(waitUntil([&] { return opened()["shown"].toBool(); }));
     program->settle();
     EXPECT_EQ(opened()["kind"].toString(), "file");
+    EXPECT_EQ(opened()["badge"].toString(), "XLS");
     EXPECT_EQ(opened()["sheets"].toArray(), (QJsonArray{"Costs", "Empty", "Gone"}));
     EXPECT_EQ(opened()["rows"].toInt(), 1000);
     EXPECT_EQ(opened()["notice"].toString(),

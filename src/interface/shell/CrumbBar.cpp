@@ -1,6 +1,7 @@
 #include "interface/shell/CrumbBar.h"
 
 #include "interface/theme/Fonts.h"
+#include "interface/widgets/Badge.h"
 #include "interface/widgets/BarButton.h"
 #include "interface/widgets/Look.h"
 
@@ -96,12 +97,21 @@ void CrumbBar::setOverlay(const QString& name)
     rebuild();
 }
 
-void CrumbBar::setOpened(const QString& title)
+void CrumbBar::setOpened(const QString& title, const QString& badge)
 {
-    if (title == m_opened)
+    if (title == m_opened && badge == m_openedBadge)
         return;
     m_opened = title;
+    m_openedBadge = badge;
     rebuild();
+}
+
+QString CrumbBar::badge() const
+{
+    for (const QWidget* widget : m_crumbs)
+        if (const auto* badge = qobject_cast<const Badge*>(widget); badge && badge->isVisible())
+            return badge->letters();
+    return {};
 }
 
 void CrumbBar::goBack()
@@ -168,11 +178,12 @@ void CrumbBar::rebuild()
 
 void CrumbBar::addCrumb(const QString& id, const QString& title, bool isHere)
 {
-    if (!m_crumbs.empty()) {
-        auto* divider = new Divider(Divider::Kind::Chevron, this);
-        m_row->addWidget(divider);
-        divider->show();
-        m_crumbs.push_back(divider);
+    if (!m_crumbs.empty())
+        addChild(new Divider(Divider::Kind::Chevron, this));
+    if (isHere && m_overlay.isEmpty() && !m_openedBadge.isEmpty()) {
+        auto* badge = new Badge(m_openedBadge, this);
+        badge->setContentsMargins(5, 0, 0, 0); // as far from the sign as from its name
+        addChild(badge);
     }
     auto* crumb = new BarButton(shownTitle(title), this, BarButton::Form::Crumb);
     if (m_crumbs.empty()) {
@@ -190,9 +201,14 @@ void CrumbBar::addCrumb(const QString& id, const QString& title, bool isHere)
         if (m_opened.isEmpty() || !isHere) // what is open is here already
             m_model.open(id);
     });
-    m_row->addWidget(crumb);
-    crumb->show();
-    m_crumbs.push_back(crumb);
+    addChild(crumb);
+}
+
+void CrumbBar::addChild(QWidget* child)
+{
+    m_row->addWidget(child);
+    child->show();
+    m_crumbs.push_back(child);
 }
 
 void CrumbBar::addEllipsis(const QString& target, const QString& name)

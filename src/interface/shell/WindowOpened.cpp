@@ -1,5 +1,6 @@
 // What is open over the canvas, whatever shows it: which viewer that is, its coming and going, and
 // what scripts are told of it.
+#include "canvas/FileWords.h"
 #include "interface/shell/CardMenus.h"
 #include "interface/shell/CrumbBar.h"
 #include "interface/shell/Dock.h"
@@ -142,7 +143,9 @@ void MainWindow::nameOpened()
     if (!node || !m_opened)
         return;
     m_opened->setNode(*node);
-    m_crumbs->setOpened(node->title);
+    // What has a head row of its own shows there what it is.
+    m_crumbs->setOpened(
+        node->title, m_opened->holdsCrumbs() ? fileBadge(node->mime, node->title) : QString());
 }
 
 void MainWindow::showChrome(bool shows)
@@ -198,6 +201,7 @@ QJsonValue MainWindow::openedJson() const
     QJsonObject told = m_opened->told();
     told[u"id"] = node->id;
     told[u"kind"] = word(node->kind);
+    told[u"badge"] = m_crumbs->badge();
     told[u"shown"] = showsOpened();
     told[u"readAfter"] = m_readAfterMs;
     told[u"paintedAfter"] = m_paintedAfterMs;
