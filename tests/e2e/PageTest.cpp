@@ -199,6 +199,7 @@ TEST_F(Pages, whatCantBeReadIsNotTakenForEmpty)
         SQLITE_OK);
     sqlite3_close(database);
     open(page);
+    EXPECT_EQ(opened()["appButton"][2].toInt(), 0) << "no other application has pages";
     EXPECT_EQ(program->state()["toasts"][0]["text"].toString(), "“Page” couldn’t be read");
     EXPECT_EQ(opened()["id"].toString(), page);
 }

@@ -222,6 +222,23 @@ TEST_F(Sheets, standStillWhateverIsInTheirCells)
     EXPECT_EQ(picked("text"), "420") << "the sheet has the keyboard again";
 }
 
+TEST_F(Sheets, openInTheirAppByAButton)
+{
+    for (const char* name : {"Costs.xlsx", "Broken.xlsx"}) { // what can't be shown, too
+        open(name);
+        QJsonArray at;
+        ASSERT_TRUE(waitUntil([&] {
+            at = opened()["appButton"].toArray();
+            return at[2].toInt() >= 28;
+        })) << "it has come up";
+        program->mouse("click", QPointF(at[0].toDouble() + 10, at[1].toDouble() + 10));
+        EXPECT_TRUE(program->state()["lastFailure"].toString().startsWith(
+            QString("Couldn’t open “%1”").arg(name)))
+            << "nothing here opens workbooks";
+        EXPECT_EQ(opened()["id"].toString(), idOf(name)) << "and stays open";
+    }
+}
+
 TEST_F(Sheets, findAgainInAFileThatChanged)
 {
     open("Costs.xlsx");

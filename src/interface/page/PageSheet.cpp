@@ -27,14 +27,18 @@ constexpr int headSide = 18, buttonEdge = 8;
 PageSheet::PageSheet(ItemLooks items, MentionSource mentions, QWidget* parent)
     : QWidget(parent)
     , m_view(new PageView(std::move(items), std::move(mentions), this))
+    , m_app(new BarButton(Icon::Open, u"Open in its app"_s, this))
     , m_more(new BarButton(Icon::More, u"More"_s, this))
     , m_close(new BarButton(Icon::Close, u"Close"_s, this))
     , m_find(new FindBar(u"Find in the page"_s, this))
     , m_arrival(*this)
 {
     m_close->setName(u"Close"_s, QKeySequence(Qt::Key_Escape).toString(QKeySequence::NativeText));
-    setTabOrder(m_view, m_more);
+    setTabOrder(m_view, m_app);
+    setTabOrder(m_app, m_more);
     setTabOrder(m_more, m_close);
+    m_app->hide();
+    connect(m_app, &QAbstractButton::clicked, this, &PageSheet::appWanted);
     connect(m_more, &QAbstractButton::clicked, this, &PageSheet::moreWanted);
     connect(m_close, &QAbstractButton::clicked, this, &PageSheet::closeWanted);
     connect(m_view, &PageView::closeWanted, this, &PageSheet::escape);
@@ -48,11 +52,14 @@ PageSheet::PageSheet(ItemLooks items, MentionSource mentions, QWidget* parent)
 
 PageSheet::~PageSheet() = default;
 
-void PageSheet::setName(Icon sign, const QString& name)
+void PageSheet::setName(Icon sign, const QString& name, Apps apps)
 {
+    m_hasApp = apps == Apps::Another;
+    m_app->setVisible(m_hasApp && !m_arrival.isComing());
     m_sign = sign;
     m_name = name;
     m_view->setAccessibleName(name);
+    layOut();
     update();
 }
 
@@ -70,7 +77,9 @@ void PageSheet::layOut()
     m_view->setGeometry(place.adjusted(0, headRow, 0, 0));
     const int middle = place.top() + headRow / 2;
     int right = place.right() + 1 - buttonEdge;
-    for (BarButton* button : {m_close, m_more}) {
+    for (BarButton* button : {m_close, m_more, m_app}) {
+        if (button == m_app && !m_hasApp)
+            break;
         button->resize(button->sizeHint());
         right -= button->width();
         button->move(right, middle - button->height() / 2);
@@ -91,9 +100,15 @@ QRect PageSheet::moreButton() const
     return m_more->geometry();
 }
 
+QRect PageSheet::appButton() const
+{
+    return m_app->isVisibleTo(this) ? m_app->geometry() : QRect();
+}
+
 void PageSheet::showParts(bool shows)
 {
     m_view->setVisible(shows);
+    m_app->setVisible(shows && m_hasApp);
     m_more->setVisible(shows);
     m_close->setVisible(shows);
 }
@@ -142,7 +157,7 @@ void PageSheet::paintSheet(QPainter& painter, const QRectF& box) const
     const double middle = box.top() + headRow / 2.0;
     drawIcon(painter, m_sign, QRectF(box.left() + headSide, middle - 9, 18, 18), colors.ink3);
     const Lettering letters(TypeStyle::Label);
-    const int end = m_isFinding ? m_find->x() : m_more->x();
+    const int end = m_isFinding ? m_find->x() : m_hasApp ? m_app->x() : m_more->x();
     const QRectF name(box.left() + headSide + 26, box.top(),
         std::max(0.0, end - box.left() - headSide - 26 - 12), headRow - 1);
     painter.setPen(colors.ink);

@@ -21,8 +21,9 @@ public:
     PageView& view() { return *m_view; }
     const FindBar& findBar() const { return *m_find; }
 
-    // What the head row says.
-    void setName(Icon sign, const QString& name);
+    // What the head row says, and whether another application can open it.
+    enum class Apps : unsigned char { None, Another };
+    void setName(Icon sign, const QString& name, Apps apps);
     // Comes up out of a card's place in the parent, or only fades when that is empty.
     void comeFrom(const QRectF& card);
     // Gives the page the keyboard.
@@ -32,10 +33,12 @@ public:
     bool isFinding() const { return m_isFinding; }
     void setFindWords(const QString& words);
     QRect moreButton() const; // in the parent
+    QRect appButton() const;  // empty when it isn't there
 
 signals:
     void closeWanted();
     void moreWanted();
+    void appWanted();
 
 protected:
     bool event(QEvent* event) override;
@@ -54,12 +57,14 @@ private:
     void paintSheet(QPainter& painter, const QRectF& box) const;
 
     PageView* m_view;
+    BarButton* m_app;
     BarButton* m_more;
     BarButton* m_close;
     FindBar* m_find;
     bool m_isFinding = false; // the field is there, and not on its way out
     Icon m_sign = Icon::Page;
     QString m_name;
+    bool m_hasApp = false;
 
     Arrival m_arrival;
 };

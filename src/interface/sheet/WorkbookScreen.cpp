@@ -40,6 +40,7 @@ WorkbookScreen::WorkbookScreen(QWidget* parent)
     , m_bar(new CellBar(this))
     , m_tabs(new SheetTabs(this))
     , m_search(new BarButton(Icon::Search, u"Find"_s, this))
+    , m_app(new BarButton(Icon::Open, u"Open in its app"_s, this))
     , m_more(new BarButton(Icon::More, u"More"_s, this))
     , m_close(new BarButton(Icon::Close, u"Close"_s, this))
     , m_find(new FindBar(u"Find in all sheets"_s, this))
@@ -54,9 +55,11 @@ WorkbookScreen::WorkbookScreen(QWidget* parent)
     m_close->setName(u"Close"_s, key(Qt::Key_Escape));
     setTabOrder(m_view, m_tabs);
     setTabOrder(m_tabs, m_search);
-    setTabOrder(m_search, m_more);
+    setTabOrder(m_search, m_app);
+    setTabOrder(m_app, m_more);
     setTabOrder(m_more, m_close);
     connect(m_search, &QAbstractButton::clicked, this, &WorkbookScreen::openFind);
+    connect(m_app, &QAbstractButton::clicked, this, &WorkbookScreen::appWanted);
     connect(m_more, &QAbstractButton::clicked, this, &WorkbookScreen::moreWanted);
     connect(m_close, &QAbstractButton::clicked, this, &WorkbookScreen::closeWanted);
     connect(m_view, &SheetView::closeWanted, this, &WorkbookScreen::escape);
@@ -126,6 +129,7 @@ void WorkbookScreen::showParts()
     m_bar->setVisible(sheet);
     m_search->setVisible(shows && canFind());
     m_tabs->setVisible(shows && m_tabs->count() > 0);
+    m_app->setVisible(shows);
     m_more->setVisible(shows);
     m_close->setVisible(shows);
     layOut();
@@ -184,7 +188,7 @@ void WorkbookScreen::layOut()
     m_tabs->setGeometry(8, height() - SheetTabs::barHeight, std::max(120, width() - 8 - words),
         SheetTabs::barHeight);
     int right = width() - buttonEdge;
-    for (BarButton* button : {m_close, m_more, m_search}) {
+    for (BarButton* button : {m_close, m_more, m_app, m_search}) {
         button->resize(button->sizeHint());
         right -= button->width();
         button->move(right, (headHeight - button->height()) / 2);
@@ -204,6 +208,11 @@ void WorkbookScreen::resizeEvent(QResizeEvent*)
 QRect WorkbookScreen::moreButton() const
 {
     return m_more->geometry();
+}
+
+QRect WorkbookScreen::appButton() const
+{
+    return m_app->isVisibleTo(this) ? m_app->geometry() : QRect();
 }
 
 // ---- coming ----

@@ -52,10 +52,12 @@ public:
     // picked one is. `current` counts from 0; -1: none.
     void showFound(std::vector<CellPlace> here, int current, int count, FindBar::Search search);
     QRect moreButton() const; // in this widget
+    QRect appButton() const;  // empty when it isn't there
 
 signals:
     void closeWanted();
     void moreWanted();
+    void appWanted();
     void sheetWanted(int number);
     // The words to be found in all sheets; empty: no more.
     void findWanted(const QString& words);
@@ -88,6 +90,7 @@ private:
     CellBar* m_bar;
     SheetTabs* m_tabs;
     BarButton* m_search;
+    BarButton* m_app;
     BarButton* m_more;
     BarButton* m_close;
     FindBar* m_find;

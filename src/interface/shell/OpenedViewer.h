@@ -40,6 +40,8 @@ public:
     virtual void openFind() = 0;
     virtual void setFindWords(const QString& words) = 0;
 
+    // In the surface; empty where there is none.
+    virtual QRect appButton() const = 0;
     virtual bool isReading() const = 0;
     // Nothing is on its way that would change what is seen.
     virtual bool isSettled() const { return !isReading(); }
@@ -53,6 +55,8 @@ signals:
     // What was opened is painted for the first time.
     void painted();
     void closeWanted();
+    // The item, in its own application.
+    void appWanted();
     void toastWanted(const Toast& toast);
 };
 

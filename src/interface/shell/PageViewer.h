@@ -27,6 +27,7 @@ public:
     void takeFocus() override { m_sheet->takeFocus(); }
     void openFind() override { m_sheet->openFind(); }
     void setFindWords(const QString& words) override { m_sheet->setFindWords(words); }
+    QRect appButton() const override { return m_sheet->appButton(); }
     bool isReading() const override { return m_document->isReading(); }
     bool isSettled() const override;
     QJsonObject told() const override;

@@ -57,6 +57,8 @@ void MainWindow::connectOpened()
         connect(viewer, &OpenedViewer::painted, this,
             [this] { m_paintedAfterMs = static_cast<double>(m_opening.nsecsElapsed()) / 1e6; });
         connect(viewer, &OpenedViewer::closeWanted, this, [this] { m_model.closeOver(); });
+        connect(viewer, &OpenedViewer::appWanted, this,
+            [this] { emit m_model.openItem(m_model.openedID()); });
         connect(viewer, &OpenedViewer::toastWanted, this,
             [this](const Toast& toast) { m_toasts->show(toast); });
     }
@@ -202,6 +204,8 @@ QJsonValue MainWindow::openedJson() const
     told[u"id"] = node->id;
     told[u"kind"] = word(node->kind);
     told[u"badge"] = m_crumbs->badge();
+    const QRect app = m_opened->appButton();
+    told[u"appButton"] = QJsonArray{app.x(), app.y(), app.width(), app.height()};
     told[u"shown"] = showsOpened();
     told[u"readAfter"] = m_readAfterMs;
     told[u"paintedAfter"] = m_paintedAfterMs;

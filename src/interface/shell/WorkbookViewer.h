@@ -28,6 +28,7 @@ public:
     void takeFocus() override { m_screen->takeFocus(); }
     void openFind() override { m_screen->openFind(); }
     void setFindWords(const QString& words) override { m_screen->setFindWords(words); }
+    QRect appButton() const override { return m_screen->appButton(); }
     bool isReading() const override { return m_workbook->isReading(); }
     bool isSettled() const override { return !isReading() && !m_workbook->isSearching(); }
     QJsonObject told() const override;
