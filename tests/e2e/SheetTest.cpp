@@ -200,6 +200,25 @@ TEST_F(Sheets, areSearchedAllAtOnce)
     EXPECT_TRUE(opened()["shown"].toBool());
 }
 
+TEST_F(Sheets, keepTheirButtonsClearOfTheWayToThem)
+{
+    const QString deep = "A folder with quite a long name/Another one with a long name/";
+    home.givenFolder(deep);
+    home.givenFile(deep + "A workbook with a long name.xlsx", workbook(1, {"x"}));
+    EXPECT_EQ(program->quit(), 0);
+    program = std::make_unique<Program>(home, Program::Options{{"--size", "760x480"}, {}});
+    program->settle();
+    open(deep + "A workbook with a long name.xlsx");
+    QJsonArray button;
+    ASSERT_TRUE(waitUntil([&] {
+        button = opened()["appButton"].toArray();
+        return button[2].toInt() > 0;
+    }));
+    const QJsonArray bar = opened()["bar"].toArray();
+    EXPECT_LE(bar[0].toInt() + bar[2].toInt(), button[0].toInt() - button[2].toInt())
+        << "the button for finding is there as well";
+}
+
 TEST_F(Sheets, standStillWhateverIsInTheirCells)
 {
     const auto top = [this] {

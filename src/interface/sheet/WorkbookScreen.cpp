@@ -205,6 +205,11 @@ void WorkbookScreen::resizeEvent(QResizeEvent*)
     layOut();
 }
 
+int WorkbookScreen::headEnd() const
+{
+    return m_search->x();
+}
+
 QRect WorkbookScreen::moreButton() const
 {
     return m_more->geometry();

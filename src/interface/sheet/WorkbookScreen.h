@@ -51,6 +51,7 @@ public:
     // What was found: the cells of the sheet that is shown, and which of how many in all sheets the
     // picked one is. `current` counts from 0; -1: none.
     void showFound(std::vector<CellPlace> here, int current, int count, FindBar::Search search);
+    int headEnd() const;      // where the buttons of the head row begin
     QRect moreButton() const; // in this widget
     QRect appButton() const;  // empty when it isn't there
 

@@ -17,7 +17,6 @@ namespace {
 
 constexpr double widestCrumb = 200; // pixels of a title
 constexpr int barHeight = 44;
-constexpr size_t leastCrumbs = 1; // the place where one is always shows
 
 // A hairline between groups, or the small sign between crumbs.
 class Divider : public QWidget
@@ -152,7 +151,9 @@ void CrumbBar::rebuild()
         m_overlay.isEmpty() ? m_model.crumbs() : std::vector<QString>();
 
     // Leave out from the top until it fits.
-    for (size_t left = 0; left == 0 || left + leastCrumbs <= path.size(); ++left) {
+    // The place where one is always shows.
+    const size_t least = m_opened.isEmpty() ? 1 : 0;
+    for (size_t left = 0; left == 0 || left + least <= path.size(); ++left) {
         for (QWidget* crumb : m_crumbs) {
             m_row->removeWidget(crumb);
             crumb->hide();

@@ -26,6 +26,8 @@ public:
     virtual QWidget& surface() = 0;
     // Whether the bar that says where one is stands in the surface's own head row.
     virtual bool holdsCrumbs() const { return false; }
+    // How far that bar may then reach.
+    virtual int crumbsEnd() const { return 0; }
 
     // Begins to read; ready() or unreadable() follows. What was open before goes.
     virtual void open(const Node& node) = 0;

@@ -205,7 +205,9 @@ QJsonValue MainWindow::openedJson() const
     told[u"kind"] = word(node->kind);
     told[u"badge"] = m_crumbs->badge();
     const QRect app = m_opened->appButton();
+    const QRect bar = m_crumbs->geometry();
     told[u"appButton"] = QJsonArray{app.x(), app.y(), app.width(), app.height()};
+    told[u"bar"] = QJsonArray{bar.x(), bar.y(), bar.width(), bar.height()};
     told[u"shown"] = showsOpened();
     told[u"readAfter"] = m_readAfterMs;
     told[u"paintedAfter"] = m_paintedAfterMs;

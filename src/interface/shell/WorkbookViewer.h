@@ -20,6 +20,7 @@ public:
 
     QWidget& surface() override { return *m_screen; }
     bool holdsCrumbs() const override { return true; }
+    int crumbsEnd() const override { return m_screen->headEnd(); }
     void open(const Node& node) override;
     void close() override;
     void present() override;
