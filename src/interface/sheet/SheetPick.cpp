@@ -1,5 +1,7 @@
 #include "interface/sheet/SheetPick.h"
 
+#include "base/Text.h"
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;

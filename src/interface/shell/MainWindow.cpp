@@ -162,7 +162,7 @@ void MainWindow::layOut()
     m_dock->move((width() - m_dock->width()) / 2, height() - bottomEdge - m_dock->height());
     const bool isFilled = m_opened && m_opened->holdsCrumbs();
     m_crumbs->setMostWidth(
-        isFilled ? m_opened->crumbsEnd() - edge : width() - 3 * edge - m_tools->width());
+        isFilled ? m_opened->surface().headEnd() - edge : width() - 3 * edge - m_tools->width());
     m_crumbs->move(m_crumbs->isBare() ? QPoint(edge / 2, 2) : QPoint(edge, edge));
     m_zoom->move(width() - edge - m_zoom->width(), height() - bottomEdge - m_zoom->height());
     m_empty->move((width() - m_empty->width()) / 2, height() * emptyNoteTop / firstSize.height());
@@ -264,7 +264,7 @@ void MainWindow::showAlert(const Alert& alert, std::function<void(int)> chosen)
             m_alert.reset();
             m_alertPanel.clear();
             if (showsOpened())
-                m_opened->takeFocus();
+                m_opened->surface().takeFocus();
             else
                 m_canvas->setFocus();
             chosen(answer);

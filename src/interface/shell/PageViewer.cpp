@@ -39,8 +39,6 @@ PageViewer::PageViewer(Library& library, QWidget* window)
     });
     connect(m_document, &OpenDocument::read, this, &PageViewer::took);
     connect(m_document, &OpenDocument::unreadable, this, &OpenedViewer::unreadable);
-    connect(m_sheet, &PageSheet::appWanted, this, &OpenedViewer::appWanted);
-    connect(m_sheet, &PageSheet::closeWanted, this, &OpenedViewer::closeWanted);
     connect(&m_sheet->view(), &PageView::painted, this, &OpenedViewer::painted);
 }
 

@@ -56,18 +56,19 @@ void MainWindow::connectOpened()
         });
         connect(viewer, &OpenedViewer::painted, this,
             [this] { m_paintedAfterMs = static_cast<double>(m_opening.nsecsElapsed()) / 1e6; });
-        connect(viewer, &OpenedViewer::closeWanted, this, [this] { m_model.closeOver(); });
-        connect(viewer, &OpenedViewer::appWanted, this,
+        connect(
+            &viewer->surface(), &OpenedFrame::closeWanted, this, [this] { m_model.closeOver(); });
+        connect(&viewer->surface(), &OpenedFrame::appWanted, this,
             [this] { emit m_model.openItem(m_model.openedID()); });
         connect(viewer, &OpenedViewer::toastWanted, this,
             [this](const Toast& toast) { m_toasts->show(toast); });
     }
     connect(new QShortcut(QKeySequence(u"Ctrl+F"_s), this), &QShortcut::activated, this, [this] {
         if (showsOpened() && !m_alertPanel)
-            m_opened->openFind();
+            m_opened->surface().openFind();
     });
     connectPage();
-    WorkbookScreen& screen = m_workbook->screen();
+    WorkbookScreen& screen = m_workbook->surface();
     connect(&screen, &WorkbookScreen::moreWanted, this,
         [this, &screen] { openWorkbookMenu(screen.moreButton().bottomLeft() + QPoint(0, 6)); });
     connect(&screen.view(), &SheetView::menuWanted, this,
@@ -122,7 +123,7 @@ void MainWindow::presentOpened()
     m_readAfterMs = static_cast<double>(m_opening.nsecsElapsed()) / 1e6;
     nameOpened();
     const bool wasShown = showsOpened();
-    QWidget& surface = m_opened->surface();
+    OpenedFrame& surface = m_opened->surface();
     surface.setGeometry(rect());
     showChrome(false);
     surface.show();
@@ -130,11 +131,11 @@ void MainWindow::presentOpened()
     layOut();
     m_opened->present();
     const PlacedCard* card = m_model.card(node->id);
-    m_opened->comeFrom(card && !wasShown
-                           ? toScreen(card->rect(), m_model.camera(), m_model.viewport())
-                           : QRectF());
+    surface.comeFrom(card && !wasShown
+                         ? toScreen(card->rect(), m_model.camera(), m_model.viewport())
+                         : QRectF());
     if (!m_alertPanel)
-        m_opened->takeFocus();
+        surface.takeFocus();
     if (const QString words = std::exchange(m_wordsToFind, {}); !words.isEmpty())
         findInOpened(words);
 }
@@ -165,8 +166,8 @@ void MainWindow::findInOpened(const QString& words)
         m_wordsToFind = words;
         return;
     }
-    m_opened->openFind();
-    m_opened->setFindWords(words);
+    m_opened->surface().openFind();
+    m_opened->surface().setFindWords(words);
 }
 
 // ---- workbooks ----
@@ -175,13 +176,13 @@ void MainWindow::openWorkbookMenu(QPoint at)
 {
     if (m_alertPanel || m_menu || m_opened != m_workbook)
         return;
-    const bool hasSheet = m_workbook->screen().note().isEmpty();
+    const bool hasSheet = m_workbook->surface().note().isEmpty();
     showMenu(
-        workbookMenu(hasSheet, m_workbook->screen().canFind()), at, [this](const QString& act) {
-            SheetView& view = m_workbook->screen().view();
+        workbookMenu(hasSheet, m_workbook->surface().canFind()), at, [this](const QString& act) {
+            SheetView& view = m_workbook->surface().view();
             const Node* node = m_model.library().node(m_model.openedID());
             if (act == u"find")
-                m_workbook->openFind();
+                m_workbook->surface().openFind();
             else if (act == u"copy")
                 view.copy();
             else if (act == u"all")
@@ -204,7 +205,7 @@ QJsonValue MainWindow::openedJson() const
     told[u"id"] = node->id;
     told[u"kind"] = word(node->kind);
     told[u"badge"] = m_crumbs->badge();
-    const QRect app = m_opened->appButton();
+    const QRect app = m_opened->surface().appButton();
     const QRect bar = m_crumbs->geometry();
     told[u"appButton"] = QJsonArray{app.x(), app.y(), app.width(), app.height()};
     told[u"bar"] = QJsonArray{bar.x(), bar.y(), bar.width(), bar.height()};

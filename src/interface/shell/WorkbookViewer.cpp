@@ -31,8 +31,6 @@ WorkbookViewer::WorkbookViewer(Library& library, QWidget* window)
     connect(m_screen, &WorkbookScreen::sheetWanted, this, &WorkbookViewer::turnTo);
     connect(m_screen, &WorkbookScreen::findWanted, this, &WorkbookViewer::find);
     connect(m_screen, &WorkbookScreen::foundWanted, this, &WorkbookViewer::goToFound);
-    connect(m_screen, &WorkbookScreen::appWanted, this, &OpenedViewer::appWanted);
-    connect(m_screen, &WorkbookScreen::closeWanted, this, &OpenedViewer::closeWanted);
     connect(&m_screen->view(), &SheetView::painted, this, &OpenedViewer::painted);
 }
 

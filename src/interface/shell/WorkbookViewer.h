@@ -16,20 +16,12 @@ class WorkbookViewer : public OpenedViewer
 public:
     WorkbookViewer(Library& library, QWidget* window);
 
-    WorkbookScreen& screen() { return *m_screen; }
-
-    QWidget& surface() override { return *m_screen; }
+    WorkbookScreen& surface() override { return *m_screen; }
     bool holdsCrumbs() const override { return true; }
-    int crumbsEnd() const override { return m_screen->headEnd(); }
     void open(const Node& node) override;
     void close() override;
     void present() override;
     void setNode(const Node& node) override { m_screen->setName(node.title); }
-    void comeFrom(const QRectF& card) override { m_screen->comeFrom(card); }
-    void takeFocus() override { m_screen->takeFocus(); }
-    void openFind() override { m_screen->openFind(); }
-    void setFindWords(const QString& words) override { m_screen->setFindWords(words); }
-    QRect appButton() const override { return m_screen->appButton(); }
     bool isReading() const override { return m_workbook->isReading(); }
     bool isSettled() const override { return !isReading() && !m_workbook->isSearching(); }
     QJsonObject told() const override;
