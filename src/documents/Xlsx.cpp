@@ -60,12 +60,12 @@ std::optional<Xlsx> Xlsx::read(QByteArray bytes)
     for (const XNode item : root.child("x:sheets").children()) {
         if (item.name() != "x:sheet")
             continue;
+        if (++book.m_sheetCount > mostSheets)
+            continue; // only counted
         const QString number = QString::number(book.m_sheets.size() + 1);
         const QString name = item.value("name"), target = targets.value(item.value("r:id"));
         book.m_sheets.push_back({name.isNull() ? u"Sheet"_s + number : name,
             target.isEmpty() ? u"xl/worksheets/sheet%1.xml"_s.arg(number) : partOf(target)});
-        if (book.m_sheets.size() == mostSheets)
-            break;
     }
     if (const auto source = sourceOfPart(book.m_zip, u"xl/sharedStrings.xml"_s))
         book.m_strings = XlsxStrings(source);

@@ -51,8 +51,10 @@ public:
     // None for what isn't a workbook.
     static std::optional<Xlsx> read(QByteArray bytes);
 
-    // In the workbook's order; hidden ones too.
+    // In the workbook's order; hidden ones too. No more than `mostSheets`.
     QStringList names() const;
+    // How many the workbook has, those beyond the limit too.
+    int sheetCount() const { return m_sheetCount; }
     // None when the sheet can't be read. What stands before a damaged place is read.
     std::optional<SheetRows> rows(int sheet, const SheetLimits& limits = {}) const;
 
@@ -66,6 +68,7 @@ private:
 
     ZipArchive m_zip;
     std::vector<Sheet> m_sheets;
+    int m_sheetCount = 0;
     XlsxStrings m_strings;
     std::vector<NumberFormat> m_formats; // by a cell's style
     DateSystem m_dates = DateSystem::From1900;

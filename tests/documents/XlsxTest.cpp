@@ -170,6 +170,7 @@ TEST(Xlsx, findsTheSheetsOfTheWorkbook)
     EXPECT_EQ(book.shown(), u"one"_s);
     book.workbook = "<sheets>" + QByteArray("<sheet name='s'/>").repeated(101) + "</sheets>";
     EXPECT_EQ(Xlsx::read(book.bytes())->names().size(), 100);
+    EXPECT_EQ(Xlsx::read(book.bytes())->sheetCount(), 101);
 }
 
 TEST(Xlsx, readsBothFamiliesAndBothDateSystems)

@@ -105,6 +105,12 @@ TEST_F(Document, aWordFileIsReadFoundInAndFollowed)
     program->key("Escape");
     EXPECT_TRUE(copied().startsWith("The last chapter\t9\nNoted[1]\nParagraph 0"));
 
+    const QJsonArray app = opened()["appButton"].toArray();
+    program->mouse("click", QPointF(app[0].toDouble() + 10, app[1].toDouble() + 10));
+    EXPECT_TRUE(program->state()["lastFailure"].toString().startsWith(
+        QString::fromUtf8("Couldn’t open “report.docx”")))
+        << "nothing here opens documents";
+
     // Larger and as it was.
     const double range = opened()["scrollRange"].toDouble();
     program->key("Ctrl++", 5);

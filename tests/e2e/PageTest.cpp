@@ -252,6 +252,7 @@ TEST_F(Pages, whatCantBeReadIsNotTakenForEmpty)
         SQLITE_OK);
     sqlite3_close(database);
     open(page);
+    EXPECT_EQ(opened()["appButton"][2].toInt(), 0) << "no other application has pages";
     EXPECT_EQ(program->state()["toasts"][0]["text"].toString(), "“Page” couldn’t be read");
     EXPECT_EQ(opened()["id"].toString(), page);
 }
@@ -262,6 +263,7 @@ TEST_F(Pages, aMarkdownFileOpensAsAPage)
     ASSERT_FALSE(file.isEmpty());
     open(file);
     EXPECT_EQ(opened()["kind"].toString(), "file");
+    EXPECT_EQ(opened()["badge"].toString(), "") << "its own head row has a sign";
     EXPECT_EQ(program->folder(), program->tree().idAt("My Space/Notes")) << "in its own folder";
     EXPECT_EQ(opened()["targets"][0]["address"].toString(), "other.md");
     EXPECT_EQ(program->state()["lastFailure"].toString(), QString());

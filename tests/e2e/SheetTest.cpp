@@ -36,6 +36,20 @@ QByteArray workbook(int rows, const QByteArrayList& words)
     return zip.finish();
 }
 
+// Sheets of one word each.
+QByteArray manySheets(int count)
+{
+    ZipWriter zip(QDateTime{});
+    QByteArray list;
+    for (int sheet = 1; sheet <= count; ++sheet) {
+        list += "<sheet name='Sheet " + QByteArray::number(sheet) + "'/>";
+        zip.add(QString("xl/worksheets/sheet%1.xml").arg(sheet),
+            sheetPart(1, {sheet % 30 == 0 ? "goal" : "way"}));
+    }
+    zip.add("xl/workbook.xml", "<workbook" + names + "><sheets>" + list + "</sheets></workbook>");
+    return zip.finish();
+}
+
 class Sheets : public testing::Test
 {
 protected:
@@ -43,6 +57,7 @@ protected:
     {
         home.givenFile("Costs.xlsx", workbook(1200, {"Van", "two\nlines", "420"}));
         home.givenFile("Macro.XLSM", workbook(1, {"x"}));
+        home.givenFile("Many.xlsx", manySheets(130));
         home.givenFile("Broken.xlsx", "PK, but no workbook");
         home.givenFile("Huge.xlsx", QByteArray(20'000'001, ' '));
         program = std::make_unique<Program>(home, Program::Options{{"--size", "1200x800"}, {}});
@@ -76,6 +91,7 @@ TEST_F(Sheets, openFromTheirCardsAndCloseBackIntoThem)
     ASSERT_TRUE(waitUntil([&] { return opened()["shown"].toBool(); }));
     program->settle();
     EXPECT_EQ(opened()["kind"].toString(), "file");
+    EXPECT_EQ(opened()["badge"].toString(), "XLS");
     EXPECT_EQ(opened()["sheets"].toArray(), (QJsonArray{"Costs", "Empty", "Gone"}));
     EXPECT_EQ(opened()["rows"].toInt(), 1000);
     EXPECT_EQ(opened()["notice"].toString(),
@@ -111,6 +127,7 @@ TEST_F(Sheets, cellsArePickedAndCopied)
     program->wheel(QPointF(600, 400), QPoint(0, -5));
     EXPECT_GT(opened().value("scroll").toArray().at(1).toInt(), 0);
     program->tell("open", {{"id", idOf("Costs.xlsx")}, {"find", "van"}});
+    program->settle();
     EXPECT_EQ(opened().value("find").toObject().value("count").toInt(), 1000);
 }
 
@@ -136,6 +153,127 @@ TEST_F(Sheets, sayWhatTheyCannotShow)
     program->key("Esc");
     open("Macro.XLSM");
     EXPECT_EQ(picked("text"), "x");
+}
+
+TEST_F(Sheets, tellHowManyThereAreBeyondThoseShown)
+{
+    open("Many.xlsx");
+    EXPECT_EQ(opened()["sheets"].toArray().size(), 100);
+    EXPECT_EQ(opened()["sheetCount"].toInt(), 130);
+    EXPECT_EQ(opened()["counts"].toString(), "First 100 of 130 sheets · 1 row");
+}
+
+TEST_F(Sheets, areSearchedAllAtOnce)
+{
+    const auto find = [this](const char* what) {
+        return opened().value("find").toObject().value(what);
+    };
+    const auto isOn = [&](int sheet, int number, int count) {
+        program->settle();
+        return waitUntil(
+            [&] {
+                return opened()["sheet"].toInt() == sheet && find("current").toInt() == number &&
+                       find("count").toInt() == count && picked("text") == "goal";
+            },
+            3000);
+    };
+    open("Many.xlsx");
+    program->key("Ctrl+F");
+    program->tell("text", {{"text", "goal"}});
+    EXPECT_TRUE(isOn(29, 0, 3)) << "the sheets beyond those shown aren't searched";
+    EXPECT_EQ(find("says").toString(), "1 of 3");
+    program->key("Return");
+    EXPECT_TRUE(isOn(59, 1, 3));
+    program->key("Return", 2);
+    EXPECT_TRUE(isOn(29, 0, 3)) << "round";
+    program->key("Shift+Return");
+    EXPECT_TRUE(isOn(89, 2, 3));
+    program->key("Backspace", 4);
+    program->tell("text", {{"text", "way"}});
+    program->settle();
+    EXPECT_EQ(find("count").toInt(), 97);
+    program->tell("text", {{"text", "no such"}});
+    program->settle();
+    EXPECT_EQ(find("says").toString(), "Not found");
+    program->key("Esc");
+    EXPECT_TRUE(find("words").isUndefined());
+    EXPECT_TRUE(opened()["shown"].toBool());
+}
+
+TEST_F(Sheets, keepTheirButtonsClearOfTheWayToThem)
+{
+    const QString deep = "A folder with quite a long name/Another one with a long name/";
+    home.givenFolder(deep);
+    home.givenFile(deep + "A workbook with a long name.xlsx", workbook(1, {"x"}));
+    EXPECT_EQ(program->quit(), 0);
+    program = std::make_unique<Program>(home, Program::Options{{"--size", "760x480"}, {}});
+    program->settle();
+    open(deep + "A workbook with a long name.xlsx");
+    QJsonArray button;
+    ASSERT_TRUE(waitUntil([&] {
+        button = opened()["appButton"].toArray();
+        return button[2].toInt() > 0;
+    }));
+    const QJsonArray bar = opened()["bar"].toArray();
+    EXPECT_LE(bar[0].toInt() + bar[2].toInt(), button[0].toInt() - button[2].toInt())
+        << "the button for finding is there as well";
+}
+
+TEST_F(Sheets, standStillWhateverIsInTheirCells)
+{
+    const auto top = [this] {
+        return opened().value("picked").toObject().value("rect").toArray().at(1).toInt();
+    };
+    const auto isOpen = [this] {
+        return opened().value("picked").toObject().value("isOpen").toBool();
+    };
+    open("Costs.xlsx");
+    const int before = top();
+    program->key("Right");
+    EXPECT_EQ(picked("text"), "two\nlines");
+    EXPECT_EQ(top(), before);
+    program->key("Space");
+    EXPECT_TRUE(isOpen());
+    EXPECT_EQ(top(), before);
+    program->key("Esc");
+    EXPECT_FALSE(isOpen());
+    program->key("Right");
+    EXPECT_EQ(picked("text"), "420") << "the sheet has the keyboard again";
+}
+
+TEST_F(Sheets, openInTheirAppByAButton)
+{
+    for (const char* name : {"Costs.xlsx", "Broken.xlsx"}) { // what can't be shown, too
+        open(name);
+        QJsonArray at;
+        ASSERT_TRUE(waitUntil([&] {
+            at = opened()["appButton"].toArray();
+            return at[2].toInt() >= 28;
+        })) << "it has come up";
+        program->mouse("click", QPointF(at[0].toDouble() + 10, at[1].toDouble() + 10));
+        EXPECT_TRUE(program->state()["lastFailure"].toString().startsWith(
+            QString("Couldn’t open “%1”").arg(name)))
+            << "nothing here opens workbooks";
+        EXPECT_EQ(opened()["id"].toString(), idOf(name)) << "and stays open";
+    }
+}
+
+TEST_F(Sheets, findAgainInAFileThatChanged)
+{
+    open("Costs.xlsx");
+    program->key("Ctrl+F");
+    program->tell("text", {{"text", "420"}});
+    program->key("Return", 3);
+    program->settle();
+    const QJsonValue scroll = opened()["scroll"];
+    EXPECT_EQ(picked("place"), "C4");
+    home.givenFile("Costs.xlsx", workbook(30, {"Van", "420", "420"}));
+    ASSERT_TRUE(waitUntil([&] {
+        program->settle();
+        return opened().value("find").toObject().value("count").toInt() == 60;
+    }));
+    EXPECT_EQ(picked("place"), "C4") << "nobody is led away";
+    EXPECT_EQ(opened().value("find").toObject().value("current").toInt(), 7);
 }
 
 TEST_F(Sheets, showTheFileAsItIsNow)

@@ -57,9 +57,11 @@ void SheetView::paintGrid(QPainter& painter, const CellRange& seen) const
 {
     const QRect area = cells();
     const CellRange picked = m_pick.range();
-    for (const CellPlace place : m_found)
-        if (seen.contains(place))
-            painter.fillRect(rectOf(place), colors().mark);
+    auto found = std::lower_bound(m_found.begin(), m_found.end(), seen.from.row,
+        [](CellPlace place, int row) { return place.row < row; });
+    for (; found != m_found.end() && found->row <= seen.to.row; ++found)
+        if (seen.contains(*found))
+            painter.fillRect(rectOf(*found), colors().mark);
     if (!picked.isOne())
         painter.fillRect(rectOf(picked.from).united(rectOf(picked.to)), colors().accentSofter);
     if (m_pick.hovered && m_pick.hovered != m_pick.picked)

@@ -55,17 +55,4 @@ QString copiedCells(const SheetRows& sheet, const CellRange& range)
     return copied;
 }
 
-std::vector<CellPlace> findInSheet(const SheetRows& sheet, const QString& words)
-{
-    std::vector<CellPlace> found;
-    const QString wanted = lowerCased(words);
-    if (wanted.isEmpty())
-        return found;
-    for (size_t row = 0; row < sheet.rows.size(); ++row)
-        for (size_t column = 0; column < sheet.rows[row].size(); ++column)
-            if (lowerCased(sheet.rows[row][column].text).contains(wanted))
-                found.push_back({static_cast<int>(column), static_cast<int>(row)});
-    return found;
-}
-
 } // namespace corvelle

@@ -40,7 +40,4 @@ QString textAt(const SheetRows& sheet, CellPlace place);
 // in quotes.
 QString copiedCells(const SheetRows& sheet, const CellRange& range);
 
-// The cells with these words in any case, by rows.
-std::vector<CellPlace> findInSheet(const SheetRows& sheet, const QString& words);
-
 } // namespace corvelle

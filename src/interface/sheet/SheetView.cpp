@@ -63,8 +63,6 @@ void SheetView::takeRows(Rows rows)
     const Lettering letters(TypeStyle::SheetCell);
     m_layout =
         SheetLayout(*m_rows, [&letters](const QString& text) { return letters.width(text); });
-    m_found = findInSheet(*m_rows, m_words);
-    m_currentFound = m_found.empty() ? -1 : std::clamp(m_currentFound, 0, foundCount() - 1);
 }
 
 void SheetView::open(const QString& name, Rows rows)
@@ -73,14 +71,13 @@ void SheetView::open(const QString& name, Rows rows)
     m_drag = Drag::None;
     m_autoScroll.stop();
     m_isUnpainted = true;
-    m_words.clear();
+    m_found.clear();
     m_pick = {};
     m_scroll = {};
     takeRows(std::move(rows));
     setThumbs();
     update();
     tellPick();
-    emit foundChanged();
 }
 
 void SheetView::refresh(Rows rows)
@@ -90,7 +87,6 @@ void SheetView::refresh(Rows rows)
     setThumbs();
     update();
     tellPick();
-    emit foundChanged();
 }
 
 // ---- places ----
@@ -305,7 +301,7 @@ void SheetView::mousePressEvent(QMouseEvent* event)
     if (event->button() != Qt::LeftButton)
         return QWidget::mousePressEvent(event);
     m_dragAt = event->position().toPoint();
-    m_pressedAt = event->globalPosition();
+    m_pressedAt = m_dragAt;
     const auto reach =
         event->modifiers() & Qt::ShiftModifier ? SheetPick::Reach::Range : SheetPick::Reach::Alone;
     for (auto [thumb, drag] : {std::pair(&m_down, Drag::Down), std::pair(&m_across, Drag::Across)})
@@ -364,8 +360,8 @@ void SheetView::mouseMoveEvent(QMouseEvent* event)
             updateThumbs();
         return;
     }
-    // What is picked shows above and may push the grid from under a pointer that hardly moved.
-    if (m_drag == Drag::Cells && (event->globalPosition() - m_pressedAt).manhattanLength() <
+    // A hand that presses isn't quite still.
+    if (m_drag == Drag::Cells && (m_dragAt - m_pressedAt).manhattanLength() <
                                      QGuiApplication::styleHints()->startDragDistance())
         return;
     dragTo(m_dragAt);
@@ -457,7 +453,9 @@ void SheetView::keyPressEvent(QKeyEvent* event)
     if (control && (event->key() == Qt::Key_PageUp || event->key() == Qt::Key_PageDown)) {
         emit sheetWanted(event->key() == Qt::Key_PageDown ? 1 : -1);
     } else if (event->key() == Qt::Key_F3) {
-        goToFound(event->modifiers() & Qt::ShiftModifier ? -1 : 1);
+        emit foundWanted(event->modifiers() & Qt::ShiftModifier ? -1 : 1);
+    } else if (event->key() == Qt::Key_Space && !control) {
+        emit wholeTextWanted();
     } else if (event->key() == Qt::Key_Escape && !m_pick.range().isOne()) {
         pickCell(m_pick.picked);
     } else if (event->key() == Qt::Key_Escape) {
@@ -491,30 +489,12 @@ bool SheetView::event(QEvent* event)
 
 // ---- finding ----
 
-void SheetView::find(const QString& words)
+void SheetView::setFound(std::vector<CellPlace> found)
 {
-    m_words = words;
-    m_found = findInSheet(*m_rows, words);
-    m_currentFound = -1;
-    if (!m_found.empty()) {
-        const int top = SheetLayout::rowAt(m_scroll.y());
-        const auto here = std::find_if(
-            m_found.begin(), m_found.end(), [top](CellPlace place) { return place.row >= top; });
-        m_currentFound = here == m_found.end() ? 0 : static_cast<int>(here - m_found.begin());
-        pickCell(m_found[static_cast<size_t>(m_currentFound)]);
-    }
-    update();
-    emit foundChanged();
-}
-
-void SheetView::goToFound(int step)
-{
-    if (m_found.empty())
+    if (found == m_found)
         return;
-    m_currentFound = (m_currentFound + step + foundCount()) % foundCount();
-    pickCell(m_found[static_cast<size_t>(m_currentFound)]);
+    m_found = std::move(found);
     update();
-    emit foundChanged();
 }
 
 } // namespace corvelle

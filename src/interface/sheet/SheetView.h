@@ -48,10 +48,10 @@ public:
     CellPlace last() const;
 
     // ---- finding ----
-    void find(const QString& words);
-    void goToFound(int step);
-    int foundCount() const { return static_cast<int>(m_found.size()); }
-    int currentFound() const { return m_currentFound; } // -1: none
+    // Marks these cells of the sheet, which stand by rows.
+    void setFound(std::vector<CellPlace> found);
+    // The row at the upper edge.
+    int topRow() const { return SheetLayout::rowAt(m_scroll.y()); }
 
     // ---- scrolling ----
     QPoint scrollPlace() const { return m_scroll; }
@@ -60,11 +60,14 @@ public:
 
 signals:
     void pickChanged();
-    void foundChanged();
     void closeWanted();
+    // All that stands in the picked cell.
+    void wholeTextWanted();
     void menuWanted(QPoint at);
     // To the next sheet, or the one before.
     void sheetWanted(int step);
+    // To the next cell that was found, or the one before.
+    void foundWanted(int step);
     // What open() gave is painted for the first time.
     void painted();
 
@@ -114,9 +117,7 @@ private:
     SheetPick m_pick;
     bool m_isUnpainted = false; // since open()
 
-    QString m_words; // looked for
-    std::vector<CellPlace> m_found;
-    int m_currentFound = -1;
+    std::vector<CellPlace> m_found; // by rows
 
     enum class Drag : unsigned char {
         None,
@@ -127,7 +128,7 @@ private:
         Across
     } m_drag = Drag::None;
     QPoint m_dragAt{-1, -1}; // the pointer
-    QPointF m_pressedAt;     // on the screen
+    QPoint m_pressedAt;
     bool m_isOnTrack = false;
     ScrollThumb m_down{Qt::Vertical}, m_across{Qt::Horizontal};
     QTimer m_thumbsLinger; // after scrolling

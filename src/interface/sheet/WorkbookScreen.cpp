@@ -5,10 +5,8 @@
 #include "interface/theme/Fonts.h"
 #include "interface/theme/Icons.h"
 #include "interface/widgets/BarButton.h"
-#include "interface/widgets/FindBar.h"
 #include "interface/widgets/Look.h"
 
-#include <QCoreApplication>
 #include <QKeyEvent>
 #include <QLocale>
 #include <QPainter>
@@ -21,7 +19,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr int noticeHeight = 28, buttonEdge = 8, footSide = 16, noteWidth = 460;
+constexpr int noticeHeight = 28, footSide = 16, noteWidth = 460;
 
 const QString cutNotice =
     u"Preview limited to the first 1,000 rows, 40 columns, and 2,000 characters per cell."_s;
@@ -36,55 +34,40 @@ QString counted(qsizetype count, const QString& one)
 } // namespace
 
 WorkbookScreen::WorkbookScreen(QWidget* parent)
-    : QWidget(parent)
+    : OpenedFrame(u"Find in all sheets"_s, parent)
     , m_view(new SheetView(this))
     , m_bar(new CellBar(this))
     , m_tabs(new SheetTabs(this))
     , m_search(new BarButton(Icon::Search, u"Find"_s, this))
-    , m_more(new BarButton(Icon::More, u"More"_s, this))
-    , m_close(new BarButton(Icon::Close, u"Close"_s, this))
-    , m_find(new FindBar(u"Find in the sheet"_s, this))
-    , m_arrival(*this)
 {
     setFocusPolicy(Qt::StrongFocus);
-    const auto key = [](Qt::Key code, Qt::KeyboardModifiers modifiers = {}) {
-        return QKeySequence(static_cast<int>(code) | static_cast<int>(modifiers))
-            .toString(QKeySequence::NativeText);
-    };
-    m_search->setName(u"Find"_s, key(Qt::Key_F, Qt::ControlModifier));
-    m_close->setName(u"Close"_s, key(Qt::Key_Escape));
-    setTabOrder(m_view, m_tabs);
-    setTabOrder(m_tabs, m_search);
-    setTabOrder(m_search, m_more);
-    setTabOrder(m_more, m_close);
+    m_search->setName(u"Find"_s, QKeySequence(u"Ctrl+F"_s).toString(QKeySequence::NativeText));
+    addButton(m_search);
+    setHasApp(true);
+    orderTabs({m_view, m_tabs});
     connect(m_search, &QAbstractButton::clicked, this, &WorkbookScreen::openFind);
-    connect(m_more, &QAbstractButton::clicked, this, &WorkbookScreen::moreWanted);
-    connect(m_close, &QAbstractButton::clicked, this, &WorkbookScreen::closeWanted);
     connect(m_view, &SheetView::closeWanted, this, &WorkbookScreen::escape);
     connect(m_view, &SheetView::pickChanged, this, &WorkbookScreen::showPick);
+    connect(m_view, &SheetView::wholeTextWanted, this, [this] { m_bar->setOpen(true); });
+    connect(m_bar, &CellBar::openChanged, this, &WorkbookScreen::showText);
     connect(m_view, &SheetView::sheetWanted, this, &WorkbookScreen::turn);
-    connect(m_view, &SheetView::foundChanged, this,
-        [this] { m_find->setCount(m_view->currentFound(), m_view->foundCount()); });
+    connect(m_view, &SheetView::foundWanted, this, &WorkbookScreen::foundWanted);
     connect(m_tabs, &QTabBar::currentChanged, this, &WorkbookScreen::sheetWanted);
-    connect(m_find, &FindBar::wordsChanged, m_view, &SheetView::find);
-    connect(m_find, &FindBar::stepWanted, m_view, &SheetView::goToFound);
-    connect(m_find, &FindBar::closeWanted, this, &WorkbookScreen::closeFind);
-    connect(&m_arrival, &Arrival::ended, this, &WorkbookScreen::stand);
 }
-
-WorkbookScreen::~WorkbookScreen() = default;
 
 // ---- what is shown ----
 
 void WorkbookScreen::setName(const QString& name)
 {
-    m_name = name;
     setAccessibleName(name);
 }
 
-void WorkbookScreen::setSheets(const QStringList& names, int current)
+void WorkbookScreen::setSheets(const QStringList& names, int current, int count)
 {
+    m_sheetCount = count;
     m_tabs->setSheets(names, current);
+    if (names.isEmpty())
+        closeFind();
     layOut();
     update();
 }
@@ -98,52 +81,56 @@ void WorkbookScreen::showRows(SheetView::Rows rows, Begin begin)
     }
     m_note.clear();
     setAccessibleDescription(m_notice);
-    if (begin == Begin::Anew) {
+    if (begin == Begin::Anew)
         m_view->open(m_tabs->tabData(m_tabs->currentIndex()).toString(), std::move(rows));
-        if (m_isFinding)
-            m_view->find(m_find->words());
-    } else {
+    else
         m_view->refresh(std::move(rows));
-    }
-    showParts();
+    updateParts();
 }
 
 void WorkbookScreen::showNote(const QString& title, const QString& detail)
 {
     m_note = title;
     m_noteDetail = detail;
+    m_bar->setOpen(false);
     m_notice.clear();
-    closeFind();
-    showParts();
+    updateParts();
     setAccessibleDescription(detail.isEmpty() ? title : title + u' ' + detail);
 }
 
-void WorkbookScreen::showParts()
+void WorkbookScreen::showParts(bool shows)
 {
-    const bool shows = !m_arrival.isComing(), sheet = shows && m_note.isEmpty();
-    const bool hadFocus = m_view->hasFocus() || hasFocus();
+    OpenedFrame::showParts(shows);
+    const bool sheet = shows && m_note.isEmpty();
     m_view->setVisible(sheet);
     m_bar->setVisible(sheet);
-    m_search->setVisible(sheet);
+    m_search->setVisible(shows && canFind());
     m_tabs->setVisible(shows && m_tabs->count() > 0);
-    m_more->setVisible(shows);
-    m_close->setVisible(shows);
-    layOut();
-    if (hadFocus)
-        takeFocus();
-    update();
 }
 
 void WorkbookScreen::showPick()
 {
     const CellPlace picked = m_view->pick().picked;
     m_bar->setCell(placeName(picked), textAt(m_view->sheet(), picked));
+}
+
+void WorkbookScreen::showText()
+{
+    const bool hadFocus = m_bar->hasFocus();
+    m_bar->raise();
+    field().raise();
     layOut();
+    if (m_bar->isOpen())
+        m_bar->setFocus();
+    else if (hadFocus)
+        takeFocus();
 }
 
 QString WorkbookScreen::countWords() const
 {
-    const QString sheets = counted(m_tabs->count(), u"sheet"_s);
+    const QString all = counted(m_sheetCount, u"sheet"_s);
+    const QString sheets =
+        m_tabs->count() < m_sheetCount ? u"First %1 of %2"_s.arg(m_tabs->count()).arg(all) : all;
     return m_note.isEmpty()
                ? sheets + u" · "_s +
                      counted(static_cast<qsizetype>(m_view->sheet().rows.size()), u"row"_s)
@@ -162,65 +149,21 @@ QRect WorkbookScreen::body() const
 void WorkbookScreen::layOut()
 {
     const QRect area = body();
-    const int bar = m_bar->heightFor(area.width(), area.height() / 2);
-    m_bar->setGeometry(area.left(), area.top(), area.width(), bar);
-    m_view->setGeometry(area.adjusted(0, bar, 0, 0));
+    m_bar->setTaken(isFinding() ? findBar().width() + 8 : 0);
+    m_bar->setGeometry(
+        area.left(), area.top(), area.width(), m_bar->heightFor(area.width(), area.height() / 2));
+    m_view->setGeometry(area.adjusted(0, CellBar::rowHeight, 0, 0));
     const int words =
         static_cast<int>(Lettering(TypeStyle::Small).width(countWords())) + 2 * footSide;
     m_tabs->setGeometry(8, height() - SheetTabs::barHeight, std::max(120, width() - 8 - words),
         SheetTabs::barHeight);
-    int right = width() - buttonEdge;
-    for (BarButton* button : {m_close, m_more, m_search}) {
-        button->resize(button->sizeHint());
-        right -= button->width();
-        button->move(right, (headHeight - button->height()) / 2);
-        right -= button == m_close ? 9 : 2;
-    }
-    m_find->move(width() - 16 - m_find->width(), headHeight + 8);
-}
-
-void WorkbookScreen::resizeEvent(QResizeEvent*)
-{
-    m_arrival.end();
-    layOut();
-}
-
-QRect WorkbookScreen::moreButton() const
-{
-    return m_more->geometry();
-}
-
-// ---- coming ----
-
-void WorkbookScreen::comeFrom(const QRectF& card)
-{
-    m_arrival.end();
-    layOut();
-    if (m_arrival.begin(rect(), card))
-        showParts();
-}
-
-void WorkbookScreen::stand()
-{
-    showParts();
-}
-
-void WorkbookScreen::takeFocus()
-{
-    if (m_view->isVisibleTo(this))
-        m_view->setFocus();
-    else
-        setFocus();
+    layOutHead();
+    // Beside the text of the cell it hides nothing of what it finds.
+    field().move(width() - 2 - findBar().width(),
+        headHeight + (CellBar::rowHeight - findBar().height()) / 2);
 }
 
 // ---- painting ----
-
-void WorkbookScreen::paintHead(QPainter& painter) const
-{
-    const Palette& colors = corvelle::palette(schemeOf(*this));
-    painter.fillRect(QRect(0, headHeight - 1, width(), 1), colors.hairlineFaint);
-    painter.fillRect(QRectF(m_close->x() - 5, headHeight / 2.0 - 10, 1, 20), colors.hairline);
-}
 
 void WorkbookScreen::paintNote(QPainter& painter) const
 {
@@ -267,9 +210,9 @@ void WorkbookScreen::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    if (m_arrival.isComing()) {
+    if (arrival().isComing()) {
         painter.setRenderHint(QPainter::Antialiasing);
-        m_arrival.paint(painter, rect(), (1 - m_arrival.share()) * radius::sheet);
+        arrival().paint(painter, rect(), (1 - arrival().share()) * radius::sheet);
         return;
     }
     painter.fillRect(rect(), corvelle::palette(schemeOf(*this)).surface);
@@ -281,38 +224,13 @@ void WorkbookScreen::paintEvent(QPaintEvent*)
 
 // ---- input ----
 
-// Nobody waits for the screen to come up: a key ends that, and is the sheet's.
-bool WorkbookScreen::event(QEvent* event)
-{
-    if (event->type() == QEvent::KeyPress && m_arrival.isComing()) {
-        m_arrival.end();
-        QCoreApplication::sendEvent(focusWidget() ? focusWidget() : this, event);
-        return true;
-    }
-    return QWidget::event(event);
-}
-
 void WorkbookScreen::keyPressEvent(QKeyEvent* event)
 {
     const bool control = event->modifiers() & Qt::ControlModifier;
-    if (event->key() == Qt::Key_Escape)
-        escape();
-    else if (control && (event->key() == Qt::Key_PageUp || event->key() == Qt::Key_PageDown))
+    if (control && (event->key() == Qt::Key_PageUp || event->key() == Qt::Key_PageDown))
         turn(event->key() == Qt::Key_PageDown ? 1 : -1);
     else
-        QWidget::keyPressEvent(event);
-}
-
-void WorkbookScreen::mousePressEvent(QMouseEvent* event)
-{
-    m_arrival.end();
-    if (event->button() == Qt::BackButton || event->button() == Qt::ForwardButton)
-        event->ignore(); // the window goes back and forward
-}
-
-void WorkbookScreen::wheelEvent(QWheelEvent* event)
-{
-    event->accept(); // the canvas below keeps still
+        OpenedFrame::keyPressEvent(event);
 }
 
 void WorkbookScreen::turn(int step)
@@ -322,38 +240,25 @@ void WorkbookScreen::turn(int step)
         m_tabs->setCurrentIndex(wanted);
 }
 
-void WorkbookScreen::escape()
+bool WorkbookScreen::closeInside()
 {
-    if (isFinding())
-        closeFind();
-    else
-        emit closeWanted();
+    const bool wasOpen = m_bar->isOpen();
+    m_bar->setOpen(false);
+    return wasOpen;
 }
 
 // ---- finding ----
 
-void WorkbookScreen::openFind()
+bool WorkbookScreen::canFind() const
 {
-    if (!m_note.isEmpty())
-        return;
-    m_isFinding = true;
-    m_find->raise();
-    m_find->open();
-    m_view->find(m_find->words());
+    return m_tabs->count() > 0;
 }
 
-void WorkbookScreen::setFindWords(const QString& words)
+void WorkbookScreen::showFound(
+    std::vector<CellPlace> here, int current, int count, FindBar::Search search)
 {
-    m_find->setWords(words);
-}
-
-void WorkbookScreen::closeFind()
-{
-    if (!std::exchange(m_isFinding, false))
-        return;
-    m_find->leave();
-    m_view->find({});
-    takeFocus();
+    m_view->setFound(std::move(here));
+    field().setCount(current, count, search);
 }
 
 } // namespace corvelle

@@ -3,31 +3,27 @@
 #pragma once
 
 #include "interface/sheet/SheetView.h"
-#include "interface/widgets/Arrival.h"
+#include "interface/widgets/OpenedFrame.h"
 
 namespace corvelle {
 
-class BarButton;
 class CellBar;
-class FindBar;
 class SheetTabs;
 
-class WorkbookScreen : public QWidget
+class WorkbookScreen : public OpenedFrame
 {
     Q_OBJECT
 
 public:
-    static constexpr int headHeight = 48;
-
     explicit WorkbookScreen(QWidget* parent);
-    ~WorkbookScreen() override;
 
     SheetView& view() { return *m_view; }
     const SheetView& view() const { return *m_view; }
-    const FindBar& findBar() const { return *m_find; }
+    const CellBar& cellBar() const { return *m_bar; }
 
     void setName(const QString& name);
-    void setSheets(const QStringList& names, int current);
+    // The names of the sheets that can be shown, and how many there are in all.
+    void setSheets(const QStringList& names, int current, int count);
     // The rows of the current sheet, begun anew or in their newest state.
     enum class Begin : unsigned char { Anew, Where };
     void showRows(SheetView::Rows rows, Begin begin);
@@ -36,51 +32,44 @@ public:
     // What the note says, or that the sheet is cut; empty when neither.
     const QString& note() const { return m_note; }
     const QString& notice() const { return m_notice; }
+    // How much there is, in words, at the lower edge.
+    QString countWords() const;
 
-    void comeFrom(const QRectF& card);
-    void takeFocus();
-    void openFind();
-    void closeFind();
-    bool isFinding() const { return m_isFinding; }
-    void setFindWords(const QString& words);
-    QRect moreButton() const; // in this widget
+    bool canFind() const override;
+    // What was found: the cells of the sheet that is shown, and which of how many in all sheets the
+    // picked one is. `current` counts from 0; -1: none.
+    void showFound(std::vector<CellPlace> here, int current, int count, FindBar::Search search);
 
 signals:
-    void closeWanted();
-    void moreWanted();
     void sheetWanted(int number);
+    // The words to be found in all sheets; empty: no more.
+    void findWanted(const QString& words);
+    void foundWanted(int step);
 
 protected:
-    bool event(QEvent* event) override;
+    void layOut() override;
+    QWidget& content() override { return *m_view; }
+    void showParts(bool shows) override;
+    bool closeInside() override;
+    void find(const QString& words) override { emit findWanted(words); }
+    void goToFound(int step) override { emit foundWanted(step); }
     void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void wheelEvent(QWheelEvent* event) override;
 
 private:
-    void layOut();
-    void stand();
-    void showParts();
     void showPick();
+    void showText();
     void turn(int step);
-    void escape();
-    QString countWords() const;
     QRect body() const; // between the head row and the names of the sheets
-    void paintHead(QPainter& painter) const;
     void paintNote(QPainter& painter) const;
     void paintFoot(QPainter& painter) const;
 
-    QString m_name, m_note, m_noteDetail, m_notice;
+    QString m_note, m_noteDetail, m_notice;
+    int m_sheetCount = 0;
     SheetView* m_view;
     CellBar* m_bar;
     SheetTabs* m_tabs;
     BarButton* m_search;
-    BarButton* m_more;
-    BarButton* m_close;
-    FindBar* m_find;
-    bool m_isFinding = false;
-    Arrival m_arrival;
 };
 
 } // namespace corvelle

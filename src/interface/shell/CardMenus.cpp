@@ -117,13 +117,13 @@ std::vector<MenuRow> pageTextMenu(bool canCopy)
     };
 }
 
-std::vector<MenuRow> workbookMenu(bool hasSheet)
+std::vector<MenuRow> workbookMenu(bool hasSheet, bool canFind)
 {
     return {
         item(u"copy"_s, Icon::Copy, u"Copy"_s, u"Ctrl+C"_s, hasSheet),
         item(u"all"_s, Icon::Text, u"Select all"_s, u"Ctrl+A"_s, hasSheet),
         menuLine(),
-        item(u"find"_s, Icon::Search, u"Find…"_s, u"Ctrl+F"_s, hasSheet),
+        item(u"find"_s, Icon::Search, u"Find…"_s, u"Ctrl+F"_s, canFind),
         menuLine(),
         item(u"elsewhere"_s, Icon::Open, u"Open in its app"_s),
         item(u"show"_s, Icon::Folder, u"Show in Finder"_s),

@@ -22,6 +22,6 @@ std::vector<MenuRow> pageMenu(bool isFile);
 std::vector<MenuRow> pageTextMenu(bool canCopy);
 
 // Of a workbook that is open.
-std::vector<MenuRow> workbookMenu(bool hasSheet);
+std::vector<MenuRow> workbookMenu(bool hasSheet, bool canFind);
 
 } // namespace corvelle

@@ -1,6 +1,7 @@
 #include "interface/shell/CrumbBar.h"
 
 #include "interface/theme/Fonts.h"
+#include "interface/widgets/Badge.h"
 #include "interface/widgets/BarButton.h"
 #include "interface/widgets/Look.h"
 
@@ -16,7 +17,6 @@ namespace {
 
 constexpr double widestCrumb = 200; // pixels of a title
 constexpr int barHeight = 44;
-constexpr size_t leastCrumbs = 1; // the place where one is always shows
 
 // A hairline between groups, or the small sign between crumbs.
 class Divider : public QWidget
@@ -96,12 +96,21 @@ void CrumbBar::setOverlay(const QString& name)
     rebuild();
 }
 
-void CrumbBar::setOpened(const QString& title)
+void CrumbBar::setOpened(const QString& title, const QString& badge)
 {
-    if (title == m_opened)
+    if (title == m_opened && badge == m_openedBadge)
         return;
     m_opened = title;
+    m_openedBadge = badge;
     rebuild();
+}
+
+QString CrumbBar::badge() const
+{
+    for (const QWidget* widget : m_crumbs)
+        if (const auto* badge = qobject_cast<const Badge*>(widget); badge && badge->isVisible())
+            return badge->letters();
+    return {};
 }
 
 void CrumbBar::goBack()
@@ -142,7 +151,9 @@ void CrumbBar::rebuild()
         m_overlay.isEmpty() ? m_model.crumbs() : std::vector<QString>();
 
     // Leave out from the top until it fits.
-    for (size_t left = 0; left == 0 || left + leastCrumbs <= path.size(); ++left) {
+    // The place where one is always shows.
+    const size_t least = m_opened.isEmpty() ? 1 : 0;
+    for (size_t left = 0; left == 0 || left + least <= path.size(); ++left) {
         for (QWidget* crumb : m_crumbs) {
             m_row->removeWidget(crumb);
             crumb->hide();
@@ -168,11 +179,12 @@ void CrumbBar::rebuild()
 
 void CrumbBar::addCrumb(const QString& id, const QString& title, bool isHere)
 {
-    if (!m_crumbs.empty()) {
-        auto* divider = new Divider(Divider::Kind::Chevron, this);
-        m_row->addWidget(divider);
-        divider->show();
-        m_crumbs.push_back(divider);
+    if (!m_crumbs.empty())
+        addChild(new Divider(Divider::Kind::Chevron, this));
+    if (isHere && m_overlay.isEmpty() && !m_openedBadge.isEmpty()) {
+        auto* badge = new Badge(m_openedBadge, this);
+        badge->setContentsMargins(5, 0, 0, 0); // as far from the sign as from its name
+        addChild(badge);
     }
     auto* crumb = new BarButton(shownTitle(title), this, BarButton::Form::Crumb);
     if (m_crumbs.empty()) {
@@ -190,9 +202,14 @@ void CrumbBar::addCrumb(const QString& id, const QString& title, bool isHere)
         if (m_opened.isEmpty() || !isHere) // what is open is here already
             m_model.open(id);
     });
-    m_row->addWidget(crumb);
-    crumb->show();
-    m_crumbs.push_back(crumb);
+    addChild(crumb);
+}
+
+void CrumbBar::addChild(QWidget* child)
+{
+    m_row->addWidget(child);
+    child->show();
+    m_crumbs.push_back(child);
 }
 
 void CrumbBar::addEllipsis(const QString& target, const QString& name)

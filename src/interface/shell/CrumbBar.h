@@ -25,8 +25,11 @@ public:
 
     // A place over the canvas, such as the Trash; empty: the folders again.
     void setOverlay(const QString& name);
-    // An item that is open over its folder, behind the folders; empty: none.
-    void setOpened(const QString& title);
+    // An item that is open over its folder, behind the folders; empty: none. The letters of its
+    // kind stand before its title, where nothing else of it shows what it is.
+    void setOpened(const QString& title, const QString& badge = {});
+    // The letters that stand there; empty: none.
+    QString badge() const;
 
     // The folder that a button under the point (in this bar) stands for, with its name; while it is
     // asked that button shows itself as the target. None: no more.
@@ -43,11 +46,12 @@ signals:
 private:
     void rebuild();
     void addCrumb(const QString& id, const QString& title, bool isHere);
+    void addChild(QWidget* child);
     void addEllipsis(const QString& target, const QString& name);
     void goBack();
 
     CanvasModel& m_model;
-    QString m_overlay, m_opened;
+    QString m_overlay, m_opened, m_openedBadge;
     BarButton* m_back;
     BarButton* m_forward;
     QHBoxLayout* m_row;

@@ -160,7 +160,9 @@ void MainWindow::layOut()
         viewer->surface().setGeometry(rect());
     m_tools->move(width() - edge - m_tools->width(), edge);
     m_dock->move((width() - m_dock->width()) / 2, height() - bottomEdge - m_dock->height());
-    m_crumbs->setMostWidth(width() - 3 * edge - m_tools->width());
+    const bool isFilled = m_opened && m_opened->holdsCrumbs();
+    m_crumbs->setMostWidth(
+        isFilled ? m_opened->surface().headEnd() - edge : width() - 3 * edge - m_tools->width());
     m_crumbs->move(m_crumbs->isBare() ? QPoint(edge / 2, 2) : QPoint(edge, edge));
     m_zoom->move(width() - edge - m_zoom->width(), height() - bottomEdge - m_zoom->height());
     m_empty->move((width() - m_empty->width()) / 2, height() * emptyNoteTop / firstSize.height());
@@ -168,7 +170,6 @@ void MainWindow::layOut()
     const int aboveDock = m_dock->y() - edge + reach;
     m_progress->move((width() - m_progress->width()) / 2, aboveDock - m_progress->height());
     m_working->move((width() - m_working->width()) / 2, aboveDock - m_working->height());
-    const bool isFilled = m_opened && m_opened->holdsCrumbs();
     if (m_scratch)
         m_scratch->move(edge - reach,
             height() - (isFilled ? filledEdge : bottomEdge) - m_scratch->height() + reach);
@@ -263,7 +264,7 @@ void MainWindow::showAlert(const Alert& alert, std::function<void(int)> chosen)
             m_alert.reset();
             m_alertPanel.clear();
             if (showsOpened())
-                m_opened->takeFocus();
+                m_opened->surface().takeFocus();
             else
                 m_canvas->setFocus();
             chosen(answer);

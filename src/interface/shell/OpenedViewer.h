@@ -5,13 +5,11 @@
 #pragma once
 
 #include "canvas/Viewer.h"
+#include "interface/widgets/OpenedFrame.h"
 #include "interface/widgets/ToastModel.h"
 
 #include <QJsonObject>
 #include <QObject>
-#include <QRectF>
-
-class QWidget;
 
 namespace corvelle {
 
@@ -23,7 +21,7 @@ public:
     using QObject::QObject;
 
     // Fills the window, and is hidden until something is ready to be shown.
-    virtual QWidget& surface() = 0;
+    virtual OpenedFrame& surface() = 0;
     // Whether the bar that says where one is stands in the surface's own head row.
     virtual bool holdsCrumbs() const { return false; }
 
@@ -34,11 +32,6 @@ public:
     virtual void present() = 0;
     // The item's name or sign may be others.
     virtual void setNode(const Node& node) = 0;
-
-    virtual void comeFrom(const QRectF& card) = 0;
-    virtual void takeFocus() = 0;
-    virtual void openFind() = 0;
-    virtual void setFindWords(const QString& words) = 0;
 
     virtual bool isReading() const = 0;
     // Nothing is on its way that would change what is seen.
@@ -52,7 +45,6 @@ signals:
     void unreadable(const QString& sentence);
     // What was opened is painted for the first time.
     void painted();
-    void closeWanted();
     void toastWanted(const Toast& toast);
 };
 

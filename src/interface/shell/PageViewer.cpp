@@ -39,7 +39,6 @@ PageViewer::PageViewer(Library& library, QWidget* window)
     });
     connect(m_document, &OpenDocument::read, this, &PageViewer::took);
     connect(m_document, &OpenDocument::unreadable, this, &OpenedViewer::unreadable);
-    connect(m_sheet, &PageSheet::closeWanted, this, &OpenedViewer::closeWanted);
     connect(&m_sheet->view(), &PageView::painted, this, &OpenedViewer::painted);
 }
 
@@ -82,7 +81,8 @@ void PageViewer::present()
 
 void PageViewer::setNode(const Node& node)
 {
-    m_sheet->setName(kindIcon(node.kind, node.isPicture()), node.title);
+    m_sheet->setName(kindIcon(node.kind, node.isPicture()), node.title,
+        node.kind == NodeKind::File ? PageSheet::Apps::Another : PageSheet::Apps::None);
     const bool page = viewerOf(node) == Viewer::Page;
     if (page && m_sheet->isVisibleTo(m_sheet->parentWidget()) &&
         m_sheet->view().page().title != node.title) {

@@ -14,19 +14,14 @@ class PageViewer : public OpenedViewer
 public:
     PageViewer(Library& library, QWidget* window);
 
-    PageSheet& sheet() { return *m_sheet; }
     PageView& view() { return m_sheet->view(); }
     const OpenDocument& document() const { return *m_document; }
 
-    QWidget& surface() override { return *m_sheet; }
+    PageSheet& surface() override { return *m_sheet; }
     void open(const Node& node) override { m_document->open(node.id); }
     void close() override;
     void present() override;
     void setNode(const Node& node) override;
-    void comeFrom(const QRectF& card) override { m_sheet->comeFrom(card); }
-    void takeFocus() override { m_sheet->takeFocus(); }
-    void openFind() override { m_sheet->openFind(); }
-    void setFindWords(const QString& words) override { m_sheet->setFindWords(words); }
     bool isReading() const override { return m_document->isReading(); }
     bool isSettled() const override;
     QJsonObject told() const override;

@@ -1,5 +1,6 @@
 // What is open over the canvas, whatever shows it: which viewer that is, its coming and going, and
 // what scripts are told of it.
+#include "canvas/FileWords.h"
 #include "interface/shell/CardMenus.h"
 #include "interface/shell/CrumbBar.h"
 #include "interface/shell/Dock.h"
@@ -56,16 +57,19 @@ void MainWindow::connectOpened()
         });
         connect(viewer, &OpenedViewer::painted, this,
             [this] { m_paintedAfterMs = static_cast<double>(m_opening.nsecsElapsed()) / 1e6; });
-        connect(viewer, &OpenedViewer::closeWanted, this, [this] { m_model.closeOver(); });
+        connect(
+            &viewer->surface(), &OpenedFrame::closeWanted, this, [this] { m_model.closeOver(); });
+        connect(&viewer->surface(), &OpenedFrame::appWanted, this,
+            [this] { emit m_model.openItem(m_model.openedID()); });
         connect(viewer, &OpenedViewer::toastWanted, this,
             [this](const Toast& toast) { m_toasts->show(toast); });
     }
     connect(new QShortcut(QKeySequence(u"Ctrl+F"_s), this), &QShortcut::activated, this, [this] {
         if (showsOpened() && !m_alertPanel)
-            m_opened->openFind();
+            m_opened->surface().openFind();
     });
     connectPage();
-    WorkbookScreen& screen = m_workbook->screen();
+    WorkbookScreen& screen = m_workbook->surface();
     connect(&screen, &WorkbookScreen::moreWanted, this,
         [this, &screen] { openWorkbookMenu(screen.moreButton().bottomLeft() + QPoint(0, 6)); });
     connect(&screen.view(), &SheetView::menuWanted, this,
@@ -121,7 +125,7 @@ void MainWindow::presentOpened()
     m_readAfterMs = static_cast<double>(m_opening.nsecsElapsed()) / 1e6;
     nameOpened();
     const bool wasShown = showsOpened();
-    QWidget& surface = m_opened->surface();
+    OpenedFrame& surface = m_opened->surface();
     surface.setGeometry(rect());
     showChrome(false);
     surface.show();
@@ -129,11 +133,11 @@ void MainWindow::presentOpened()
     layOut();
     m_opened->present();
     const PlacedCard* card = m_model.card(node->id);
-    m_opened->comeFrom(card && !wasShown
-                           ? toScreen(card->rect(), m_model.camera(), m_model.viewport())
-                           : QRectF());
+    surface.comeFrom(card && !wasShown
+                         ? toScreen(card->rect(), m_model.camera(), m_model.viewport())
+                         : QRectF());
     if (!m_alertPanel)
-        m_opened->takeFocus();
+        surface.takeFocus();
     if (const QString words = std::exchange(m_wordsToFind, {}); !words.isEmpty())
         findInOpened(words);
 }
@@ -144,7 +148,9 @@ void MainWindow::nameOpened()
     if (!node || !m_opened)
         return;
     m_opened->setNode(*node);
-    m_crumbs->setOpened(node->title);
+    // What has a head row of its own shows there what it is.
+    m_crumbs->setOpened(
+        node->title, m_opened->holdsCrumbs() ? fileBadge(node->mime, node->title) : QString());
 }
 
 void MainWindow::showChrome(bool shows)
@@ -162,8 +168,8 @@ void MainWindow::findInOpened(const QString& words)
         m_wordsToFind = words;
         return;
     }
-    m_opened->openFind();
-    m_opened->setFindWords(words);
+    m_opened->surface().openFind();
+    m_opened->surface().setFindWords(words);
 }
 
 // ---- workbooks ----
@@ -172,21 +178,22 @@ void MainWindow::openWorkbookMenu(QPoint at)
 {
     if (m_alertPanel || m_menu || m_opened != m_workbook)
         return;
-    const bool hasSheet = m_workbook->screen().note().isEmpty();
-    showMenu(workbookMenu(hasSheet), at, [this](const QString& act) {
-        SheetView& view = m_workbook->screen().view();
-        const Node* node = m_model.library().node(m_model.openedID());
-        if (act == u"find")
-            m_workbook->openFind();
-        else if (act == u"copy")
-            view.copy();
-        else if (act == u"all")
-            view.pickAll();
-        else if (node && act == u"show")
-            showInFileManager(m_model.library().filePath(*node));
-        else if (node && act == u"elsewhere")
-            emit m_model.openItem(node->id);
-    });
+    const bool hasSheet = m_workbook->surface().note().isEmpty();
+    showMenu(
+        workbookMenu(hasSheet, m_workbook->surface().canFind()), at, [this](const QString& act) {
+            SheetView& view = m_workbook->surface().view();
+            const Node* node = m_model.library().node(m_model.openedID());
+            if (act == u"find")
+                m_workbook->surface().openFind();
+            else if (act == u"copy")
+                view.copy();
+            else if (act == u"all")
+                view.pickAll();
+            else if (node && act == u"show")
+                showInFileManager(m_model.library().filePath(*node));
+            else if (node && act == u"elsewhere")
+                emit m_model.openItem(node->id);
+        });
 }
 
 // ---- for scripts ----
@@ -199,6 +206,11 @@ QJsonValue MainWindow::openedJson() const
     QJsonObject told = m_opened->told();
     told[u"id"] = node->id;
     told[u"kind"] = word(node->kind);
+    told[u"badge"] = m_crumbs->badge();
+    const QRect app = m_opened->surface().appButton();
+    const QRect bar = m_crumbs->geometry();
+    told[u"appButton"] = QJsonArray{app.x(), app.y(), app.width(), app.height()};
+    told[u"bar"] = QJsonArray{bar.x(), bar.y(), bar.width(), bar.height()};
     told[u"shown"] = showsOpened();
     told[u"readAfter"] = m_readAfterMs;
     told[u"paintedAfter"] = m_paintedAfterMs;

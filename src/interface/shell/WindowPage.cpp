@@ -42,8 +42,8 @@ bool isOpenedElsewhere(const QUrl& url)
 
 void MainWindow::connectPage()
 {
-    connect(&m_page->sheet(), &PageSheet::moreWanted, this,
-        [this] { openPageMenu(m_page->sheet().moreButton().bottomLeft() + QPoint(0, 6)); });
+    connect(&m_page->surface(), &PageSheet::moreWanted, this,
+        [this] { openPageMenu(m_page->surface().moreButton().bottomLeft() + QPoint(0, 6)); });
     connect(&m_page->view(), &PageView::menuWanted, this, &MainWindow::openTextMenu);
     connect(&m_page->view(), &PageView::itemWanted, this, &MainWindow::followItem);
     connect(&m_page->view(), &PageView::addressWanted, this, &MainWindow::followAddress);
@@ -104,7 +104,7 @@ void MainWindow::actOnPage(const QString& act)
         return;
     PageView& view = m_page->view();
     if (act == u"find")
-        m_page->openFind();
+        m_page->surface().openFind();
     else if (act == u"copy")
         view.copy();
     else if (act == u"all")

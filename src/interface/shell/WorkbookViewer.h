@@ -16,30 +16,32 @@ class WorkbookViewer : public OpenedViewer
 public:
     WorkbookViewer(Library& library, QWidget* window);
 
-    WorkbookScreen& screen() { return *m_screen; }
-
-    QWidget& surface() override { return *m_screen; }
+    WorkbookScreen& surface() override { return *m_screen; }
     bool holdsCrumbs() const override { return true; }
     void open(const Node& node) override;
     void close() override;
     void present() override;
     void setNode(const Node& node) override { m_screen->setName(node.title); }
-    void comeFrom(const QRectF& card) override { m_screen->comeFrom(card); }
-    void takeFocus() override { m_screen->takeFocus(); }
-    void openFind() override { m_screen->openFind(); }
-    void setFindWords(const QString& words) override { m_screen->setFindWords(words); }
     bool isReading() const override { return m_workbook->isReading(); }
+    bool isSettled() const override { return !isReading() && !m_workbook->isSearching(); }
     QJsonObject told() const override;
 
 private:
     void took();
     void showState();
+    void turnTo(int sheet);
+    void find(const QString& words);
+    void goToFound(int step);
+    void showFound();
+    void showHit();
 
     OpenWorkbook* m_workbook;
     WorkbookScreen* m_screen;
     bool m_isPresented = false;
     int m_shownSheet = -1; // whose rows are on the screen
-    QTimer m_patience;     // before it is told that something is being read
+    BookPlace m_findFrom;  // where the person was before finding moved them
+    bool m_goesToHit = false;
+    QTimer m_patience; // before it is told that something is being read
 };
 
 } // namespace corvelle

@@ -9,6 +9,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
+#include <QPainter>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -16,7 +19,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr int fieldWidth = 220, countWidth = 76, barHeight = 44;
+constexpr int fieldWidth = 220, leastField = 80, leastCount = 76, barHeight = 44;
 
 } // namespace
 
@@ -25,21 +28,23 @@ FindBar::FindBar(const QString& where, QWidget* parent)
     , m_field(new QLineEdit(this))
     , m_count(new QLabel(this))
 {
+    setBare(true);
     setAccessibleName(u"Find"_s);
     m_field->setAccessibleName(where);
     m_field->setPlaceholderText(where);
     m_field->setFrame(false);
-    m_field->setFixedSize(fieldWidth, 32);
+    m_field->setFixedHeight(32);
+    m_field->setMinimumWidth(fieldWidth);
     m_field->setTextMargins(8, 0, 8, 0);
     m_field->setFont(corvelle::font(TypeStyle::Body));
     m_field->installEventFilter(this);
-    m_count->setFixedWidth(countWidth);
+    m_count->setFixedWidth(leastCount);
     m_count->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_count->setFont(corvelle::font(TypeStyle::Small));
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(6, 6, 6, 6);
     row->setSpacing(0);
-    row->addWidget(m_field);
+    row->addWidget(m_field, 1);
     row->addWidget(m_count);
     row->addSpacing(6);
     const auto button = [&](Icon sign, const QString& name, auto act) {
@@ -52,15 +57,16 @@ FindBar::FindBar(const QString& where, QWidget* parent)
     button(Icon::ChevronDown, u"Next"_s, [this] { emit stepWanted(1); });
     button(Icon::Close, u"Close"_s, [this] { emit closeWanted(); });
     connect(m_field, &QLineEdit::textChanged, this, &FindBar::wordsChanged);
-    setFixedHeight(barHeight);
-    adjustSize();
+    // From now on the field gives way to long counts.
+    setFixedSize(sizeHint().width(), barHeight);
+    m_field->setMinimumWidth(leastField);
     hide();
 }
 
 void FindBar::open()
 {
     QPalette colors = m_field->palette();
-    colors.setColor(QPalette::Base, corvelle::palette(schemeOf(*this)).field);
+    colors.setColor(QPalette::Base, Qt::transparent); // its ground has round corners
     m_field->setPalette(colors);
     if (!isVisible() || isLeaving())
         appear();
@@ -78,13 +84,38 @@ QString FindBar::words() const
     return m_field->text();
 }
 
-void FindBar::setCount(int current, int count)
+void FindBar::setCount(int current, int count, Search search)
 {
-    const QLocale english(QLocale::English);
-    m_count->setText(
-        m_field->text().isEmpty() ? QString()
-        : count == 0              ? u"Not found"_s
-                     : u"%1 of %2"_s.arg(english.toString(current + 1), english.toString(count)));
+    const auto number = [](int value) { return QLocale(QLocale::English).toString(value); };
+    const bool ended = search == Search::Ended;
+    QString words;
+    if (m_field->text().isEmpty())
+        words.clear();
+    else if (count == 0)
+        words = ended ? u"Not found"_s : u"…"_s;
+    else if (current < 0)
+        words = u"%1 found"_s.arg(number(count));
+    else
+        words = u"%1 of %2"_s.arg(number(current + 1), number(count));
+    if (count > 0 && !ended && !words.isEmpty())
+        words += u'…';
+    m_count->setText(words);
+    m_count->setFixedWidth(std::max(leastCount, m_count->sizeHint().width()));
+}
+
+QString FindBar::countWords() const
+{
+    return m_count->text();
+}
+
+void FindBar::paintEvent(QPaintEvent* event)
+{
+    GlassPanel::paintEvent(event);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(corvelle::palette(schemeOf(*this)).field);
+    painter.drawRoundedRect(m_field->geometry(), radius::control, radius::control);
 }
 
 bool FindBar::eventFilter(QObject* watched, QEvent* event)

@@ -1,5 +1,8 @@
 // The field for finding words in what is open, with how many there are and the way from one to the
 // next.
+//
+// It has no surface of its own: it stands in a row of what is open, where it hides nothing of what
+// it finds.
 #pragma once
 
 #include "interface/widgets/GlassPanel.h"
@@ -21,8 +24,10 @@ public:
     void open();
     void setWords(const QString& words);
     QString words() const;
-    // `current` counts from 0; -1: none.
-    void setCount(int current, int count);
+    // `current` counts from 0; -1: none. A search that goes on may find more.
+    enum class Search : unsigned char { Ended, GoesOn };
+    void setCount(int current, int count, Search search = Search::Ended);
+    QString countWords() const;
 
 signals:
     void wordsChanged(const QString& words);
@@ -31,6 +36,7 @@ signals:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     QLineEdit* m_field;

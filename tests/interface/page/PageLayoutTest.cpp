@@ -418,6 +418,24 @@ TEST(PageSheet, theFieldForFindingComesBackAndEscapeClosesIt)
     EXPECT_EQ(closed.count(), 1);
 }
 
+TEST(PageSheet, theFieldForFindingHidesNothingOfThePage)
+{
+    QWidget window;
+    PageSheet sheet({}, {}, &window);
+    window.show();
+    for (const QSize size : {QSize(1'440, 900), QSize(760, 480)}) {
+        window.resize(size);
+        sheet.setGeometry(window.rect());
+        sheet.openFind();
+        QTest::qWait(300); // it has risen
+        const QRect field = sheet.findBar().geometry();
+        EXPECT_TRUE(window.rect().contains(field));
+        EXPECT_FALSE(field.intersects(sheet.view().geometry()));
+        EXPECT_FALSE(field.intersects(sheet.moreButton()));
+        EXPECT_GT(field.left(), sheet.view().x() + 40) << "there is room for the sign";
+    }
+}
+
 TEST(PageAccessible, wordsAndLinesAreThoseOfTheWholePage)
 {
     installPageAccessibility();

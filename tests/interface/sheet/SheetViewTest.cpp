@@ -1,4 +1,5 @@
 // A sheet in its grid: where cells stand, how they are picked, copied, found and scrolled.
+#include "interface/sheet/CellBar.h"
 #include "interface/sheet/SheetAccessible.h"
 #include "interface/sheet/WorkbookScreen.h"
 #include "interface/widgets/FindBar.h"
@@ -8,6 +9,7 @@
 #include <QAccessible>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
@@ -223,20 +225,25 @@ TEST_F(Sheet, looksTheSameHoweverItCameThere)
     EXPECT_TRUE(moved == fresh);
 }
 
-TEST_F(Sheet, findsWordsInAnyCase)
+TEST_F(Sheet, marksWhatWasFound)
 {
-    show(sheetOf({{u"Sea"_s, u"land"_s}, {u"SEAside"_s}, {u"the sea"_s}}));
-    view.find(u"sea"_s);
-    EXPECT_EQ(view.foundCount(), 3);
-    EXPECT_EQ(picked(), u"A1"_s);
-    view.goToFound(-1);
-    EXPECT_EQ(picked(), u"A3"_s);
-    view.goToFound(1);
-    EXPECT_EQ(view.currentFound(), 0);
-    view.find(u"nothing"_s);
-    EXPECT_EQ(view.currentFound(), -1);
-    view.goToFound(1);
-    EXPECT_EQ(picked(), u"A1"_s);
+    show(largeSheet());
+    const auto inkAt = [this](CellPlace place) {
+        const QPoint corner = view.rectOf(place).topLeft() + QPoint(3, 3);
+        return view.grab().toImage().pixelColor(corner * view.devicePixelRatioF());
+    };
+    const QColor plain = inkAt({2, 3});
+    view.setFound({{0, 1}, {2, 3}, {1, 900}});
+    EXPECT_NE(inkAt({2, 3}), plain);
+    EXPECT_EQ(inkAt({1, 3}), plain);
+    view.scrollTo({0, SheetLayout::top(890)});
+    EXPECT_NE(inkAt({1, 900}), plain);
+    QSignalSpy wanted(&view, &SheetView::foundWanted);
+    QTest::keyClick(&view, Qt::Key_F3, Qt::ShiftModifier);
+    ASSERT_EQ(wanted.count(), 1);
+    EXPECT_EQ(wanted[0][0].toInt(), -1);
+    view.open(u"Other"_s, largeSheet());
+    EXPECT_EQ(inkAt({2, 3}), plain);
 }
 
 TEST_F(Sheet, staysWhereItIsWhenTheFileChanges)
@@ -281,7 +288,7 @@ TEST(WorkbookScreen, tellsWhatCannotBeSeen)
     WorkbookScreen screen(nullptr);
     screen.resize(900, 600);
     screen.show();
-    screen.setSheets({u"One & two"_s, u"Three"_s}, 1);
+    screen.setSheets({u"One & two"_s, u"Three"_s}, 1, 2);
     screen.showRows(sheetOf({{u"a"_s}}, true), WorkbookScreen::Begin::Anew);
     EXPECT_TRUE(screen.view().isVisible());
     EXPECT_EQ(screen.view().name(), u"Three"_s);
@@ -300,19 +307,138 @@ TEST(WorkbookScreen, tellsWhatCannotBeSeen)
     EXPECT_EQ(closed.count(), 1);
 }
 
+TEST(WorkbookScreen, tellsHowManySheetsThereAre)
+{
+    WorkbookScreen screen(nullptr);
+    screen.setSheets({u"One"_s}, 0, 1);
+    screen.showRows(sheetOf({{u"a"_s}, {u"b"_s}}), WorkbookScreen::Begin::Anew);
+    EXPECT_EQ(screen.countWords(), u"1 sheet · 2 rows"_s);
+    screen.setSheets({u"One"_s, u"Two"_s}, 0, 1234);
+    EXPECT_EQ(screen.countWords(), u"First 2 of 1,234 sheets · 2 rows"_s);
+}
+
 TEST(WorkbookScreen, escapeClosesTheFieldForFindingFirst)
 {
     WorkbookScreen screen(nullptr);
     screen.resize(900, 600);
     screen.show();
-    screen.setSheets({u"Sheet"_s}, 0);
+    screen.setSheets({u"Sheet"_s, u"Empty"_s}, 0, 2);
     screen.showRows(sheetOf({{u"a"_s, u"b"_s, u"ab"_s}}), WorkbookScreen::Begin::Anew);
+    QSignalSpy wanted(&screen, &WorkbookScreen::findWanted);
     screen.openFind();
     screen.setFindWords(u"b"_s);
-    EXPECT_EQ(screen.view().foundCount(), 2);
+    EXPECT_EQ(wanted.last()[0].toString(), u"b"_s);
+    screen.showNote(u"Reading sheet…"_s);
+    EXPECT_TRUE(screen.isFinding()) << "other sheets have words";
     QSignalSpy closed(&screen, &WorkbookScreen::closeWanted);
     QTest::keyClick(&screen.view(), Qt::Key_Escape);
     EXPECT_FALSE(screen.isFinding());
     EXPECT_EQ(closed.count(), 0);
-    EXPECT_EQ(screen.view().foundCount(), 0);
+    EXPECT_EQ(wanted.last()[0].toString(), QString());
+    screen.openFind();
+    screen.setSheets({}, 0, 0);
+    screen.showNote(u"Couldn’t preview this workbook"_s);
+    EXPECT_FALSE(screen.isFinding());
+    screen.openFind();
+    EXPECT_FALSE(screen.isFinding()) << "there is nothing to be found";
+}
+
+TEST(WorkbookScreen, theFieldForFindingHidesNoCell)
+{
+    WorkbookScreen screen(nullptr);
+    screen.setSheets({u"Sheet"_s}, 0, 1);
+    screen.showRows(sheetOf({{u"a"_s}}), WorkbookScreen::Begin::Anew);
+    screen.show();
+    for (const QSize size : {QSize(1'440, 900), QSize(760, 480)}) {
+        screen.resize(size);
+        screen.openFind();
+        QTest::qWait(300); // it has risen
+        const QRect field = screen.findBar().geometry(), sheet = screen.view().geometry();
+        EXPECT_TRUE(screen.rect().contains(field));
+        EXPECT_GE(field.top(), WorkbookScreen::headHeight - 2) << "nor a button";
+        EXPECT_LT(field.bottom(), sheet.top() + SheetLayout::headHeight);
+    }
+}
+
+TEST(WorkbookScreen, longTextsOpenOverTheSheetAndPushNothing)
+{
+    WorkbookScreen screen(nullptr);
+    screen.resize(900, 600);
+    screen.setSheets({u"Sheet"_s}, 0, 1);
+    const QString lines = u"line\n"_s.repeated(300);
+    screen.showRows(sheetOf({{u"short"_s, u"long "_s.repeated(100)}, {u"two\nlines"_s, lines}}),
+        WorkbookScreen::Begin::Anew);
+    screen.show();
+    screen.activateWindow();
+    screen.takeFocus();
+    SheetView& view = screen.view();
+    const CellBar& bar = screen.cellBar();
+    const QRect standing = view.geometry();
+    const int row = bar.height();
+    EXPECT_FALSE(bar.hasMore());
+    QTest::keyClick(&view, Qt::Key_Space);
+    EXPECT_FALSE(bar.isOpen()) << "there is no more to see";
+
+    for (const CellPlace place : {CellPlace{1, 0}, CellPlace{0, 1}, CellPlace{1, 1}}) {
+        view.pickCell(place);
+        EXPECT_TRUE(bar.hasMore());
+        EXPECT_EQ(bar.height(), row);
+        QTest::keyClick(&view, Qt::Key_Space);
+        EXPECT_TRUE(bar.isOpen());
+        EXPECT_GT(bar.height(), row);
+        EXPECT_LT(bar.geometry().bottom(), standing.center().y() + row);
+        EXPECT_EQ(view.geometry(), standing);
+    }
+    // The longest is scrolled to its end.
+    EXPECT_GT(bar.scrollRange(), 3'000);
+    QTest::keyClick(screen.findChild<CellBar*>(), Qt::Key_End);
+    EXPECT_EQ(bar.scrollPlace(), bar.scrollRange());
+    EXPECT_EQ(placeName(view.pick().picked), u"B2"_s) << "the keys are the text's";
+
+    QSignalSpy closed(&screen, &WorkbookScreen::closeWanted);
+    QTest::keyClick(&view, Qt::Key_Escape);
+    EXPECT_FALSE(bar.isOpen());
+    EXPECT_EQ(closed.count(), 0);
+    QTest::keyClick(&view, Qt::Key_Space);
+    view.pickCell({0, 0});
+    EXPECT_FALSE(bar.isOpen()) << "another cell";
+    EXPECT_EQ(bar.height(), row);
+    view.pickCell({1, 1});
+    QTest::keyClick(&view, Qt::Key_Space);
+    screen.openFind();
+    EXPECT_FALSE(bar.isOpen()) << "what is found may lie below";
+    view.pickCell({1, 0});
+    EXPECT_TRUE(bar.hasMore()) << "the field for finding takes of the line";
+}
+
+TEST(FindBar, tellsHowFarTheSearchIs)
+{
+    FindBar bar(u"Find"_s, nullptr);
+    const int width = bar.width();
+    using Search = FindBar::Search;
+    const struct
+    {
+        int current, count;
+        Search search;
+        QString says;
+    } cases[] = {
+        {-1, 0, Search::GoesOn, u"…"_s},
+        {-1, 0, Search::Ended, u"Not found"_s},
+        {0, 3, Search::GoesOn, u"1 of 3…"_s},
+        {2, 3, Search::Ended, u"3 of 3"_s},
+        {-1, 12, Search::Ended, u"12 found"_s},
+        {1'234'566, 4'000'000, Search::Ended, u"1,234,567 of 4,000,000"_s},
+    };
+    bar.setCount(-1, 0);
+    EXPECT_EQ(bar.countWords(), QString()) << "no words, no count";
+    bar.setWords(u"x"_s);
+    for (const auto& c : cases) {
+        bar.setCount(c.current, c.count, c.search);
+        EXPECT_EQ(bar.countWords(), c.says);
+        EXPECT_EQ(bar.width(), width);
+    }
+    bar.show();
+    QTest::qWait(10);
+    const auto* words = bar.findChild<QLabel*>();
+    EXPECT_GE(words->width(), words->sizeHint().width()) << "the longest is seen whole";
 }
