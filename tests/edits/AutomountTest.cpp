@@ -1,11 +1,9 @@
 // Linked items where an automounter waits for the first who goes in. A process of the test's own is
 // the automounter, as autofs(5) has it: the kernel tells it by a pipe that somebody waits.
 #include "edits/EditedLibrary.h"
+#include "edits/OwnMounts.h"
 
 #include "platform/MountTable.h"
-
-#include <QProcess>
-#include <QProcessEnvironment>
 
 #include <linux/auto_fs.h>
 #include <linux/auto_fs4.h>
@@ -53,19 +51,9 @@ namespace {
 
 TEST(Automounter, isOnlySetOffByThePerson)
 {
-    if (::geteuid() != 0 || QProcess::execute("unshare", {"-m", "true"}) != 0)
-        GTEST_SKIP() << "only the administrator can be an automounter";
     const TempFolder folder;
-    QProcess child;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("CORVELLE_CHILD_LIBRARY", folder.path());
-    child.setProcessEnvironment(environment);
-    child.setProcessChannelMode(QProcess::ForwardedChannels);
-    child.start(
-        "unshare", {"-m", QCoreApplication::applicationFilePath(),
-                       "--gtest_filter=AutomounterChild.*", "--gtest_also_run_disabled_tests"});
-    ASSERT_TRUE(child.waitForFinished(60'000));
-    EXPECT_EQ(child.exitCode(), 0);
+    if (::geteuid() != 0 || !runWithOwnMounts("-m", "AutomounterChild.*", folder.path()))
+        GTEST_SKIP() << "only the administrator can be an automounter";
 }
 
 TEST(AutomounterChild, DISABLED_linkedItemsBehindIt)

@@ -1,10 +1,8 @@
 // Items that are linked from outside stay with their files, and nothing is done to those.
 #include "edits/EditedLibrary.h"
+#include "edits/OwnMounts.h"
 
 #include "library/LinkBookmarks.h"
-
-#include <QProcess>
-#include <QProcessEnvironment>
 
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -621,19 +619,9 @@ TEST(LinkBookmarks, areReadAsTheyWereWritten)
 
 TEST(LinkedDisks, areFollowedAsTheyComeAndGo)
 {
-    if (QProcess::execute("unshare", {"-rm", "true"}) != 0)
-        GTEST_SKIP() << "this system lets nobody but its administrator mount";
     const TempFolder folder;
-    QProcess child;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("CORVELLE_CHILD_LIBRARY", folder.path());
-    child.setProcessEnvironment(environment);
-    child.setProcessChannelMode(QProcess::ForwardedChannels);
-    child.start(
-        "unshare", {"-rm", QCoreApplication::applicationFilePath(),
-                       "--gtest_filter=LinkedDisksChild.*", "--gtest_also_run_disabled_tests"});
-    ASSERT_TRUE(child.waitForFinished(60'000));
-    EXPECT_EQ(child.exitCode(), 0);
+    if (!runWithOwnMounts("-rm", "LinkedDisksChild.*", folder.path()))
+        GTEST_SKIP() << "this system lets nobody but its administrator mount";
 }
 
 TEST(LinkedDisksChild, DISABLED_mountAndUnmount)

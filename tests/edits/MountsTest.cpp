@@ -1,8 +1,6 @@
 // Disks and folders that are mounted inside the library, in a mount namespace of the test's own.
 #include "edits/EditedLibrary.h"
-
-#include <QProcess>
-#include <QProcessEnvironment>
+#include "edits/OwnMounts.h"
 
 #include <sys/mount.h>
 
@@ -10,18 +8,9 @@ using namespace corvelle;
 
 TEST(Mounts, areNeverEmptiedNorMovedAndTheirFilesComeAcross)
 {
-    if (QProcess::execute("unshare", {"-rm", "true"}) != 0)
+    const TempFolder folder;
+    if (!runWithOwnMounts("-rm", "MountsChild.*", folder.path()))
         GTEST_SKIP() << "this system lets nobody but its administrator mount";
-    const TempFolder folder; // outlives the mounts, which nobody could remove it with
-    QProcess child;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("CORVELLE_CHILD_LIBRARY", folder.path());
-    child.setProcessEnvironment(environment);
-    child.setProcessChannelMode(QProcess::ForwardedChannels);
-    child.start("unshare", {"-rm", QCoreApplication::applicationFilePath(),
-                               "--gtest_filter=MountsChild.*", "--gtest_also_run_disabled_tests"});
-    ASSERT_TRUE(child.waitForFinished(60'000));
-    EXPECT_EQ(child.exitCode(), 0);
 }
 
 TEST(MountsChild, DISABLED_editsAroundMounts)
