@@ -269,6 +269,25 @@ TEST_F(Pages, aMarkdownFileOpensAsAPage)
     EXPECT_EQ(program->state()["lastFailure"].toString(), QString());
 }
 
+TEST_F(Pages, filesThatNameEachOtherAreFollowed)
+{
+    home.givenFile("Notes/other.md", "back to [it](../Notes/read.md) or [the text](../a.txt)\n");
+    program->settle();
+    const auto idAt = [&](const QString& path) { return program->tree().idAt("My Space/" + path); };
+    open(idAt("Notes/read.md"));
+    ::usleep(400'000); // it has come up
+    press(opened()["targets"][0].toObject());
+    ASSERT_TRUE(waitUntil([&] {
+        return opened()["id"].toString() == idAt("Notes/other.md") &&
+               opened()["targets"].toArray().size() == 2;
+    }));
+    ::usleep(400'000);
+    press(opened()["targets"][1].toObject());
+    EXPECT_TRUE(opened().isEmpty()) << "another application's file is only shown";
+    EXPECT_EQ(program->folder(), idAt(""));
+    EXPECT_EQ(program->state()["selection"].toArray(), QJsonArray{idAt("a.txt")});
+}
+
 TEST_F(Pages, exportsByTheChannelAndTheCommandLine)
 {
     const QString html = program->tell("export", {{"id", page}, {"format", "html"}}).toString();

@@ -145,6 +145,8 @@ private:
     void connectPage();
     void followItem(const QString& id);
     void followAddress(const QString& address);
+    const Node* linkedFile(const QString& link) const;
+    void followFile(const Node& node);
     void openPageMenu(QPoint at);
     void openTextMenu(QPoint at);
     void actOnPage(const QString& act);

@@ -1,4 +1,6 @@
 // The page or Markdown file over the canvas: followed, copied and exported.
+#include "canvas/LinkedPath.h"
+#include "canvas/Viewer.h"
 #include "interface/page/PageCopy.h"
 #include "interface/shell/CardMenus.h"
 #include "interface/shell/MainWindow.h"
@@ -73,9 +75,43 @@ void MainWindow::followAddress(const QString& address)
         followItem(item);
     else if (const QUrl url(address.trimmed()); isOpenedElsewhere(url))
         emit addressWanted(url);
+    else if (const Node* file = linkedFile(address))
+        followFile(*file);
     else
         m_toasts->show(
             {u"page"_s, Icon::Alert, u"This link can’t be opened here."_s, address.left(120), {}});
+}
+
+// The live item that a link between files names.
+const Node* MainWindow::linkedFile(const QString& link) const
+{
+    const Library& library = m_model.library();
+    const Node* document = library.node(m_model.openedID());
+    const QString path = document ? linkedPath(document->path, link) : QString();
+    if (path.isEmpty())
+        return nullptr;
+    // On disk an accented letter may be one character or two.
+    const QString composed = path.normalized(QString::NormalizationForm_C);
+    const QString decomposed = path.normalized(QString::NormalizationForm_D);
+    const Node* found = nullptr;
+    library.tree().eachNode([&](const Node& node, const SeenFile&) {
+        if ((node.path == path || node.path == composed || node.path == decomposed) &&
+            !library.isInTrash(node.id))
+            found = &node;
+    });
+    return found;
+}
+
+// A link says what it likes: what would open in another application is only shown.
+void MainWindow::followFile(const Node& node)
+{
+    if (node.kind == NodeKind::Folder || viewerOf(node) != Viewer::None) {
+        m_model.openCard(node.id);
+        return;
+    }
+    const QString id = node.id;
+    m_model.open(node.parentID);
+    m_model.select({id});
 }
 
 // ---- menus ----
