@@ -133,6 +133,10 @@ void Application::start()
     connect(m_window.get(), &MainWindow::switchLibraryWanted, this, &Application::chooseLibrary);
     connect(&m_canvas, &CanvasModel::openItem, this, &Application::openItem);
     connect(m_window.get(), &MainWindow::addressWanted, this, &Application::openAddress);
+    connect(m_window.get(), &MainWindow::locateWanted, this, [this](const QString& id) {
+        m_linkSync.findPlaceNear(
+            id, [this, id](const QString& folder) { m_window->locate(id, folder); });
+    });
     connect(m_window.get(), &MainWindow::relinkWanted, this,
         [this](const QString& id, const QString& path) {
             m_window->tellLocated(id, m_linkSync.relink(id, path));

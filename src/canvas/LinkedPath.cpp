@@ -14,8 +14,8 @@ namespace corvelle {
 QString linkedPath(const QString& document, const QString& link)
 {
     QString path = link.trimmed();
-    const auto end = std::find_if(
-        path.cbegin(), path.cend(), [](QChar c) { return c == u'#' || c == u'?'; });
+    const auto end =
+        std::find_if(path.cbegin(), path.cend(), [](QChar c) { return c == u'#' || c == u'?'; });
     path.truncate(end - path.cbegin());
     // A colon in the first part would end a scheme.
     const qsizetype colon = path.indexOf(u':'), slash = path.indexOf(u'/');

@@ -7,8 +7,8 @@
 namespace corvelle {
 
 // The path that a node has for what the link in a document names, a relative-path reference of
-// RFC 3986 (4.2): the document's path is relative to the library's folder or absolute, and so is the
-// answer. Empty for any other link, and for one that leads out of the library.
+// RFC 3986 (4.2): the document's path is relative to the library's folder or absolute, and so is
+// the answer. Empty for any other link, and for one that leads out of the library.
 QString linkedPath(const QString& document, const QString& link);
 
 } // namespace corvelle

@@ -6,6 +6,7 @@
 #include "library/LinkBookmarks.h"
 #include "library/NodePaths.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QThread>
 
@@ -20,7 +21,7 @@ namespace {
 constexpr int refreshMs = 100;
 constexpr int mostRoundsOfLooks = 6; // without a folder that moved
 constexpr int mostFailedPasses = 5;  // in a row that are tried again
-constexpr int hangMs = 1'000;        // what quitting waits for a disk
+constexpr int hangMs = 1'000;        // what quitting or the person waits for a disk
 
 // What is linked and can be watched.
 bool canBeLinked(const Node& node)
@@ -338,6 +339,28 @@ void LinkSync::visit(const QString& id)
             if (isThere)
                 schedule(root, everythingThere(), 0);
         });
+}
+
+void LinkSync::findPlaceNear(const QString& id, std::function<void(const QString& folder)> then)
+{
+    const Node* node = m_library.node(id);
+    if (!node)
+        return;
+    const auto answerOnce = [answered = std::make_shared<bool>(false), then = std::move(then)](
+                                const QString& folder) {
+        if (!std::exchange(*answered, true))
+            then(folder);
+    };
+    const QString start = parentPath(m_library.filePath(*node));
+    queueFor(start).run(
+        [start] {
+            QString folder = start;
+            while (!folder.isEmpty() && !QFileInfo(folder).isDir())
+                folder = parentPath(folder);
+            return folder.isEmpty() ? u"/"_s : folder;
+        },
+        this, answerOnce);
+    QTimer::singleShot(hangMs, this, [answerOnce] { answerOnce(QDir::homePath()); });
 }
 
 // ---- when to look ----

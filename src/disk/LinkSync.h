@@ -58,6 +58,10 @@ public:
     // may bring its disk now.
     void visit(const QString& id);
 
+    // Finds the folder that is nearest to where an item was, for the person to look around from. On
+    // a disk that doesn't answer within a second, it is the home folder.
+    void findPlaceNear(const QString& id, std::function<void(const QString& folder)> then);
+
     // Looks at once at what the kernel has told so far, for scripts that can't wait.
     void catchUp();
 

@@ -322,6 +322,18 @@ TEST_F(LinkSyncTest, thePersonCanSayWhereItIs)
     EXPECT_EQ(lib->path(file), outside.path("new/page.txt"));
 }
 
+TEST_F(LinkSyncTest, thePersonLooksAroundFromWhereItWas)
+{
+    outside.makeFile("a/b/c.txt");
+    const QString file = add("a/b/c.txt");
+    remove("a/b");
+    QStringList folders;
+    lib->linkSync.findPlaceNear(file, [&](const QString& place) { folders.append(place); });
+    ASSERT_TRUE(turnUntil([&] { return !folders.isEmpty(); }));
+    settle();
+    EXPECT_EQ(folders, QStringList{outside.path("a")});
+}
+
 TEST_F(LinkSyncTest, whatHappenedWhileClosedIsFoundAtTheOpening)
 {
     outside.makeFile("a/first.txt");

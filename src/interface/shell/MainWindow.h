@@ -78,6 +78,8 @@ public:
     // Files that something else has deleted are in the Trash.
     void tellDeletedElsewhere(int count);
 
+    // Asks where an item is that can't be found, starting at the folder.
+    void locate(const QString& id, const QString& folder);
     // Whether the place that the person chose for an item is its place now.
     void tellLocated(const QString& id, bool couldUse);
 
@@ -90,7 +92,8 @@ signals:
     void switchLibraryWanted();
     // A web or mail address, to be opened by the desktop.
     void addressWanted(const QUrl& url);
-    // The person says where an item is now.
+    // The person wants to say where an item is that can't be found, and then says it.
+    void locateWanted(const QString& id);
     void relinkWanted(const QString& id, const QString& path);
 
 protected:
@@ -120,7 +123,6 @@ private:
     void askForLink(QPointF point);
     void chooseFiles(QPointF point);
     void openDialog(QDialog& dialog);
-    void locate(const QString& id);
     void tellMissing(const QString& id);
     void pickIcon(const QString& id, QPoint at);
     void copyLinks(const std::vector<QString>& ids);

@@ -15,7 +15,6 @@
 #include "platform/Desktop.h"
 
 #include <QClipboard>
-#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -173,7 +172,7 @@ void MainWindow::actOnCards(const QString& act, const std::vector<QString>& ids,
     else if (act == u"copy")
         copyLinks(ids);
     else if (act == u"locate")
-        locate(ids.front());
+        emit locateWanted(ids.front());
     else if (act == u"show")
         showInFileManager(m_model.library().filePath(*first));
     else if (act == u"trash")
@@ -247,17 +246,14 @@ void MainWindow::chooseFiles(QPointF point)
     openDialog(*dialog);
 }
 
-void MainWindow::locate(const QString& id)
+void MainWindow::locate(const QString& id, const QString& folder)
 {
     const Node* node = m_model.library().node(id);
     if (!node)
         return;
     const bool isFolder = node->kind == NodeKind::Folder;
-    QDir folder(QFileInfo(m_model.library().filePath(*node)).path());
-    while (!folder.exists() && !folder.isRoot())
-        folder.setPath(QFileInfo(folder.path()).path());
     const QString title = node->title.isEmpty() ? u"Corvelle"_s : node->title;
-    auto* dialog = new QFileDialog(this, u"Where is “%1” now?"_s.arg(title), folder.path());
+    auto* dialog = new QFileDialog(this, u"Where is “%1” now?"_s.arg(title), folder);
     dialog->setFileMode(isFolder ? QFileDialog::Directory : QFileDialog::ExistingFile);
     dialog->setOption(QFileDialog::ShowDirsOnly, isFolder);
     dialog->setLabelText(QFileDialog::Accept, u"Locate"_s);
@@ -300,7 +296,7 @@ void MainWindow::tellMissing(const QString& id)
             u"It was in %1. It may have been moved, or be on a disk that isn’t connected."_s.arg(
                 QFileInfo(m_model.library().filePath(*node)).path()),
             node->isLinked() ? u"Locate…"_s : QString()},
-        [this, id] { locate(id); });
+        [this, id] { emit locateWanted(id); });
 }
 
 void MainWindow::pickIcon(const QString& id, QPoint at)
