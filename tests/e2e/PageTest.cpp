@@ -121,6 +121,22 @@ TEST_F(Pages, openOverTheCanvasAndCloseBackIntoIt)
     EXPECT_TRUE(opened().isEmpty());
 }
 
+TEST_F(Pages, nothingIsUndoneBehindAPage)
+{
+    const auto steps = [&] {
+        program->settle();
+        return program->tell("steps", {})["undo"].toArray().size();
+    };
+    const auto before = steps();
+    ASSERT_GT(before, 0);
+    open(page);
+    program->key("Ctrl+Z");
+    EXPECT_EQ(steps(), before);
+    program->key("Esc");
+    program->key("Ctrl+Z");
+    EXPECT_EQ(steps(), before - 1);
+}
+
 TEST_F(Pages, mentionsAndLinksAreFollowed)
 {
     program->settle();

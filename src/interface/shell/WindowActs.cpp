@@ -107,9 +107,18 @@ void MainWindow::addEditShortcuts()
                 act();
         });
     };
-    add(u"Ctrl+Z"_s, [this] { m_commands.undo(); });
-    add(u"Ctrl+Shift+Z"_s, [this] { m_commands.redo(); });
-    add(u"Ctrl+Y"_s, [this] { m_commands.redo(); });
+    // Nobody takes back what they can't see.
+    const auto undo = [this] {
+        if (!showsOpened())
+            m_commands.undo();
+    };
+    const auto redo = [this] {
+        if (!showsOpened())
+            m_commands.redo();
+    };
+    add(u"Ctrl+Z"_s, undo);
+    add(u"Ctrl+Shift+Z"_s, redo);
+    add(u"Ctrl+Y"_s, redo);
     add(u"Ctrl+N"_s, [this] { makeNew(NodeKind::Page, m_commands.middle()); });
     add(u"Ctrl+Shift+N"_s, [this] { makeNew(NodeKind::Folder, m_commands.middle()); });
     add(u"Ctrl+C"_s, [this] {
