@@ -98,19 +98,33 @@ std::optional<QByteArrayView> XmlScopes::declaredPrefix(const char* attribute)
     return name[5] == ':' ? std::optional(name.sliced(6)) : std::nullopt;
 }
 
-quint32 XmlScopes::canonical(
-    const char* name, QHash<QByteArray, Known>& known, Unprefixed unprefixed)
+quint32 XmlScopes::canonical(const char* name, Table& table, Unprefixed unprefixed)
+{
+    const QByteArrayView written(name);
+    if (written.isEmpty())
+        return lookUp(written, table.known, unprefixed).number;
+    const auto mixed = static_cast<size_t>(written.size()) * 11 +
+                       static_cast<unsigned char>(written.front()) * 3 +
+                       static_cast<unsigned char>(written.back());
+    Recent& recent = table.recent[mixed % table.recent.size()];
+    if (recent.known.scope != m_scope || recent.name != written)
+        recent = {written.toByteArray(), lookUp(written, table.known, unprefixed)};
+    return recent.known.number;
+}
+
+XmlScopes::Known XmlScopes::lookUp(
+    QByteArrayView name, QHash<QByteArray, Known>& known, Unprefixed unprefixed)
 {
     // Nearly every name was seen before, and under the same bindings.
-    const auto found = known.find(QByteArray::fromRawData(name, qstrlen(name)));
+    const auto found = known.find(QByteArray::fromRawData(name.data(), name.size()));
     if (found != known.end() && found->scope == m_scope)
-        return found->number;
-    const quint32 number = m_names.number(canonicalName(name, unprefixed));
+        return *found;
+    const Known fresh{m_names.number(canonicalName(name, unprefixed)), m_scope};
     if (found != known.end())
-        *found = {number, m_scope};
+        *found = fresh;
     else if (known.size() < qsizetype(XmlNames::most))
-        known.insert(QByteArray(name), {number, m_scope});
-    return number;
+        known.insert(name.toByteArray(), fresh);
+    return fresh;
 }
 
 QByteArray XmlScopes::canonicalName(QByteArrayView name, Unprefixed unprefixed) const

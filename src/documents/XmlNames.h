@@ -7,6 +7,7 @@
 #include <QByteArrayView>
 #include <QHash>
 
+#include <array>
 #include <deque>
 #include <optional>
 #include <vector>
@@ -67,6 +68,18 @@ private:
         quint32 number = 0;
         quint64 scope = 0;
     };
+    struct Recent
+    {
+        QByteArray name;
+        Known known;
+    };
+    // By the name as it is written. A document has few, so that those met last are found without a
+    // hash, which took a third of reading a sheet.
+    struct Table
+    {
+        QHash<QByteArray, Known> known;
+        std::array<Recent, 64> recent;
+    };
     struct Declared
     {
         int depth = 0;
@@ -74,7 +87,8 @@ private:
         std::vector<QByteArray> prefixes;
     };
 
-    quint32 canonical(const char* name, QHash<QByteArray, Known>& known, Unprefixed unprefixed);
+    quint32 canonical(const char* name, Table& table, Unprefixed unprefixed);
+    Known lookUp(QByteArrayView name, QHash<QByteArray, Known>& known, Unprefixed unprefixed);
     QByteArray canonicalName(QByteArrayView name, Unprefixed unprefixed) const;
 
     XmlNames& m_names;
@@ -83,7 +97,7 @@ private:
     std::vector<Declared> m_declared;
     size_t m_bindings = 0;                              // of all open elements
     QHash<QByteArray, std::vector<QByteArray>> m_leads; // by prefix: what its names begin with
-    QHash<QByteArray, Known> m_elements, m_attributes;  // by the name as it is written
+    Table m_elements, m_attributes;
 };
 
 } // namespace corvelle
