@@ -162,6 +162,7 @@ private:
     // ---- tables wider than the column ----
     std::optional<int> wideTableAt(QPointF at);
     std::optional<int> wideTableInSight();
+    std::optional<int> wideTableOfDrag();
     QRect areaOfTable(int piece);
     bool scrollSideways(int piece, double pixels);
     ScrollThumb sidewaysThumb(int piece);

@@ -471,6 +471,34 @@ TEST_F(WideTables, theThumbIsDraggedAndSelectsNothing)
     EXPECT_FALSE(view.hasSelection());
 }
 
+// The page may scroll below the pointer, and bring another table to where the press was.
+TEST_F(WideTables, areScrolledByADragOnlyWhileItIsInThem)
+{
+    QByteArrayList cells;
+    for (int i = 0; i < 20; ++i)
+        cells.append(cell(words("some words in column" + QByteArray::number(i))));
+    const QByteArray wide = table(QByteArrayList(3, row(cells)));
+    QByteArrayList blocks;
+    for (int i = 0; i < 12; ++i)
+        blocks += {wide, words("between")};
+    open(page(blocks));
+    // A table's character, "between", and the newlines behind them.
+    const auto leftIn = [this](int number) {
+        const Units at = number * 10;
+        return view.rectOf({{{at, 1}}, 0}).left();
+    };
+    const double before = leftIn(0);
+    const QPoint start = pointIn({{{0, 1}}, 0}), beside(view.width() - 5, start.y());
+    QTest::mousePress(&view, Qt::LeftButton, {}, start);
+    moveTo(beside);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return leftIn(0) < before - 100; }));
+    moveTo({beside.x(), view.height() + 200}); // out of the table, and down the page
+    EXPECT_TRUE(QTest::qWaitFor([&] { return view.scrollPlace() > 600; }));
+    QTest::mouseRelease(&view, Qt::LeftButton, {}, beside);
+    for (int i = 1; i < 12; ++i)
+        EXPECT_EQ(leftIn(i), before) << i;
+}
+
 // A long block that is cut into parts: the part in sight stays there.
 TEST_F(WideTables, aPartOfATableStaysInSightWhenTheWindowChanges)
 {
