@@ -507,10 +507,7 @@ void PageView::copy() const
         return;
     PageNodes nodes = nodesOf(m_page.text, m_selected);
     makeWhole(nodes);
-    const bool isCells = m_selected.rect && nodes.size() == 1;
-    QGuiApplication::clipboard()->setMimeData(
-        (isCells ? copiedCells(nodes.front(), m_mentions) : copiedBlocks(nodes, m_mentions))
-            .release());
+    QGuiApplication::clipboard()->setMimeData(copiedBlocks(nodes, m_mentions).release());
 }
 
 QString PageView::selectedWords() const

@@ -217,6 +217,8 @@ TEST_F(Tables, aDragBeyondACellTakesCellsAndBeyondTheTableAllOfIt)
     EXPECT_EQ(view.selected(), (Selected{{{}, tableAtPlace, 12}, {}}));
     drag(outside(3), inCell(0, 2));
     EXPECT_EQ(view.selected(), (Selected{{{}, 3, tableAtPlace + 1}, {}}));
+    EXPECT_TRUE(copied().startsWith("ore\nalpha one\t\"beta\ngamma\"\ntall\tdelta\n"))
+        << "rows of a table that is copied whole: " << copied().toStdString();
 }
 
 TEST_F(Tables, aSelectionInACellOutlivesItsPageOnlyAsFarAsItCan)
