@@ -104,6 +104,14 @@ void PageSheet::paintEvent(QPaintEvent*)
 
 // ---- finding ----
 
+void PageSheet::find(const QString& words)
+{
+    if (isFinding())
+        m_view->find(words);
+    else
+        m_view->endFind();
+}
+
 QString PageSheet::wordsToFind() const
 {
     const QString words = m_view->selectedWords().left(200);

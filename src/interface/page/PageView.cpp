@@ -535,6 +535,16 @@ void PageView::find(const QString& words)
     emit foundChanged();
 }
 
+void PageView::endFind()
+{
+    if (m_currentFound >= 0 && !hasSelection()) {
+        const TextRange& found = m_found[static_cast<size_t>(m_currentFound)];
+        const PagePlace place{found.cells, found.from};
+        select(place, place);
+    }
+    find({});
+}
+
 void PageView::goToFound(int step)
 {
     if (m_found.empty())

@@ -47,6 +47,8 @@ public:
     // Marks what is found, and shows the first at or below the upper edge.
     void find(const QString& words);
     void goToFound(int step);
+    // Nothing is looked for any more; by the keyboard one selects from where it led to.
+    void endFind();
     int foundCount() const { return static_cast<int>(m_found.size()); }
     int currentFound() const { return m_currentFound; } // -1: none
 

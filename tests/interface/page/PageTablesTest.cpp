@@ -364,6 +364,20 @@ TEST_F(Tables, findingLooksIntoTablesInTables)
     }
 }
 
+TEST_F(Tables, theKeyboardSelectsFromWhatWasFound)
+{
+    open(sample());
+    view.find("deep");
+    view.endFind();
+    EXPECT_EQ(view.foundCount(), 0);
+    EXPECT_FALSE(view.hasSelection()) << "another Escape closes the page";
+    QTest::keyClick(&view, Qt::Key_Right, Qt::ShiftModifier | Qt::ControlModifier);
+    EXPECT_EQ(copied().trimmed(), "deep");
+    view.find("gamma");
+    view.endFind();
+    EXPECT_EQ(view.selectedWords().trimmed(), u"deep") << "what was selected meanwhile stays so";
+}
+
 TEST_F(Tables, aSelectionInCellsIsReadByScreenReaders)
 {
     open(sample());
