@@ -30,8 +30,7 @@ FindBar::FindBar(const QString& where, QWidget* parent)
 {
     setBare(true);
     setAccessibleName(u"Find"_s);
-    m_field->setAccessibleName(where);
-    m_field->setPlaceholderText(where);
+    setWhere(where);
     m_field->setFrame(false);
     m_field->setFixedHeight(32);
     m_field->setMinimumWidth(fieldWidth);
@@ -61,6 +60,12 @@ FindBar::FindBar(const QString& where, QWidget* parent)
     setFixedSize(sizeHint().width(), barHeight);
     m_field->setMinimumWidth(leastField);
     hide();
+}
+
+void FindBar::setWhere(const QString& where)
+{
+    m_field->setAccessibleName(where);
+    m_field->setPlaceholderText(where);
 }
 
 void FindBar::open()

@@ -20,6 +20,7 @@ public:
     // `where` it finds: "Find in the page".
     FindBar(const QString& where, QWidget* parent);
 
+    void setWhere(const QString& where);
     // Shows it with the keyboard in its field, what stands there selected.
     void open();
     void setWords(const QString& words);
