@@ -403,6 +403,8 @@ TEST(WorkbookScreen, longTextsOpenOverTheSheetAndPushNothing)
     QTest::keyClick(screen.findChild<CellBar*>(), Qt::Key_End);
     EXPECT_EQ(bar.scrollPlace(), bar.scrollRange());
     EXPECT_EQ(placeName(view.pick().picked), u"B2"_s) << "the keys are the text's";
+    QTest::keyClick(screen.findChild<CellBar*>(), Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), lines) << "as it is, without quotes round it";
 
     QSignalSpy closed(&screen, &WorkbookScreen::closeWanted);
     QTest::keyClick(&view, Qt::Key_Escape);
