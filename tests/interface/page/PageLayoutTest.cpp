@@ -30,6 +30,39 @@ FlatText paragraphs(int count, int words = 30)
 
 } // namespace
 
+TEST(PageZoom, makesMarksAndTheRoomInCellsLargerToo)
+{
+    PageView view({}, {}, nullptr);
+    view.resize(900, 600);
+    view.show();
+    view.open({textFromJSON(R"({"type":"doc","content":[
+        {"type":"taskList","content":[{"type":"taskItem","attrs":{"checked":true},"content":[
+            {"type":"paragraph","content":[{"type":"text","text":"done"}]}]}]},
+        {"type":"table","content":[{"type":"tableRow","content":[{"type":"tableCell","content":[
+            {"type":"paragraph","content":[{"type":"text","text":"cell"}]}]}]}]}]})"),
+        {}, {}, {}});
+    const QRgb accent = palette(Scheme::Light).accent.rgb();
+    const auto heightOfTick = [&] {
+        const QImage image = view.grab().toImage();
+        int rows = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            bool holds = false;
+            for (int x = 0; x < image.width() && !holds; ++x)
+                holds = image.pixel(x, y) == accent;
+            rows += holds;
+        }
+        return rows;
+    };
+    const PagePlace cell{{{5, 0}}, 0}, table{{}, 5};
+    const auto roomInCell = [&] { return view.rectOf(cell).left() - view.rectOf(table).left(); };
+    const int tick = heightOfTick();
+    const double room = roomInCell();
+    ASSERT_TRUE(tick > 10 && room > 5) << tick << ' ' << room;
+    view.setZoom(2);
+    EXPECT_NEAR(heightOfTick(), 2 * tick, 2);
+    EXPECT_NEAR(roomInCell(), 2 * room, 1);
+}
+
 TEST(HeightIndex, agreesWithAddingUp)
 {
     std::mt19937 random(7);
