@@ -151,6 +151,7 @@ QRect WorkbookScreen::body() const
 void WorkbookScreen::layOut()
 {
     const QRect area = body();
+    field().fit(width() - 4);
     m_bar->setTaken(isFinding() ? findBar().width() + 8 : 0);
     m_bar->setGeometry(
         area.left(), area.top(), area.width(), m_bar->heightFor(area.width(), area.height() / 2));

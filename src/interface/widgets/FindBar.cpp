@@ -57,7 +57,8 @@ FindBar::FindBar(const QString& where, QWidget* parent)
     button(Icon::Close, u"Close"_s, [this] { emit closeWanted(); });
     connect(m_field, &QLineEdit::textChanged, this, &FindBar::wordsChanged);
     // From now on the field gives way to long counts.
-    setFixedSize(sizeHint().width(), barHeight);
+    m_wanted = sizeHint().width();
+    setFixedSize(m_wanted, barHeight);
     m_field->setMinimumWidth(leastField);
     hide();
 }
@@ -66,6 +67,12 @@ void FindBar::setWhere(const QString& where)
 {
     m_field->setAccessibleName(where);
     m_field->setPlaceholderText(where);
+}
+
+void FindBar::fit(int room)
+{
+    const int least = layout()->minimumSize().width();
+    setFixedWidth(std::clamp(room, least, std::max(least, m_wanted)));
 }
 
 void FindBar::open()
