@@ -44,11 +44,11 @@ void drawQuoteBar(QPainter& painter, QPointF at, const PieceFacts& facts, double
     const BlockStyle& style = facts.block.what();
     if (!style.isQuoted())
         return;
-    constexpr double barWidth = 3;
+    const double zoom = facts.style->zoom(), barWidth = 3 * zoom;
     const PieceRoom room = pieceRoom(facts);
     const double x = facts.rightToLeft
-                         ? at.x() + room.width + facts.style->quoteInset() - 1 - barWidth
-                         : at.x() + room.left - facts.style->quoteInset() + 1;
+                         ? at.x() + room.width + facts.style->quoteInset() - zoom - barWidth
+                         : at.x() + room.left - facts.style->quoteInset() + zoom;
     // What is quoted together has one bar, though each piece paints its own part.
     const double top = facts.quoteGoesOn ? -2 : facts.gap + 2;
     painter.fillRect(

@@ -44,6 +44,17 @@ QString tabSeparated(const PageNodes& rows)
     return words;
 }
 
+// A table row by row, with tabs between its cells, as sheets take it; anything else as it is read.
+QString copiedWords(const PageNodes& nodes)
+{
+    QStringList words;
+    for (const PageNode& node : nodes) {
+        const PageNodes rows = node.type == PageNode::Type::Table ? tableRows(node) : PageNodes();
+        words.append(rows.empty() ? allWords({node}) : tabSeparated(rows));
+    }
+    return words.join(u'\n');
+}
+
 } // namespace
 
 // A link to another place of the same document leads nowhere outside of it.
@@ -93,17 +104,10 @@ PageNodes nodesOf(const FlatText& page, const Selected& selected)
 std::unique_ptr<QMimeData> copiedBlocks(const PageNodes& nodes, const MentionSource& mentions)
 {
     auto copied = std::make_unique<QMimeData>();
-    copied->setText(allWords(nodes));
+    copied->setText(copiedWords(nodes));
     copied->setHtml(PageHTML::html(nodes, {mentions, {}, {}}));
     copied->setData(u"text/markdown"_s,
         PageMarkdown::markdownFromDoc(nodes, PageMarkdown::Pictures::Named).toUtf8());
-    return copied;
-}
-
-std::unique_ptr<QMimeData> copiedCells(const PageNode& table, const MentionSource& mentions)
-{
-    auto copied = copiedBlocks({table}, mentions);
-    copied->setText(tabSeparated(table.content));
     return copied;
 }
 

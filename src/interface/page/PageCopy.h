@@ -18,7 +18,5 @@ PageNodes nodesOf(const FlatText& page, const Selected& selected);
 void dropInnerLinks(PageNodes& nodes);
 
 std::unique_ptr<QMimeData> copiedBlocks(const PageNodes& nodes, const MentionSource& mentions);
-// The words with tabs between, as sheets take them.
-std::unique_ptr<QMimeData> copiedCells(const PageNode& table, const MentionSource& mentions);
 
 } // namespace corvelle

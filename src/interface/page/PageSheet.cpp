@@ -52,6 +52,7 @@ void PageSheet::layOut()
     m_view->setGeometry(sheet.adjusted(0, headHeight, 0, 0));
     layOutHead();
     // In the head row it hides nothing of what it finds.
+    field().fit(headEnd() - 6 - sheet.left() - headSide / 2);
     field().move(
         headEnd() - 6 - field().width(), sheet.top() + (headHeight - field().height()) / 2);
 }
@@ -103,6 +104,14 @@ void PageSheet::paintEvent(QPaintEvent*)
 }
 
 // ---- finding ----
+
+void PageSheet::find(const QString& words)
+{
+    if (isFinding())
+        m_view->find(words);
+    else
+        m_view->endFind();
+}
 
 QString PageSheet::wordsToFind() const
 {

@@ -26,7 +26,7 @@ protected:
     QWidget& content() override { return *m_view; }
     void showParts(bool shows) override;
     QString wordsToFind() const override;
-    void find(const QString& words) override { m_view->find(words); }
+    void find(const QString& words) override;
     void goToFound(int step) override { m_view->goToFound(step); }
     void paintEvent(QPaintEvent* event) override;
 

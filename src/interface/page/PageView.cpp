@@ -507,10 +507,7 @@ void PageView::copy() const
         return;
     PageNodes nodes = nodesOf(m_page.text, m_selected);
     makeWhole(nodes);
-    const bool isCells = m_selected.rect && nodes.size() == 1;
-    QGuiApplication::clipboard()->setMimeData(
-        (isCells ? copiedCells(nodes.front(), m_mentions) : copiedBlocks(nodes, m_mentions))
-            .release());
+    QGuiApplication::clipboard()->setMimeData(copiedBlocks(nodes, m_mentions).release());
 }
 
 QString PageView::selectedWords() const
@@ -536,6 +533,16 @@ void PageView::find(const QString& words)
     }
     update();
     emit foundChanged();
+}
+
+void PageView::endFind()
+{
+    if (m_currentFound >= 0 && !hasSelection()) {
+        const TextRange& found = m_found[static_cast<size_t>(m_currentFound)];
+        const PagePlace place{found.cells, found.from};
+        select(place, place);
+    }
+    find({});
 }
 
 void PageView::goToFound(int step)

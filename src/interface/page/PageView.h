@@ -47,6 +47,8 @@ public:
     // Marks what is found, and shows the first at or below the upper edge.
     void find(const QString& words);
     void goToFound(int step);
+    // Nothing is looked for any more; by the keyboard one selects from where it led to.
+    void endFind();
     int foundCount() const { return static_cast<int>(m_found.size()); }
     int currentFound() const { return m_currentFound; } // -1: none
 
@@ -162,6 +164,7 @@ private:
     // ---- tables wider than the column ----
     std::optional<int> wideTableAt(QPointF at);
     std::optional<int> wideTableInSight();
+    std::optional<int> wideTableOfDrag();
     QRect areaOfTable(int piece);
     bool scrollSideways(int piece, double pixels);
     ScrollThumb sidewaysThumb(int piece);

@@ -79,7 +79,7 @@ void PageView::autoScroll()
     };
     scrollBy(beyond(m_dragAt.y(), 0, height()) / 4);
     const QRectF place = column();
-    if (const auto table = wideTableAt(m_pressedAt))
+    if (const auto table = wideTableOfDrag())
         scrollSideways(*table, beyond(m_dragAt.x(), place.left(), place.right()) / 4);
     extend(m_dragAt);
 }
@@ -145,8 +145,7 @@ void PageView::mouseMoveEvent(QMouseEvent* event)
     extend(event->position());
     const QPointF at = event->position();
     const QRectF place = column();
-    const bool beside =
-        (at.x() < place.left() || at.x() > place.right()) && wideTableAt(m_pressedAt);
+    const bool beside = (at.x() < place.left() || at.x() > place.right()) && wideTableOfDrag();
     const bool beyond = at.y() < 0 || at.y() > height() || beside;
     if (beyond && !m_autoScroll.isActive())
         m_autoScroll.start();

@@ -35,6 +35,17 @@ std::optional<int> PageView::wideTableInSight()
     return first;
 }
 
+// The one that both ends of the selection are in. Others keep still: the page may have scrolled,
+// and where the press was, another one may be now.
+std::optional<int> PageView::wideTableOfDrag()
+{
+    const bool inCells = !m_anchor.cells.empty() && !m_head.cells.empty();
+    if (!inCells || m_anchor.cells.front().table != m_head.cells.front().table)
+        return std::nullopt;
+    const int piece = m_layout.pieceOf(m_head);
+    return m_layout.mostShift(piece) > 0 ? std::optional(piece) : std::nullopt;
+}
+
 // What of it is in sight; a long one is several pieces.
 QRect PageView::areaOfTable(int piece)
 {

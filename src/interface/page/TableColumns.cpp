@@ -157,15 +157,15 @@ std::vector<double> shared(const ColumnWants& wants, double width)
 
 } // namespace
 
-double cellSide(double cellWidth)
+double cellSide(double cellWidth, double zoom)
 {
-    return std::floor(std::min(widestSide, cellWidth / 4));
+    return std::floor(std::min(widestSide * zoom, cellWidth / 4));
 }
 
 ColumnWants columnWants(const TableCells& cells, const PieceFacts& facts)
 {
     const TablePlan& plan = cells.plan;
-    const double zoom = facts.style->zoom();
+    const double zoom = facts.style->zoom(), sides = 2 * widestSide * zoom;
     ColumnWants wants;
     wants.wanted.assign(static_cast<size_t>(plan.columnCount), leastColumn);
     wants.least = wants.wanted;
@@ -175,12 +175,12 @@ ColumnWants columnWants(const TableCells& cells, const PieceFacts& facts)
         const TablePlan::Slot& slot = plan.cells[i];
         const Want want = measure.of(cells.texts[i], slot.isHeader);
         if (slot.colSpan > 1) {
-            merged.emplace_back(&slot, want.least + 2 * widestSide);
+            merged.emplace_back(&slot, want.least + sides);
             continue;
         }
         const auto column = static_cast<size_t>(slot.column);
-        wants.wanted[column] = std::max(wants.wanted[column], want.wanted + 2 * widestSide);
-        wants.least[column] = std::max(wants.least[column], want.least + 2 * widestSide);
+        wants.wanted[column] = std::max(wants.wanted[column], want.wanted + sides);
+        wants.least[column] = std::max(wants.least[column], want.least + sides);
     }
     for (size_t i = 0; i < wants.wanted.size(); ++i)
         if (plan.widths[i] > 0)

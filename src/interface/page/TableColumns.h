@@ -20,6 +20,6 @@ ColumnWants columnWants(const TableCells& cells, const PieceFacts& facts);
 std::vector<double> columnEdges(ColumnWants wants, double width);
 
 // The room beside the words of a cell, less where that would leave them none.
-double cellSide(double cellWidth);
+double cellSide(double cellWidth, double zoom);
 
 } // namespace corvelle

@@ -171,6 +171,9 @@ private:
     }
 
     double line() const { return m_facts.style->inCell(false).lineHeight(Block::Paragraph); }
+    // The room round the words of a cell.
+    double side(double width) const { return cellSide(width, m_facts.style->zoom()); }
+    double end() const { return std::round(cellEnd * m_facts.style->zoom()); }
     double columnEdge(int column) const
     {
         return m_state.columns[std::min(static_cast<size_t>(column), m_state.columns.size() - 1)];
@@ -195,17 +198,16 @@ private:
             box.cell = static_cast<int>(i);
             box.slot = slot;
             box.column = std::make_unique<CellColumn>(facts, cells.texts[i], cells.mostOfCell(),
-                slot.isHeader, alignmentOf(slot), std::max(1.0, width - 2 * cellSide(width)));
+                slot.isHeader, alignmentOf(slot), std::max(1.0, width - 2 * side(width)));
             m_boxes.push_back(std::move(box));
         }
     }
 
     void placeRows()
     {
-        std::vector<double> heights(
-            static_cast<size_t>(m_rowCount), line() + 2 * cellEnd + cellRule);
-        const auto wants = [](const Box& box) {
-            return std::ceil(box.column->height()) + 2 * cellEnd + cellRule;
+        std::vector<double> heights(static_cast<size_t>(m_rowCount), line() + 2 * end() + cellRule);
+        const auto wants = [this](const Box& box) {
+            return std::ceil(box.column->height()) + 2 * end() + cellRule;
         };
         for (const Box& box : m_boxes)
             if (box.slot.rowSpan == 1) {
@@ -232,7 +234,7 @@ private:
                 std::min(first + static_cast<size_t>(box.slot.rowSpan), m_rows.size() - 1);
             box.rect = QRectF(columnEdge(box.slot.column), m_rows[first], widthOf(box.slot),
                 m_rows[last] - m_rows[first]);
-            box.words = box.rect.topLeft() + QPointF(cellSide(box.rect.width()), cellEnd);
+            box.words = box.rect.topLeft() + QPointF(side(box.rect.width()), end());
         }
     }
 

@@ -18,16 +18,27 @@ constexpr double boxSide = 17, dotSide = 5;
 constexpr double codeRadius = 10;
 constexpr Units longestColored = 100'000; // of a block of code; more is left in one ink
 
-void drawTick(QPainter& painter, const QRectF& box, const Palette& colors)
+void drawToDoBox(QPainter& painter, QPointF at, double zoom, bool isDone, const Palette& colors)
 {
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(colors.accent);
-    painter.drawRoundedRect(box, 5, 5);
-    QPainterPath tick(box.topLeft() + QPointF(4.6, 8.8));
-    tick.lineTo(box.topLeft() + QPointF(7.3, 11.5));
-    tick.lineTo(box.topLeft() + QPointF(12.4, 5.8));
-    painter.strokePath(
-        tick, QPen(colors.onAccent, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.save();
+    painter.translate(at);
+    painter.scale(zoom, zoom);
+    const QRectF box(0, 0, boxSide, boxSide);
+    if (isDone) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(colors.accent);
+        painter.drawRoundedRect(box, 5, 5);
+        QPainterPath tick(QPointF(4.6, 8.8));
+        tick.lineTo(QPointF(7.3, 11.5));
+        tick.lineTo(QPointF(12.4, 5.8));
+        painter.strokePath(
+            tick, QPen(colors.onAccent, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    } else {
+        painter.setPen(QPen(colors.ink4, 1.5));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(box.adjusted(0.75, 0.75, -0.75, -0.75), 4.25, 4.25);
+    }
+    painter.restore();
 }
 
 // The break that a long block was cut behind would be an empty line.
@@ -131,11 +142,13 @@ private:
     {
         const Palette& colors = m_facts.style->colors();
         const double line = m_facts.style->lineHeight(m_style.kind);
+        const double zoom = m_facts.style->zoom();
         const double top = at.y() + m_origin.y();
         switch (m_style.kind) {
         case Block::Bullet: {
-            const QRectF dot(at.x() + markerLeft(8, dotSide),
-                top + std::floor((line - dotSide) / 2), dotSide, dotSide);
+            const double side = dotSide * zoom;
+            const QRectF dot(at.x() + markerLeft(8 * zoom, side),
+                top + std::floor((line - side) / 2), side, side);
             const bool hollow = m_style.depth % 2 == 1;
             painter.setPen(hollow ? QPen(colors.ink2, 1) : QPen(Qt::NoPen));
             painter.setBrush(hollow ? QBrush(Qt::NoBrush) : QBrush(colors.ink2));
@@ -150,20 +163,15 @@ private:
             painter.setPen(colors.ink2);
             // Right against its words; a wide number hangs out.
             painter.drawText(
-                QPointF(at.x() + markerLeft(18 - width, width), top + m_box->baseline(0)), number);
+                QPointF(at.x() + markerLeft(18 * zoom - width, width), top + m_box->baseline(0)),
+                number);
             break;
         }
         case Block::Todo:
         case Block::Done: {
-            const QRectF box(at.x() + markerLeft(1, boxSide),
-                top + std::floor((line - boxSide) / 2), boxSide, boxSide);
-            if (m_style.kind == Block::Done) {
-                drawTick(painter, box, colors);
-                break;
-            }
-            painter.setPen(QPen(colors.ink4, 1.5));
-            painter.setBrush(Qt::NoBrush);
-            painter.drawRoundedRect(box.adjusted(0.75, 0.75, -0.75, -0.75), 4.25, 4.25);
+            const double side = boxSide * zoom;
+            const QPointF box(at.x() + markerLeft(zoom, side), top + std::floor((line - side) / 2));
+            drawToDoBox(painter, box, zoom, m_style.kind == Block::Done, colors);
             break;
         }
         default:

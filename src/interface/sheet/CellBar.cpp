@@ -7,6 +7,8 @@
 #include "interface/widgets/Look.h"
 #include "interface/widgets/ScrollThumb.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QWheelEvent>
@@ -148,8 +150,21 @@ void CellBar::wheelEvent(QWheelEvent* event)
     event->accept();
 }
 
+// The window knows this key as well.
+bool CellBar::event(QEvent* event)
+{
+    const bool isCopy = event->type() == QEvent::ShortcutOverride &&
+                        static_cast<QKeyEvent*>(event)->matches(QKeySequence::Copy);
+    if (!isCopy)
+        return QWidget::event(event);
+    event->accept();
+    return true;
+}
+
 void CellBar::keyPressEvent(QKeyEvent* event)
 {
+    if (event->matches(QKeySequence::Copy))
+        return QGuiApplication::clipboard()->setText(m_text); // as it is read here
     if (event->modifiers() & Qt::ControlModifier)
         return QWidget::keyPressEvent(event); // to another sheet
     const int page = std::max(lineHeight(), height() - 2 * room - lineHeight());
@@ -183,6 +198,12 @@ ScrollThumb CellBar::thumb() const
 
 // ---- painting ----
 
+// Where reading begins.
+Qt::Alignment CellBar::side() const
+{
+    return m_text.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft;
+}
+
 void CellBar::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
@@ -207,7 +228,7 @@ void CellBar::paintLine(QPainter& painter) const
     QString line = lineOf(m_text);
     if (end >= 0 || line.size() < m_text.size())
         line = lineOf(m_text.left(end)) + u'…';
-    letters().draw(painter, QRectF(textLeft, 0, wide, rowHeight - 1), Qt::AlignLeft,
+    letters().draw(painter, QRectF(textLeft, 0, wide, rowHeight - 1), side(),
         letters().elided(line, wide, Qt::ElideRight));
 }
 
@@ -219,8 +240,7 @@ void CellBar::paintLines(QPainter& painter) const
     int top = room - m_scroll;
     for (const QString& line : m_lines) {
         if (top + step > 0 && top < height())
-            lettering.draw(
-                painter, QRectF(textLeft, top, width() - textLeft, step), Qt::AlignLeft, line);
+            lettering.draw(painter, QRectF(textLeft, top, textWidth(width()), step), side(), line);
         top += step;
     }
     painter.setClipping(false);

@@ -40,6 +40,7 @@ signals:
     void openChanged();
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
@@ -50,6 +51,7 @@ private:
     std::vector<QString> linesIn(int pixels) const;
     double textWidth(int pixels) const;
     void scrollTo(int place);
+    Qt::Alignment side() const;
     void paintLine(QPainter& painter) const;
     void paintLines(QPainter& painter) const;
     ScrollThumb thumb() const;

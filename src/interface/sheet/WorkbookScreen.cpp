@@ -66,6 +66,8 @@ void WorkbookScreen::setSheets(const QStringList& names, int current, int count)
 {
     m_sheetCount = count;
     m_tabs->setSheets(names, current);
+    field().setWhere(names.size() < count ? u"Find in the first %1 sheets"_s.arg(names.size())
+                                          : u"Find in all sheets"_s);
     if (names.isEmpty())
         closeFind();
     layOut();
@@ -149,6 +151,7 @@ QRect WorkbookScreen::body() const
 void WorkbookScreen::layOut()
 {
     const QRect area = body();
+    field().fit(width() - 4);
     m_bar->setTaken(isFinding() ? findBar().width() + 8 : 0);
     m_bar->setGeometry(
         area.left(), area.top(), area.width(), m_bar->heightFor(area.width(), area.height() / 2));
@@ -229,6 +232,8 @@ void WorkbookScreen::keyPressEvent(QKeyEvent* event)
     const bool control = event->modifiers() & Qt::ControlModifier;
     if (control && (event->key() == Qt::Key_PageUp || event->key() == Qt::Key_PageDown))
         turn(event->key() == Qt::Key_PageDown ? 1 : -1);
+    else if (event->key() == Qt::Key_F3)
+        goToFound(event->modifiers() & Qt::ShiftModifier ? -1 : 1);
     else
         OpenedFrame::keyPressEvent(event);
 }

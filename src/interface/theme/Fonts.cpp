@@ -136,6 +136,17 @@ double Lettering::baseline(double top, double lineHeight) const
     return std::round(top + std::floor((lineHeight - ascent - descent) / 2) + ascent);
 }
 
+namespace {
+
+// What reads from right to left has its end, and the ellipsis there, at the left. The place where
+// it is drawn is the left one all the same.
+void setDirection(QPainter& painter, const QString& text)
+{
+    painter.setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+}
+
+} // namespace
+
 void Lettering::draw(QPainter& painter, QPointF start, const QString& text) const
 {
     const QTransform& device = painter.deviceTransform();
@@ -148,6 +159,7 @@ void Lettering::draw(QPainter& painter, QPointF start, const QString& text) cons
     painter.translate(start);
     if (factor != 1)
         painter.scale(factor, factor);
+    setDirection(painter, text);
     painter.drawText(QPointF(0, 0), text);
     painter.restore();
 }
@@ -192,6 +204,7 @@ void LetteringRun::draw(const QRectF& box, Qt::Alignment horizontal, const QStri
                      : horizontal & Qt::AlignHCenter ? box.center().x() - width / 2
                                                      : box.left();
     const QPointF start(x, m_lettering.baseline(box.top(), box.height()));
+    setDirection(m_painter, shown);
     if (m_factor == 1) {
         m_painter.drawText(start, shown);
         return;

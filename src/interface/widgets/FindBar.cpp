@@ -30,8 +30,7 @@ FindBar::FindBar(const QString& where, QWidget* parent)
 {
     setBare(true);
     setAccessibleName(u"Find"_s);
-    m_field->setAccessibleName(where);
-    m_field->setPlaceholderText(where);
+    setWhere(where);
     m_field->setFrame(false);
     m_field->setFixedHeight(32);
     m_field->setMinimumWidth(fieldWidth);
@@ -58,9 +57,22 @@ FindBar::FindBar(const QString& where, QWidget* parent)
     button(Icon::Close, u"Close"_s, [this] { emit closeWanted(); });
     connect(m_field, &QLineEdit::textChanged, this, &FindBar::wordsChanged);
     // From now on the field gives way to long counts.
-    setFixedSize(sizeHint().width(), barHeight);
+    m_wanted = sizeHint().width();
+    setFixedSize(m_wanted, barHeight);
     m_field->setMinimumWidth(leastField);
     hide();
+}
+
+void FindBar::setWhere(const QString& where)
+{
+    m_field->setAccessibleName(where);
+    m_field->setPlaceholderText(where);
+}
+
+void FindBar::fit(int room)
+{
+    const int least = layout()->minimumSize().width();
+    setFixedWidth(std::clamp(room, least, std::max(least, m_wanted)));
 }
 
 void FindBar::open()

@@ -20,6 +20,9 @@ public:
     // `where` it finds: "Find in the page".
     FindBar(const QString& where, QWidget* parent);
 
+    void setWhere(const QString& where);
+    // As wide as it likes to be, or as there is room; its buttons and the count always have theirs.
+    void fit(int room);
     // Shows it with the keyboard in its field, what stands there selected.
     void open();
     void setWords(const QString& words);
@@ -41,6 +44,7 @@ protected:
 private:
     QLineEdit* m_field;
     QLabel* m_count;
+    int m_wanted = 0; // its width
 };
 
 } // namespace corvelle

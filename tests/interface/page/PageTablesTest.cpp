@@ -217,6 +217,8 @@ TEST_F(Tables, aDragBeyondACellTakesCellsAndBeyondTheTableAllOfIt)
     EXPECT_EQ(view.selected(), (Selected{{{}, tableAtPlace, 12}, {}}));
     drag(outside(3), inCell(0, 2));
     EXPECT_EQ(view.selected(), (Selected{{{}, 3, tableAtPlace + 1}, {}}));
+    EXPECT_TRUE(copied().startsWith("ore\nalpha one\t\"beta\ngamma\"\ntall\tdelta\n"))
+        << "rows of a table that is copied whole: " << copied().toStdString();
 }
 
 TEST_F(Tables, aSelectionInACellOutlivesItsPageOnlyAsFarAsItCan)
@@ -362,6 +364,20 @@ TEST_F(Tables, findingLooksIntoTablesInTables)
     }
 }
 
+TEST_F(Tables, theKeyboardSelectsFromWhatWasFound)
+{
+    open(sample());
+    view.find("deep");
+    view.endFind();
+    EXPECT_EQ(view.foundCount(), 0);
+    EXPECT_FALSE(view.hasSelection()) << "another Escape closes the page";
+    QTest::keyClick(&view, Qt::Key_Right, Qt::ShiftModifier | Qt::ControlModifier);
+    EXPECT_EQ(copied().trimmed(), "deep");
+    view.find("gamma");
+    view.endFind();
+    EXPECT_EQ(view.selectedWords().trimmed(), u"deep") << "what was selected meanwhile stays so";
+}
+
 TEST_F(Tables, aSelectionInCellsIsReadByScreenReaders)
 {
     open(sample());
@@ -469,6 +485,34 @@ TEST_F(WideTables, theThumbIsDraggedAndSelectsNothing)
     QTest::mouseRelease(&view, Qt::LeftButton, {}, thumb + QPoint(300, 0));
     EXPECT_LT(leftOf(0), before - 300);
     EXPECT_FALSE(view.hasSelection());
+}
+
+// The page may scroll below the pointer, and bring another table to where the press was.
+TEST_F(WideTables, areScrolledByADragOnlyWhileItIsInThem)
+{
+    QByteArrayList cells;
+    for (int i = 0; i < 20; ++i)
+        cells.append(cell(words("some words in column" + QByteArray::number(i))));
+    const QByteArray wide = table(QByteArrayList(3, row(cells)));
+    QByteArrayList blocks;
+    for (int i = 0; i < 12; ++i)
+        blocks += {wide, words("between")};
+    open(page(blocks));
+    // A table's character, "between", and the newlines behind them.
+    const auto leftIn = [this](int number) {
+        const Units at = number * 10;
+        return view.rectOf({{{at, 1}}, 0}).left();
+    };
+    const double before = leftIn(0);
+    const QPoint start = pointIn({{{0, 1}}, 0}), beside(view.width() - 5, start.y());
+    QTest::mousePress(&view, Qt::LeftButton, {}, start);
+    moveTo(beside);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return leftIn(0) < before - 100; }));
+    moveTo({beside.x(), view.height() + 200}); // out of the table, and down the page
+    EXPECT_TRUE(QTest::qWaitFor([&] { return view.scrollPlace() > 600; }));
+    QTest::mouseRelease(&view, Qt::LeftButton, {}, beside);
+    for (int i = 1; i < 12; ++i)
+        EXPECT_EQ(leftIn(i), before) << i;
 }
 
 // A long block that is cut into parts: the part in sight stays there.

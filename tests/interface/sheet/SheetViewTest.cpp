@@ -10,6 +10,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QLineEdit>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
@@ -302,6 +303,10 @@ TEST(WorkbookScreen, tellsWhatCannotBeSeen)
     QTest::keyClick(&screen, Qt::Key_PageUp, Qt::ControlModifier);
     ASSERT_EQ(turned.count(), 1);
     EXPECT_EQ(turned[0][0].toInt(), 0);
+    QSignalSpy stepped(&screen, &WorkbookScreen::foundWanted);
+    QTest::keyClick(&screen, Qt::Key_F3, Qt::ShiftModifier);
+    ASSERT_EQ(stepped.count(), 1) << "from an empty sheet on to what another one has";
+    EXPECT_EQ(stepped[0][0].toInt(), -1);
     QSignalSpy closed(&screen, &WorkbookScreen::closeWanted);
     QTest::keyClick(&screen, Qt::Key_Escape);
     EXPECT_EQ(closed.count(), 1);
@@ -315,6 +320,10 @@ TEST(WorkbookScreen, tellsHowManySheetsThereAre)
     EXPECT_EQ(screen.countWords(), u"1 sheet · 2 rows"_s);
     screen.setSheets({u"One"_s, u"Two"_s}, 0, 1234);
     EXPECT_EQ(screen.countWords(), u"First 2 of 1,234 sheets · 2 rows"_s);
+    const auto where = [&] { return screen.findBar().findChild<QLineEdit*>()->placeholderText(); };
+    EXPECT_EQ(where(), u"Find in the first 2 sheets"_s) << "the others aren't searched";
+    screen.setSheets({u"One"_s, u"Two"_s}, 0, 2);
+    EXPECT_EQ(where(), u"Find in all sheets"_s);
 }
 
 TEST(WorkbookScreen, escapeClosesTheFieldForFindingFirst)
@@ -394,6 +403,8 @@ TEST(WorkbookScreen, longTextsOpenOverTheSheetAndPushNothing)
     QTest::keyClick(screen.findChild<CellBar*>(), Qt::Key_End);
     EXPECT_EQ(bar.scrollPlace(), bar.scrollRange());
     EXPECT_EQ(placeName(view.pick().picked), u"B2"_s) << "the keys are the text's";
+    QTest::keyClick(screen.findChild<CellBar*>(), Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), lines) << "as it is, without quotes round it";
 
     QSignalSpy closed(&screen, &WorkbookScreen::closeWanted);
     QTest::keyClick(&view, Qt::Key_Escape);

@@ -65,6 +65,35 @@ TEST(Lettering, drawsAsWideAsItMeasuresInLightAndDarkInkAtAnyPixelRatio)
     }
 }
 
+TEST(Lettering, endsAtTheLeftWhereItReadsFromRightToLeft)
+{
+    const QString text = QString(QChar(0x05D0)).repeated(5) + QChar(0x2026);
+    const Lettering lettering(TypeStyle::SheetCell);
+    QImage image(200, 40, QImage::Format_RGB32);
+    const auto isInk = [&](int x) {
+        // Above the dots of the ellipsis.
+        const int base = static_cast<int>(lettering.baseline(0, image.height()));
+        for (int y = 0; y < base - 3; ++y)
+            if (qGray(image.pixel(x, y)) < 128)
+                return true;
+        return false;
+    };
+    for (const bool inRun : {false, true}) {
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        if (inRun)
+            LetteringRun(lettering, painter, Qt::black).draw(image.rect(), Qt::AlignLeft, text);
+        else
+            lettering.draw(painter, image.rect(), Qt::AlignLeft, text);
+        painter.end();
+        const int dots = static_cast<int>(lettering.width(QChar(0x2026)));
+        const int end = static_cast<int>(lettering.width(text));
+        for (int x = 0; x < dots - 1; ++x)
+            EXPECT_FALSE(isInk(x)) << x;
+        EXPECT_TRUE(isInk(end - 3) || isInk(end - 5)) << "a letter is at the right";
+    }
+}
+
 TEST(Lettering, breaksAtWordsAndCutsTheLastLine)
 {
     const Lettering lettering(TypeStyle::CardTitle);
