@@ -347,9 +347,10 @@ void LinkSync::takeBatch(const QString& path, const FolderWatcher::Batch& batch)
     LinkedRequest request;
     request.everything = batch.everything;
     for (const QString& relative : batch.paths) {
-        const QString changed = path + u'/' + relative;
+        const QString changed = relative.isEmpty() ? path : path + u'/' + relative;
         request.folders.insert(changed); // it may be a folder
-        request.folders.insert(parentPath(changed));
+        if (!relative.isEmpty())
+            request.folders.insert(parentPath(changed));
     }
     schedule(path, request, m_delays.event);
 }
