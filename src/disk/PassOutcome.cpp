@@ -142,8 +142,22 @@ QSet<QString> pathsTakenForGone(const DiskPass& pass, const KnownRows& rows)
     return paths;
 }
 
+// The folder of what isn't there any more; where that has gone too, also those above it, up to one
+// that shows where it went.
+QSet<QString> foldersThatItLeft(const DiskView& view, const QString& path)
+{
+    QSet<QString> folders;
+    QString folder = path;
+    do {
+        folder = parentPath(folder);
+        folders.insert(folder);
+    } while (view.covers(folder) && !fileFacts(QFile::encodeName(view.absolute(folder))));
+    return folders;
+}
+
 // What came in may be what a row stands for: its folder wasn't looked at, or was before it moved,
-// and the row isn't known to be missing yet.
+// and the row isn't known to be missing yet. Inside a new folder, it may also be an item of another
+// linked folder, which the next look follows.
 Result<void> leaveOutMoving(
     DiskPass& pass, SQLite& connection, const DiskView& view, const KnownRows& rows)
 {
@@ -167,13 +181,17 @@ Result<void> leaveOutMoving(
             if (!identities.contains(identity))
                 return;
             const QString path = row.text(1);
-            if (!view.covers(path) || isTakenForGone(path) || isRowInTrash(connection, row.text(0)))
+            const bool isHere = view.covers(path);
+            const bool isElsewhere = view.isLinked() && !isHere && path.startsWith(u'/');
+            if ((!isHere && !isElsewhere) || isTakenForGone(path) ||
+                isRowInTrash(connection, row.text(0)))
                 return;
             const auto facts = fileFacts(QFile::encodeName(view.absolute(path)));
             if (facts && (facts->kind == FileFacts::Kind::Folder) == (row.utf8(3) == "folder"))
                 return; // another link to it, or the card stays with its name
             moving.insert(identity);
-            pass.lookAlso.insert(parentPath(path));
+            if (isHere)
+                pass.lookAlso.unite(foldersThatItLeft(view, path));
         });
     if (!read)
         return read;
