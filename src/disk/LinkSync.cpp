@@ -427,7 +427,7 @@ void LinkSync::startPass(const QString& path, Root& root)
 {
     root.isRunning = true;
     // Marks are cleared by a look at everything.
-    root.request.everything |= root.isAway || (root.isFolder && isAnyMissingBelow(path));
+    root.request.everything |= root.isAway || (root.isFolder && !missingIn(path).isEmpty());
     const Round round = root.rounds + 1 < mostRoundsOfLooks ? Round::Another : Round::Last;
     queueFor(path).run(
         [query = queryFor(path, root), round, shallow = root.isFolder ? nullptr : m_shallow,
@@ -439,14 +439,29 @@ void LinkSync::startPass(const QString& path, Root& root)
         this, [this, path](Result<LinkedFinding> found) { took(path, std::move(found)); });
 }
 
-bool LinkSync::isAnyMissingBelow(const QString& folder) const
+// What is marked of a linked folder, of those around it the nearest, and of what came with it.
+QSet<QString> LinkSync::missingIn(const QString& folder) const
 {
-    const QSet<QString>& missing = m_library.missingLinks();
-    return std::any_of(missing.begin(), missing.end(), [&](const QString& id) {
+    QSet<QString> missing;
+    const auto isFolderRoot = [&](const QString& path) {
+        const auto root = m_roots.find(path);
+        return root != m_roots.end() && root->second.isFolder;
+    };
+    for (const QString& id : m_library.missingLinks()) {
         const Node* node = m_library.node(id);
-        return node && (node->path == folder || liesBelow(node->path, folder)) &&
-               !m_library.isInTrash(id) && (node->path == folder || !m_candidates.contains(id));
-    });
+        if (!node || m_library.isInTrash(id))
+            continue;
+        if (node->path == folder) {
+            missing.insert(id);
+        } else if (liesBelow(node->path, folder) && !m_candidates.contains(id)) {
+            QString around = parentPath(node->path);
+            while (around != folder && !isFolderRoot(around))
+                around = parentPath(around);
+            if (around == folder)
+                missing.insert(id);
+        }
+    }
+    return missing;
 }
 
 DiskPlan::Known LinkSync::known(const QString& id) const
@@ -462,13 +477,10 @@ LinkedQuery LinkSync::queryFor(const QString& path, const Root& root) const
     LinkedQuery query{
         m_library.root(), path, root.isFolder, isUnmounted(path), root.request, {}, {}, {}};
     if (root.isFolder) {
-        DiskRequest wanted{false, true, root.request.folders, root.request.trees};
-        if (root.request.everything || root.request.seeks) {
-            wanted.trees = {path};
-            // The scan shows what lies in folders that are linked by themselves, too.
-            for (auto below = m_roots.upper_bound(path); below != m_roots.end(); ++below)
-                if (below->second.isFolder && liesBelow(below->first, path))
-                    wanted.trees.insert(below->first);
+        DiskRequest wanted;
+        if (!root.request.isEverywhere()) {
+            wanted.folders = root.request.folders;
+            wanted.trees = root.request.trees;
         }
         query.memory = memoryOf(m_library, m_index, wanted);
     }
@@ -574,8 +586,10 @@ void LinkSync::markMissing(const Found& found, const DiskApply::Done& done)
     const Root& root = m_roots.at(found.root);
     QSet<QString> gone = finding.gone, here = finding.here;
     gone.intersect(QSet<QString>(root.ids.begin(), root.ids.end())); // others have a new place
-    if (root.isFolder && (finding.isAway || root.request.everything))
-        (finding.isAway ? gone : here).unite(idsBelow(found.root));
+    if (root.isFolder && finding.isAway)
+        gone.unite(idsBelow(found.root));
+    else if (root.isFolder && root.request.everything)
+        here.unite(missingIn(found.root));
     for (const QString& folder : finding.awayBelow)
         gone.unite(idsBelow(folder));
     gone.subtract(done.placed);

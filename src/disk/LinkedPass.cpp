@@ -112,6 +112,8 @@ public:
         if (m_query.isAway)
             return allAway();
         scan();
+        if (auto done = readKnown(); !done)
+            return done.failure();
         findPlacesLeftBehind();
         if (auto done = leaveOutForgotten(); !done)
             return done.failure();
@@ -130,6 +132,7 @@ public:
 private:
     LinkedFinding allAway() const;
     void scan();
+    Result<void> readKnown();
     void findPlacesLeftBehind();
     bool isLeftBehind(const DiskPlan::Known& folder, quint64 identity);
     Result<void> leaveOutForgotten();
@@ -176,12 +179,23 @@ void LinkedLook::scan()
     const LinkedRequest& request = m_query.request;
     if (!m_query.isFolder) {
         m_scans = m_view.folders(root);
-    } else if (request.everything || request.seeks) {
+    } else if (request.isEverywhere()) {
         m_scans = m_view.trees(root);
     } else {
         m_scans = m_view.folders(request.folders);
         m_scans.merge(m_view.trees(request.trees));
     }
+}
+
+// What a whole linked folder holds is read here: to ask the memory would hold up the window.
+Result<void> LinkedLook::readKnown()
+{
+    if (!m_query.isFolder || !m_query.request.isEverywhere() || m_found.isAway)
+        return {};
+    QSet<QString> ids;
+    m_query.memory.known.clear();
+    return addKnownBelow(
+        m_connection, m_query.root, m_query.memory.known, ids, &m_query.memory.folders);
 }
 
 // An empty folder that isn't the one we knew is what a disk leaves behind. Another one that holds

@@ -212,10 +212,10 @@ Result<void> leaveOutMoving(
 } // namespace
 
 Result<void> addKnownBelow(SQLite& connection, const QString& folder,
-    std::vector<DiskPlan::Known>& known, QSet<QString>& ids)
+    std::vector<DiskPlan::Known>& known, QSet<QString>& ids, const QHash<QString, QString>* folders)
 {
     return connection.each(
-        "SELECT id, kind, path, file_id, byte_size, file_modified FROM nodes WHERE "
+        "SELECT id, kind, path, file_id, byte_size, file_modified, parent_id FROM nodes WHERE "
         "path >= ?1 || '/' AND path < ?1 || '0' AND deleted_at IS NULL AND kind IN ('folder', "
         "'file')",
         {folder}, [&](const SQLRow& row) {
@@ -223,13 +223,18 @@ Result<void> addKnownBelow(SQLite& connection, const QString& folder,
             each.id = row.text(0);
             if (ids.contains(each.id))
                 return;
-            ids.insert(each.id);
             each.folder = row.utf8(1) == "folder";
             each.path = row.text(2);
+            if (folders) {
+                const auto parent = folders->constFind(parentPath(each.path));
+                if (parent == folders->cend() || *parent != row.text(6))
+                    return;
+            }
             if (const auto id = row.optionalInteger(3))
                 each.inode = static_cast<quint64>(*id);
             each.size = row.optionalInteger(4);
             each.modified = row.date(5);
+            ids.insert(each.id);
             known.push_back(std::move(each));
         });
 }
