@@ -244,7 +244,7 @@ Result<void> takeOutcome(DiskPass& pass, SQLite& connection, const DiskView& vie
 {
     if (round == Round::Another && needsFoldersFirst(outcome, scans, rows)) {
         takeFoldersFirst(pass, std::move(outcome), scans, rows);
-        return {};
+        return leaveOutMoving(pass, connection, view, rows);
     }
     std::vector<DiskPlan::Entry>
         added; // none lies in another: what lies in a new folder comes with it

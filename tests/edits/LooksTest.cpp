@@ -98,7 +98,8 @@ TEST_F(Looks, whatCameFromAnotherLinkedFolderWaitsForItsNewFolder)
     outside.makeFile("two/new/c.txt");
     rename(outside.path("one/box"), outside.path("two/new/box"));
     const DiskPass pass = lookAtLinkedFolder(two);
-    EXPECT_EQ(arriving(pass), (QStringList{outside.path("two/new"), outside.path("two/new/c.txt")}));
+    EXPECT_EQ(
+        arriving(pass), (QStringList{outside.path("two/new"), outside.path("two/new/c.txt")}));
     EXPECT_TRUE(pass.lookAgain);
     rename(outside.path("two/new/box"), outside.path("two/box"));
     EXPECT_EQ(whereItGoes(lookAtLinkedFolder(two), box), outside.path("two/box"));
@@ -108,6 +109,7 @@ TEST_F(Looks, whatWasLinkedFromWithinALinkedFolderIsFollowedThere)
 {
     outside.makeFile("box/sub/a.txt");
     outside.makeFile("box/loose.txt");
+    outside.makeFile("box/rest.txt");
     const QString sub = add("box/sub"), loose = add("box/loose.txt"), box = add("box");
     rename(outside.path("box/sub"), outside.path("box/other"));
     rename(outside.path("box/loose.txt"), outside.path("box/found.txt"));
@@ -115,6 +117,11 @@ TEST_F(Looks, whatWasLinkedFromWithinALinkedFolderIsFollowedThere)
     EXPECT_EQ(whereItGoes(pass, sub), outside.path("box/other"));
     EXPECT_EQ(whereItGoes(pass, loose), outside.path("box/found.txt"));
     EXPECT_EQ(arriving(pass), QStringList());
+    // Into a new folder, which comes first.
+    outside.makeFolder("box/new");
+    rename(outside.path("box/other"), outside.path("box/new/sub"));
+    rename(outside.path("box/rest.txt"), outside.path("box/new/rest.txt"));
+    EXPECT_EQ(arriving(lookAtLinkedFolder(box)), QStringList{outside.path("box/new")});
 }
 
 TEST_F(Looks, aCardStaysWithItsNameWhereItsFileWentToAnotherLinkedFolder)
@@ -140,8 +147,8 @@ TEST_F(Looks, twoOfThemNeverGiveOneFileTwoCards)
     ASSERT_TRUE(QFile::remove(outside.path("box/b.txt")));
     DiskPass pass = lookAtLinkedFolder(box);
     ASSERT_EQ(whereItGoes(pass, a), outside.path("box/c.txt"));
-    const DiskPlan::Entry to = *DiskPlan::entry(outside.path("box/c.txt"),
-        outside.path("box/c.txt"), DiskPlan::NameRules::Apply);
+    const DiskPlan::Entry to = *DiskPlan::entry(
+        outside.path("box/c.txt"), outside.path("box/c.txt"), DiskPlan::NameRules::Apply);
     DiskApply apply(lib->library);
     std::optional<DiskApply::Done> done;
     for (const QString& id : {a, b}) {
