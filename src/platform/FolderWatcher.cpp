@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <fcntl.h>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -283,7 +284,7 @@ private:
         folder->name = name;
         // First the watch, which fails for all but folders and costs nothing for files.
         if (!watch(*folder)) {
-            if (errno == ENOENT || errno == EACCES)
+            if (errno == ENOENT || (errno == EACCES && isShut(parent)))
                 parent.isComplete = false;
             return nullptr;
         }
@@ -297,6 +298,13 @@ private:
             drop(*place);
         place = std::move(folder);
         return result;
+    }
+
+    // Whether it may be listed at most, and nothing in it be reached.
+    bool isShut(const Watched& folder) const
+    {
+        const QByteArray path = QFile::encodeName(absolute(folder.path()));
+        return ::faccessat(AT_FDCWD, path.constData(), X_OK, AT_EACCESS) != 0;
     }
 
     // Ends the watches of a folder and of all below it.
