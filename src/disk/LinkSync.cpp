@@ -427,7 +427,7 @@ void LinkSync::startPass(const QString& path, Root& root)
 {
     root.isRunning = true;
     // Marks are cleared by a look at everything.
-    root.request.everything |= root.isAway || (root.isFolder && !missingIn(path).isEmpty());
+    root.request.everything |= root.isAway || (root.isFolder && isAnyMissingIn(path));
     const Round round = root.rounds + 1 < mostRoundsOfLooks ? Round::Another : Round::Last;
     queueFor(path).run(
         [query = queryFor(path, root), round, shallow = root.isFolder ? nullptr : m_shallow,
@@ -439,29 +439,36 @@ void LinkSync::startPass(const QString& path, Root& root)
         this, [this, path](Result<LinkedFinding> found) { took(path, std::move(found)); });
 }
 
-// What is marked of a linked folder, of those around it the nearest, and of what came with it.
+// Whether the item came with this linked folder, of those around it the nearest.
+bool LinkSync::cameWith(const QString& folder, const Node& node) const
+{
+    if (!liesBelow(node.path, folder) || m_candidates.contains(node.id))
+        return false;
+    for (auto below = m_roots.upper_bound(folder);
+         below != m_roots.end() && below->first.startsWith(folder); ++below)
+        if (below->second.isFolder && liesBelow(below->first, folder) &&
+            liesBelow(node.path, below->first))
+            return false;
+    return true;
+}
+
+bool LinkSync::isAnyMissingIn(const QString& folder) const
+{
+    const QSet<QString>& missing = m_library.missingLinks();
+    return std::any_of(missing.begin(), missing.end(), [&](const QString& id) {
+        const Node* node = m_library.node(id);
+        return node && (node->path == folder || cameWith(folder, *node)) &&
+               !m_library.isInTrash(id);
+    });
+}
+
 QSet<QString> LinkSync::missingIn(const QString& folder) const
 {
-    QSet<QString> missing;
-    const auto isFolderRoot = [&](const QString& path) {
-        const auto root = m_roots.find(path);
-        return root != m_roots.end() && root->second.isFolder;
-    };
-    for (const QString& id : m_library.missingLinks()) {
-        const Node* node = m_library.node(id);
-        if (!node || m_library.isInTrash(id))
-            continue;
-        if (node->path == folder) {
-            missing.insert(id);
-        } else if (liesBelow(node->path, folder) && !m_candidates.contains(id)) {
-            QString around = parentPath(node->path);
-            while (around != folder && !isFolderRoot(around))
-                around = parentPath(around);
-            if (around == folder)
-                missing.insert(id);
-        }
-    }
-    return missing;
+    QSet<QString> found;
+    for (const QString& id : m_library.missingLinks())
+        if (const Node* node = m_library.node(id); node && cameWith(folder, *node))
+            found.insert(id);
+    return found;
 }
 
 DiskPlan::Known LinkSync::known(const QString& id) const
@@ -573,10 +580,22 @@ void LinkSync::applied(const Found& found, const DiskApply::Done& done)
 QSet<QString> LinkSync::idsBelow(const QString& folder) const
 {
     QSet<QString> ids;
-    DiskRequest all;
-    all.trees = {folder};
-    for (const DiskPlan::Known& item : memoryOf(m_library, m_index, all).known)
-        ids.insert(item.id);
+    QStringList waiting{folder};
+    while (!waiting.isEmpty()) {
+        const QString above = waiting.takeLast();
+        const auto id = m_index.ids().constFind(pathKey(above, m_index.nameCase()));
+        if (id == m_index.ids().cend())
+            continue;
+        for (const QString& child : m_library.children(*id)) {
+            const Node* node = m_library.node(child);
+            if (!node || !canBeLinked(*node) || node->deletedAt || !liesBelow(node->path, above) ||
+                node->path.lastIndexOf(u'/') != above.size())
+                continue;
+            ids.insert(child);
+            if (node->kind == NodeKind::Folder)
+                waiting.append(node->path);
+        }
+    }
     return ids;
 }
 

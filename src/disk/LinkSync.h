@@ -118,6 +118,8 @@ private:
     void takeWhatWasTold(const QString& path);
     void startPass(const QString& path, Root& root);
     LinkedQuery queryFor(const QString& path, const Root& root) const;
+    bool cameWith(const QString& folder, const Node& node) const;
+    bool isAnyMissingIn(const QString& folder) const;
     QSet<QString> missingIn(const QString& folder) const;
     DiskPlan::Known known(const QString& id) const;
 
