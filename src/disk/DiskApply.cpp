@@ -295,7 +295,7 @@ void DiskApply::moved(const QString& id, const DiskPlan::Entry& to)
         (old->identity != to.inode || pathKey(node->path, m_apply->pass.nameCase) !=
                                           pathKey(to.path, m_apply->pass.nameCase)))
         return;
-    if (!isStillThere(to))
+    if (!isStillThere(to) || hasOtherCard(*node, to.path))
         return;
     const bool written = wasWritten(*node, m_library.tree().seen(id), to);
     if (!follow(*node, to, {}))
@@ -318,7 +318,8 @@ bool DiskApply::wentAwayByItself(const Node& node) const
 void DiskApply::restored(const QString& id, const DiskPlan::Entry& to)
 {
     const Node* node = m_library.node(id);
-    if (!node || node->path.isNull() || !m_library.isInTrash(id) || !isStillThere(to))
+    if (!node || node->path.isNull() || !m_library.isInTrash(id) || !isStillThere(to) ||
+        hasOtherCard(*node, to.path))
         return;
     const bool written = wasWritten(*node, m_library.tree().seen(id), to);
     if (!follow(*node, to, "deleted_at = NULL, "))
@@ -344,6 +345,20 @@ bool DiskApply::isStillThere(const DiskPlan::Entry& entry)
         return true;
     m_apply->result.overtaken = true;
     return false;
+}
+
+// A look at another folder may have given the place to what was another link to the same file.
+bool DiskApply::hasOtherCard(const Node& node, const QString& path)
+{
+    bool has = false;
+    (void)m_library.connection().each(
+        "SELECT id FROM nodes WHERE path = ?", {path}, [&](const SQLRow& row) {
+            const Node* other = m_library.node(row.text(0));
+            has |= other && other->id != node.id && !m_library.isInTrash(other->id) &&
+                   (other->kind == NodeKind::Folder) == (node.kind == NodeKind::Folder);
+        });
+    m_apply->result.overtaken |= has;
+    return has;
 }
 
 // What is linked by itself stays on the canvas that it was put on, wherever its file goes.

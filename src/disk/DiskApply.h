@@ -75,6 +75,7 @@ private:
     bool wentAwayByItself(const Node& node) const;
     std::optional<FileFacts> factsNow(const Node& node) const;
     bool isStillThere(const DiskPlan::Entry& entry);
+    bool hasOtherCard(const Node& node, const QString& path);
     bool follow(const Node& from, const DiskPlan::Entry& to, const QByteArray& alsoSet);
     std::optional<QString> newParent(const Node& from, const QString& path) const;
     void place(Node& node, const QString& parent);

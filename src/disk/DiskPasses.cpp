@@ -167,6 +167,13 @@ void DiskSync::settleDeferred()
     });
 }
 
+void DiskSync::lookAtEverythingLater()
+{
+    m_everything = true;
+    if (!m_soon.isActive())
+        m_soon.start(m_delays.settle);
+}
+
 // ---- passes ----
 
 bool DiskSync::isInSpace(const QString& folder) const

@@ -54,8 +54,12 @@ void DiskSync::took(Result<DiskPass> pass)
     if (!pass) {
         logLine(u"disk pass: "_s + pass.failure().sentence());
         // What was told of these folders isn't told again.
-        if (!m_request.everything && ++m_failedPasses <= mostFailedPasses)
-            defer(m_request.folders);
+        if (++m_failedPasses <= mostFailedPasses) {
+            if (m_request.everything)
+                lookAtEverythingLater();
+            else
+                defer(m_request.folders);
+        }
         endPass();
         return;
     }

@@ -76,6 +76,7 @@ private:
     void runPass();
     void defer(const QSet<QString>& folders);
     void settleDeferred();
+    void lookAtEverythingLater();
     bool isInSpace(const QString& folder) const;
     void endPass();
 

@@ -17,6 +17,7 @@ public:
     static DiskView ofLinked(const QString& folder, const QString& leftOut, std::stop_token stop);
 
     QString absolute(const QString& path) const;
+    bool isLinked() const { return !m_prefix.isEmpty(); }
     // Whether a node with that path lies in the folder.
     bool covers(const QString& path) const;
 

@@ -370,9 +370,10 @@ void LinkSync::takeBatch(const QString& path, const FolderWatcher::Batch& batch)
     LinkedRequest request;
     request.everything = batch.everything;
     for (const QString& relative : batch.paths) {
-        const QString changed = path + u'/' + relative;
+        const QString changed = relative.isEmpty() ? path : path + u'/' + relative;
         request.folders.insert(changed); // it may be a folder
-        request.folders.insert(parentPath(changed));
+        if (!relative.isEmpty())
+            request.folders.insert(parentPath(changed));
     }
     schedule(path, request, m_delays.event);
 }
@@ -449,7 +450,7 @@ void LinkSync::startPass(const QString& path, Root& root)
 {
     root.isRunning = true;
     // Marks are cleared by a look at everything.
-    root.request.everything |= root.isAway || (root.isFolder && isAnyMissingBelow(path));
+    root.request.everything |= root.isAway || (root.isFolder && isAnyMissingIn(path));
     const Round round = root.rounds + 1 < mostRoundsOfLooks ? Round::Another : Round::Last;
     queueFor(path).run(
         [query = queryFor(path, root), round, shallow = root.isFolder ? nullptr : m_shallow,
@@ -461,14 +462,36 @@ void LinkSync::startPass(const QString& path, Root& root)
         this, [this, path](Result<LinkedFinding> found) { took(path, std::move(found)); });
 }
 
-bool LinkSync::isAnyMissingBelow(const QString& folder) const
+// Whether the item came with this linked folder, of those around it the nearest.
+bool LinkSync::cameWith(const QString& folder, const Node& node) const
+{
+    if (!liesBelow(node.path, folder) || m_candidates.contains(node.id))
+        return false;
+    for (auto below = m_roots.upper_bound(folder);
+         below != m_roots.end() && below->first.startsWith(folder); ++below)
+        if (below->second.isFolder && liesBelow(below->first, folder) &&
+            liesBelow(node.path, below->first))
+            return false;
+    return true;
+}
+
+bool LinkSync::isAnyMissingIn(const QString& folder) const
 {
     const QSet<QString>& missing = m_library.missingLinks();
     return std::any_of(missing.begin(), missing.end(), [&](const QString& id) {
         const Node* node = m_library.node(id);
-        return node && (node->path == folder || liesBelow(node->path, folder)) &&
-               !m_library.isInTrash(id) && (node->path == folder || !m_candidates.contains(id));
+        return node && (node->path == folder || cameWith(folder, *node)) &&
+               !m_library.isInTrash(id);
     });
+}
+
+QSet<QString> LinkSync::missingIn(const QString& folder) const
+{
+    QSet<QString> found;
+    for (const QString& id : m_library.missingLinks())
+        if (const Node* node = m_library.node(id); node && cameWith(folder, *node))
+            found.insert(id);
+    return found;
 }
 
 DiskPlan::Known LinkSync::known(const QString& id) const
@@ -484,13 +507,10 @@ LinkedQuery LinkSync::queryFor(const QString& path, const Root& root) const
     LinkedQuery query{
         m_library.root(), path, root.isFolder, isUnmounted(path), root.request, {}, {}, {}};
     if (root.isFolder) {
-        DiskRequest wanted{false, true, root.request.folders, root.request.trees};
-        if (root.request.everything || root.request.seeks) {
-            wanted.trees = {path};
-            // The scan shows what lies in folders that are linked by themselves, too.
-            for (auto below = m_roots.upper_bound(path); below != m_roots.end(); ++below)
-                if (below->second.isFolder && liesBelow(below->first, path))
-                    wanted.trees.insert(below->first);
+        DiskRequest wanted;
+        if (!root.request.isEverywhere()) {
+            wanted.folders = root.request.folders;
+            wanted.trees = root.request.trees;
         }
         query.memory = memoryOf(m_library, m_index, wanted);
     }
@@ -583,10 +603,22 @@ void LinkSync::applied(const Found& found, const DiskApply::Done& done)
 QSet<QString> LinkSync::idsBelow(const QString& folder) const
 {
     QSet<QString> ids;
-    DiskRequest all;
-    all.trees = {folder};
-    for (const DiskPlan::Known& item : memoryOf(m_library, m_index, all).known)
-        ids.insert(item.id);
+    QStringList waiting{folder};
+    while (!waiting.isEmpty()) {
+        const QString above = waiting.takeLast();
+        const auto id = m_index.ids().constFind(pathKey(above, m_index.nameCase()));
+        if (id == m_index.ids().cend())
+            continue;
+        for (const QString& child : m_library.children(*id)) {
+            const Node* node = m_library.node(child);
+            if (!node || !canBeLinked(*node) || node->deletedAt || !liesBelow(node->path, above) ||
+                node->path.lastIndexOf(u'/') != above.size())
+                continue;
+            ids.insert(child);
+            if (node->kind == NodeKind::Folder)
+                waiting.append(node->path);
+        }
+    }
     return ids;
 }
 
@@ -596,8 +628,10 @@ void LinkSync::markMissing(const Found& found, const DiskApply::Done& done)
     const Root& root = m_roots.at(found.root);
     QSet<QString> gone = finding.gone, here = finding.here;
     gone.intersect(QSet<QString>(root.ids.begin(), root.ids.end())); // others have a new place
-    if (root.isFolder && (finding.isAway || root.request.everything))
-        (finding.isAway ? gone : here).unite(idsBelow(found.root));
+    if (root.isFolder && finding.isAway)
+        gone.unite(idsBelow(found.root));
+    else if (root.isFolder && root.request.everything)
+        here.unite(missingIn(found.root));
     for (const QString& folder : finding.awayBelow)
         gone.unite(idsBelow(folder));
     gone.subtract(done.placed);

@@ -122,7 +122,9 @@ private:
     void takeWhatWasTold(const QString& path);
     void startPass(const QString& path, Root& root);
     LinkedQuery queryFor(const QString& path, const Root& root) const;
-    bool isAnyMissingBelow(const QString& folder) const;
+    bool cameWith(const QString& folder, const Node& node) const;
+    bool isAnyMissingIn(const QString& folder) const;
+    QSet<QString> missingIn(const QString& folder) const;
     DiskPlan::Known known(const QString& id) const;
 
     // ---- what was found ----

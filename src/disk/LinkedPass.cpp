@@ -79,10 +79,21 @@ QSet<quint64> trashedByThePerson(SQLite& connection)
     return identities;
 }
 
-bool isAtPath(const QString& path, quint64 identity)
+// Whether the row came with the folder that it lies in, and wasn't linked by itself.
+bool belongsToItsFolder(SQLite& connection, const QString& id, const QString& path)
+{
+    bool does = false;
+    (void)connection.each(
+        "SELECT 1 FROM nodes n JOIN nodes p ON p.id = n.parent_id WHERE n.id = ? AND p.path = ?",
+        {id, parentPath(path)}, [&](const SQLRow&) { does = true; });
+    return does;
+}
+
+// Whether a card keeps its place: a file at its path stays its own, whichever it is.
+bool isOfKindAtPath(const QString& path, bool folder)
 {
     const auto facts = fileFacts(QFile::encodeName(path));
-    return facts && facts->identity == identity;
+    return facts && (facts->kind == FileFacts::Kind::Folder) == folder;
 }
 
 // One look, step by step.
@@ -101,6 +112,8 @@ public:
         if (m_query.isAway)
             return allAway();
         scan();
+        if (auto done = readKnown(); !done)
+            return done.failure();
         findPlacesLeftBehind();
         if (auto done = leaveOutForgotten(); !done)
             return done.failure();
@@ -119,6 +132,7 @@ public:
 private:
     LinkedFinding allAway() const;
     void scan();
+    Result<void> readKnown();
     void findPlacesLeftBehind();
     bool isLeftBehind(const DiskPlan::Known& folder, quint64 identity);
     Result<void> leaveOutForgotten();
@@ -165,12 +179,23 @@ void LinkedLook::scan()
     const LinkedRequest& request = m_query.request;
     if (!m_query.isFolder) {
         m_scans = m_view.folders(root);
-    } else if (request.everything || request.seeks) {
+    } else if (request.isEverywhere()) {
         m_scans = m_view.trees(root);
     } else {
         m_scans = m_view.folders(request.folders);
         m_scans.merge(m_view.trees(request.trees));
     }
+}
+
+// What a whole linked folder holds is read here: to ask the memory would hold up the window.
+Result<void> LinkedLook::readKnown()
+{
+    if (!m_query.isFolder || !m_query.request.isEverywhere() || m_found.isAway)
+        return {};
+    QSet<QString> ids;
+    m_query.memory.known.clear();
+    return addKnownBelow(
+        m_connection, m_query.root, m_query.memory.known, ids, &m_query.memory.folders);
 }
 
 // An empty folder that isn't the one we knew is what a disk leaves behind. Another one that holds
@@ -359,7 +384,8 @@ bool LinkedLook::hasCard(const DiskPlan::Entry& entry)
     });
 }
 
-// What came in may be an item of another linked folder.
+// What came in may be an item of another linked folder, or one that was linked by itself from
+// within this one.
 Result<void> LinkedLook::followFromElsewhere()
 {
     QHash<quint64, DiskPlan::Action*> added;
@@ -379,9 +405,12 @@ Result<void> LinkedLook::followFromElsewhere()
             const auto* addition = action ? std::get_if<DiskPlan::Added>(action) : nullptr;
             const QString path = row.text(1);
             if (!addition || addition->entry.folder != (row.utf8(2) == "folder") ||
-                liesBelow(path, m_query.root) || isAtPath(path, identity) ||
+                isOfKindAtPath(path, addition->entry.folder) ||
                 isRowInTrash(m_connection, row.text(0)))
                 return;
+            if (liesBelow(path, m_query.root) &&
+                belongsToItsFolder(m_connection, row.text(0), path))
+                return; // what this look didn't cover, a wider one follows
             *action = DiskPlan::Moved{row.text(0), DiskPlan::Entry(addition->entry)};
             m_found.pass.knownAt.insert(row.text(0), path);
         });

@@ -19,6 +19,7 @@ struct LinkedRequest
     QSet<QString> folders; // each by itself
     QSet<QString> trees;   // with all below them
 
+    bool isEverywhere() const { return everything || seeks; }
     void unite(const LinkedRequest& other);
 };
 
@@ -29,7 +30,7 @@ struct LinkedQuery
     bool isFolder = false; // whether it is itself linked
     bool isAway = false;   // known to be: not even looked for
     LinkedRequest request;
-    DiskMemory memory; // of the request's folders; of all linked folders
+    DiskMemory memory; // of the request's folders, nothing for a look everywhere; of all folders
     // Items that were linked by themselves: those that lie here, and those that can't be found.
     std::vector<DiskPlan::Known> tops, sought;
 };

@@ -142,8 +142,22 @@ QSet<QString> pathsTakenForGone(const DiskPass& pass, const KnownRows& rows)
     return paths;
 }
 
+// The folder of what isn't there any more; where that has gone too, also those above it, up to one
+// that shows where it went.
+QSet<QString> foldersThatItLeft(const DiskView& view, const QString& path)
+{
+    QSet<QString> folders;
+    QString folder = path;
+    do {
+        folder = parentPath(folder);
+        folders.insert(folder);
+    } while (view.covers(folder) && !fileFacts(QFile::encodeName(view.absolute(folder))));
+    return folders;
+}
+
 // What came in may be what a row stands for: its folder wasn't looked at, or was before it moved,
-// and the row isn't known to be missing yet.
+// and the row isn't known to be missing yet. Inside a new folder, it may also be an item of another
+// linked folder, which the next look follows.
 Result<void> leaveOutMoving(
     DiskPass& pass, SQLite& connection, const DiskView& view, const KnownRows& rows)
 {
@@ -167,13 +181,17 @@ Result<void> leaveOutMoving(
             if (!identities.contains(identity))
                 return;
             const QString path = row.text(1);
-            if (!view.covers(path) || isTakenForGone(path) || isRowInTrash(connection, row.text(0)))
+            const bool isHere = view.covers(path);
+            const bool isElsewhere = view.isLinked() && !isHere && path.startsWith(u'/');
+            if ((!isHere && !isElsewhere) || isTakenForGone(path) ||
+                isRowInTrash(connection, row.text(0)))
                 return;
             const auto facts = fileFacts(QFile::encodeName(view.absolute(path)));
             if (facts && (facts->kind == FileFacts::Kind::Folder) == (row.utf8(3) == "folder"))
                 return; // another link to it, or the card stays with its name
             moving.insert(identity);
-            pass.lookAlso.insert(parentPath(path));
+            if (isHere)
+                pass.lookAlso.unite(foldersThatItLeft(view, path));
         });
     if (!read)
         return read;
@@ -194,10 +212,10 @@ Result<void> leaveOutMoving(
 } // namespace
 
 Result<void> addKnownBelow(SQLite& connection, const QString& folder,
-    std::vector<DiskPlan::Known>& known, QSet<QString>& ids)
+    std::vector<DiskPlan::Known>& known, QSet<QString>& ids, const QHash<QString, QString>* folders)
 {
     return connection.each(
-        "SELECT id, kind, path, file_id, byte_size, file_modified FROM nodes WHERE "
+        "SELECT id, kind, path, file_id, byte_size, file_modified, parent_id FROM nodes WHERE "
         "path >= ?1 || '/' AND path < ?1 || '0' AND deleted_at IS NULL AND kind IN ('folder', "
         "'file')",
         {folder}, [&](const SQLRow& row) {
@@ -205,13 +223,18 @@ Result<void> addKnownBelow(SQLite& connection, const QString& folder,
             each.id = row.text(0);
             if (ids.contains(each.id))
                 return;
-            ids.insert(each.id);
             each.folder = row.utf8(1) == "folder";
             each.path = row.text(2);
+            if (folders) {
+                const auto parent = folders->constFind(parentPath(each.path));
+                if (parent == folders->cend() || *parent != row.text(6))
+                    return;
+            }
             if (const auto id = row.optionalInteger(3))
                 each.inode = static_cast<quint64>(*id);
             each.size = row.optionalInteger(4);
             each.modified = row.date(5);
+            ids.insert(each.id);
             known.push_back(std::move(each));
         });
 }
@@ -221,7 +244,7 @@ Result<void> takeOutcome(DiskPass& pass, SQLite& connection, const DiskView& vie
 {
     if (round == Round::Another && needsFoldersFirst(outcome, scans, rows)) {
         takeFoldersFirst(pass, std::move(outcome), scans, rows);
-        return {};
+        return leaveOutMoving(pass, connection, view, rows);
     }
     std::vector<DiskPlan::Entry>
         added; // none lies in another: what lies in a new folder comes with it

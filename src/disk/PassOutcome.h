@@ -14,9 +14,11 @@ struct KnownRows
     QHash<quint64, QString> trashed; // by identity
 };
 
-// Adds the live files and folders below a folder to `known`, but for those whose ids are there.
+// Adds the live files and folders below a folder to `known`, but for those whose ids are there;
+// with `folders`, by path, only what belongs to these.
 Result<void> addKnownBelow(SQLite& connection, const QString& folder,
-    std::vector<DiskPlan::Known>& known, QSet<QString>& ids);
+    std::vector<DiskPlan::Known>& known, QSet<QString>& ids,
+    const QHash<QString, QString>* folders = nullptr);
 
 // Takes over the actions. While another look can follow, folders that are new come in before
 // anything that could have gone into them is taken for gone, and nothing comes in that is on its

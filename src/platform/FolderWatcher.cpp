@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <fcntl.h>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -30,9 +31,8 @@ using Time = Clock::time_point;
 
 constexpr auto latency = std::chrono::milliseconds(500);
 constexpr auto moveWait = std::chrono::milliseconds(50); // for the other half of a move
-constexpr auto slowPoll = std::chrono::seconds(30);
-constexpr auto rootPoll = std::chrono::seconds(2); // while the root is away
-constexpr qsizetype mostPaths = 100'000;           // in a batch; more are told as "everything"
+constexpr auto rootPoll = std::chrono::seconds(2);       // while the root is away
+constexpr qsizetype mostPaths = 100'000; // in a batch; more are told as "everything"
 
 constexpr uint32_t watchedEvents = IN_CREATE | IN_DELETE | IN_MODIFY | IN_CLOSE_WRITE | IN_ATTRIB |
                                    IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF |
@@ -49,7 +49,8 @@ class FolderWatcher::Thread
         int descriptor = -1;
         Watched* parent = nullptr;
         QString name;            // of the root empty
-        bool isComplete = false; // all folders in it are watched; false when it moved meanwhile
+        bool isComplete = false; // all folders in it are watched; not so when it moved meanwhile,
+                                 // or when rights are missing
         std::map<QString, std::unique_ptr<Watched>> children;
 
         QString path() const
@@ -119,11 +120,11 @@ private:
             readEvents();
             const Time now = Clock::now();
             dropLostMoves(flushes.empty() ? now : now + moveWait);
-            lookForRoot(now);
             if (m_isShort && now >= m_nextSlowPoll) {
-                m_nextSlowPoll = now + slowPoll;
+                m_nextSlowPoll = now + m_wishes.slowPoll;
                 everything();
             }
+            lookForRoot(now);
             if (!flushes.empty() || (m_since && now >= *m_since + latency))
                 deliver();
             for (const auto& done : flushes)
@@ -163,7 +164,7 @@ private:
     {
         if (!m_since)
             m_since = Clock::now();
-        if (!m_batch.everything && !path.isEmpty())
+        if (!m_batch.everything)
             m_batch.paths.insert(path);
         if (m_batch.paths.size() > mostPaths)
             everything();
@@ -211,7 +212,10 @@ private:
         if (m_isShort)
             return;
         m_isShort = true;
-        m_nextSlowPoll = Clock::now() + slowPoll;
+        const Time now = Clock::now();
+        if (now < m_nextSlowPoll)
+            return; // it was short before, and nothing puts off what is due
+        m_nextSlowPoll = now + m_wishes.slowPoll;
         logLine(u"watch: no more folders can be watched (fs.inotify.max_user_watches), so changes "
                 u"are looked for twice a minute"_s);
     }
@@ -280,7 +284,7 @@ private:
         folder->name = name;
         // First the watch, which fails for all but folders and costs nothing for files.
         if (!watch(*folder)) {
-            if (errno == ENOENT)
+            if (errno == ENOENT || (errno == EACCES && isShut(parent)))
                 parent.isComplete = false;
             return nullptr;
         }
@@ -294,6 +298,13 @@ private:
             drop(*place);
         place = std::move(folder);
         return result;
+    }
+
+    // Whether it may be listed at most, and nothing in it be reached.
+    bool isShut(const Watched& folder) const
+    {
+        const QByteArray path = QFile::encodeName(absolute(folder.path()));
+        return ::faccessat(AT_FDCWD, path.constData(), X_OK, AT_EACCESS) != 0;
     }
 
     // Ends the watches of a folder and of all below it.
@@ -364,6 +375,8 @@ private:
             }
             if (event.mask & (IN_DELETE_SELF | IN_UNMOUNT | IN_ATTRIB))
                 tell(folder->path());
+            if ((event.mask & IN_ATTRIB) && !folder->isComplete)
+                enter(*folder, true); // its rights may be back
             return true;
         }
         const auto name = nameText(QByteArrayView(static_cast<const char*>(event.name)));
@@ -392,6 +405,11 @@ private:
                 drop(*child->second);
                 parent.children.erase(child);
             }
+        } else if (event.mask & IN_ATTRIB) {
+            // One that couldn't be watched may have its rights now.
+            if (!name.isEmpty() && !m_wishes.isSkipped(name) && !parent.children.contains(name))
+                if (Watched* child = addChild(parent, name))
+                    enter(*child, true);
         } else if (event.mask & (IN_MOVED_TO | IN_CREATE)) {
             const auto move = m_moves.find(event.cookie);
             if (name.isEmpty() || m_wishes.isSkipped(name)) {

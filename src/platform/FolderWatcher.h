@@ -12,6 +12,7 @@
 #include <QSet>
 #include <QString>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -22,7 +23,7 @@ class FolderWatcher
 public:
     struct Batch
     {
-        QSet<QString> paths; // relative to the root; the empty path isn't told
+        QSet<QString> paths; // relative to the root, which has the empty one
         bool everything = false;
 
         bool isEmpty() const { return paths.isEmpty() && !everything; }
@@ -35,6 +36,8 @@ public:
         // Names whose events nobody wants, and folders that aren't entered; the path is absolute.
         std::function<bool(const QString& name)> isSkipped;
         std::function<bool(const QString& name, const QString& path)> isExcludedFolder;
+        // Between two times that "everything" is told for want of watches.
+        std::chrono::milliseconds slowPoll = std::chrono::seconds(30);
     };
 
     // Returns once every folder is watched: not for the main thread.

@@ -539,6 +539,40 @@ TEST_F(LinkSyncTest, theNearerOfTwoLinkedFoldersKeepsWhatLiesInBoth)
     EXPECT_EQ(live(), 4);
 }
 
+TEST_F(LinkSyncTest, whatIsAwayFromAFolderInsideAnotherStaysMarked)
+{
+    outside.makeFile("box/sub/a.txt");
+    outside.makeFile("box/b.txt");
+    const QString sub = add("box/sub"), a = lib->find("a.txt");
+    const QString box = add("box"), b = lib->find("b.txt");
+    move("box/sub", "elsewhere/sub");
+    settle();
+    const auto check = [&] {
+        EXPECT_TRUE(isMissing(sub) && isMissing(a));
+        EXPECT_FALSE(isMissing(box) || isMissing(b) || isInTrash(a));
+    };
+    check();
+    outside.makeFile("box/c.txt");
+    settle();
+    check();
+    lib.reset();
+    open();
+    check();
+    // A look at the whole of the outer folder, since that came back too.
+    move("box", "elsewhere/box");
+    settle();
+    EXPECT_TRUE(isMissing(b));
+    move("elsewhere/box", "box");
+    ASSERT_TRUE(turnUntil([&] { return !isMissing(b); }));
+    settle();
+    check();
+    move("elsewhere/sub", "box/sub");
+    ASSERT_TRUE(turnUntil([&] { return !isMissing(a); }));
+    settle();
+    EXPECT_FALSE(isMissing(sub));
+    EXPECT_EQ(live(), 5);
+}
+
 TEST_F(LinkSyncTest, anEmptyFolderCanBeChosenForOneThatIsGone)
 {
     outside.makeFile("old/box/a.txt");

@@ -603,3 +603,17 @@ TEST_F(LiveSync, savingIsAChangeHoweverItIsDone)
         EXPECT_EQ(lib->library.tree().size(), 1);
     }
 }
+
+TEST_F(LiveSync, aLookAtEverythingThatFailsIsMadeAgain)
+{
+    open();
+    auto& connection = lib->library.connection();
+    ASSERT_TRUE(connection.run("ALTER TABLE spaces RENAME TO away", {}));
+    lib->diskSync.start();
+    (void)turnUntil([] { return false; }, 30);
+    ASSERT_TRUE(connection.run("ALTER TABLE away RENAME TO spaces", {}));
+    EXPECT_FALSE(lib->diskSync.isIdle()) << "it waits for the next try";
+    folder.makeFile("My Space/a.txt");
+    ASSERT_TRUE(lib->settle());
+    EXPECT_FALSE(lib->find("a.txt").isEmpty());
+}

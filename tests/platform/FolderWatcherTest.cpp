@@ -1,12 +1,17 @@
 #include "platform/FolderWatcher.h"
 
+#include "support/BoundByRights.h"
 #include "support/Printing.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
+#include <QProcess>
+
 #include <condition_variable>
 #include <mutex>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace corvelle;
@@ -17,7 +22,8 @@ namespace {
 class Watch
 {
 public:
-    explicit Watch(const QString& root)
+    explicit Watch(
+        const QString& root, std::chrono::milliseconds slowPoll = std::chrono::seconds(30))
         : m_watcher(
               root, {[this](FolderWatcher::Batch batch) {
                          const std::lock_guard lock(m_mutex);
@@ -26,7 +32,8 @@ public:
                          ++m_batches;
                      },
                         [](const QString& name) { return name.startsWith('.'); },
-                        [](const QString& name, const QString&) { return name == "generated"; }})
+                        [](const QString& name, const QString&) { return name == "generated"; },
+                        slowPoll})
     {}
 
     FolderWatcher::Batch seen()
@@ -173,6 +180,55 @@ TEST_F(FolderWatcherTest, aLostRootIsEverything)
     EXPECT_TRUE(back) << "a root that comes back is watched again";
     folder.makeFile("root/inner/file.txt");
     EXPECT_EQ(watch.paths(), QStringList{"inner/file.txt"});
+}
+
+TEST_F(FolderWatcherTest, aFolderWhoseRightsComeBackIsWatched)
+{
+    const auto setMode = [&](const QString& path, mode_t mode) {
+        ASSERT_EQ(::chmod(QFile::encodeName(folder.path(path)), mode), 0);
+    };
+    const BoundByRights bound;
+    for (const char* which : {"", "shut", "shut/inner"}) {
+        for (const mode_t mode : {0000, 0111, 0444}) {
+            SCOPED_TRACE(testing::Message() << which << ' ' << std::oct << mode);
+            folder.makeFile("shut/inner/deep/a.txt");
+            setMode(which, mode);
+            Watch watch(folder.path());
+            setMode(which, 0755);
+            for (int i = 0; i < 40 && watch.seen().isEmpty(); ++i)
+                ::usleep(100'000); // the root itself is looked for every two seconds
+            folder.makeFile("shut/inner/deep/a.txt", "again");
+            EXPECT_EQ(watch.paths(), QStringList{"shut/inner/deep/a.txt"});
+        }
+    }
+    Watch watch(folder.path());
+    setMode("", 0700);
+    EXPECT_EQ(watch.paths(), QStringList{""}) << "the root's own rights are told too";
+}
+
+TEST(NoMoreWatches, isEverythingNowAndThen)
+{
+    const QString command = QString("echo 0 > /proc/sys/user/max_inotify_watches && exec '%1' "
+                                    "--gtest_filter=NoMoreWatchesChild.* "
+                                    "--gtest_also_run_disabled_tests")
+                                .arg(QCoreApplication::applicationFilePath());
+    if (QProcess::execute(
+            "unshare", {"-r", "sh", "-c", "echo 0 > /proc/sys/user/max_inotify_watches"}) != 0)
+        GTEST_SKIP() << "this system doesn't let the number of watches be set";
+    EXPECT_EQ(QProcess::execute("unshare", {"-r", "sh", "-c", command}), 0);
+}
+
+TEST(NoMoreWatchesChild, DISABLED_theRootItself)
+{
+    const TempFolder folder;
+    Watch watch(folder.path(), std::chrono::seconds(3)); // the root is tried every two
+    EXPECT_TRUE(watch.seen().isEmpty());
+    bool told = false;
+    for (int i = 0; i < 60 && !told; ++i) {
+        ::usleep(100'000);
+        told = watch.seen().everything;
+    }
+    EXPECT_TRUE(told);
 }
 
 TEST_F(FolderWatcherTest, manyEventsAreFewBatches)
