@@ -174,7 +174,7 @@ Result<void> leaveOutMoving(
     };
     QSet<quint64> moving;
     const auto read = connection.each("SELECT id, path, file_id, kind FROM nodes WHERE file_id IS "
-                                      "NOT NULL AND deleted_at IS NULL AND "
+                                      "NOT NULL AND "
                                       "kind IN ('folder', 'file')",
         {}, [&](const SQLRow& row) {
             const auto identity = static_cast<quint64>(row.integer(2));
@@ -183,14 +183,17 @@ Result<void> leaveOutMoving(
             const QString path = row.text(1);
             const bool isHere = view.covers(path);
             const bool isElsewhere = view.isLinked() && !isHere && path.startsWith(u'/');
-            if ((!isHere && !isElsewhere) || isTakenForGone(path) ||
-                isRowInTrash(connection, row.text(0)))
+            if ((!isHere && !isElsewhere) || isTakenForGone(path))
+                return;
+            // A look at another linked folder may just have taken it there.
+            const bool isTrashed = isRowInTrash(connection, row.text(0));
+            if (isTrashed && (!view.isLinked() || rows.trashed.contains(identity)))
                 return;
             const auto facts = fileFacts(QFile::encodeName(view.absolute(path)));
             if (facts && (facts->kind == FileFacts::Kind::Folder) == (row.utf8(3) == "folder"))
                 return; // another link to it, or the card stays with its name
             moving.insert(identity);
-            if (isHere)
+            if (isHere && !isTrashed)
                 pass.lookAlso.unite(foldersThatItLeft(view, path));
         });
     if (!read)

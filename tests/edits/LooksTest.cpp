@@ -2,6 +2,7 @@
 #include "edits/EditedLibrary.h"
 
 #include "disk/DiskScan.h"
+#include "disk/PassOutcome.h"
 
 using namespace corvelle;
 
@@ -135,6 +136,32 @@ TEST_F(Looks, aCardStaysWithItsNameWhereItsFileWentToAnotherLinkedFolder)
     const DiskPass pass = lookAtLinkedFolder(two);
     EXPECT_EQ(whereItGoes(pass, a), QString());
     EXPECT_EQ(arriving(pass), QStringList{outside.path("two/b.txt")});
+}
+
+TEST_F(Looks, whatAnotherTookToTheTrashMeanwhileWaitsToComeBack)
+{
+    outside.makeFile("one/a.txt");
+    outside.makeFile("one/kept.txt");
+    outside.makeFolder("two");
+    const QString one = add("one"), a = lib->find("a.txt");
+    (void)add("two");
+    outside.makeFolder("two/new");
+    rename(outside.path("one/a.txt"), outside.path("two/new/a.txt"));
+    DiskApply apply(lib->library);
+    bool done = false;
+    apply.run(lookAtLinkedFolder(one), [&](const DiskApply::Done&) { done = true; });
+    ASSERT_TRUE(turnUntil([&] { return done; }));
+    ASSERT_TRUE(lib->library.isInTrash(a));
+    // What went away had been read before.
+    const DiskView view = DiskView::ofLinked(outside.path("two"), folder.path(), {});
+    const auto scans = view.trees({outside.path("two")});
+    DiskPlan::Outcome outcome;
+    outcome.actions = {DiskPlan::Added{scans.at(outside.path("two")).front()}};
+    DiskPass pass;
+    ASSERT_TRUE(takeOutcome(
+        pass, lib->library.connection(), view, outcome, scans, KnownRows(), Round::Another));
+    EXPECT_EQ(arriving(pass), QStringList{outside.path("two/new")});
+    EXPECT_TRUE(pass.lookAgain);
 }
 
 TEST_F(Looks, twoOfThemNeverGiveOneFileTwoCards)
