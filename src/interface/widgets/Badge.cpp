@@ -11,7 +11,7 @@ namespace corvelle {
 
 namespace {
 
-constexpr int badgeHeight = 13, side = 4;
+constexpr int badgeHeight = 13, badgeSide = 4;
 
 } // namespace
 
@@ -26,7 +26,7 @@ Badge::Badge(const QString& letters, QWidget* parent)
 QSize Badge::sizeHint() const
 {
     const double wide = Lettering(TypeStyle::Badge).width(m_letters);
-    return QSize(static_cast<int>(std::ceil(wide)) + 2 * side, badgeHeight)
+    return QSize(static_cast<int>(std::ceil(wide)) + 2 * badgeSide, badgeHeight)
         .grownBy(contentsMargins());
 }
 
