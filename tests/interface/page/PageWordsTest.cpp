@@ -14,7 +14,7 @@ using namespace corvelle;
 
 namespace {
 
-const QByteArray page = R"({"type":"doc","content":[
+const QByteArray wordsPage = R"({"type":"doc","content":[
     {"type":"heading","attrs":{"level":2},"content":[{"type":"text","text":"Plan"}]},
     {"type":"paragraph","content":[{"type":"text","text":"See "},{"type":"mention","attrs":{"id":"n1","label":"The Budget"}},
         {"type":"text","text":" and "},{"type":"text","text":"the ","marks":[{"type":"link","attrs":{"href":"https://example.org/"}}]},
@@ -31,7 +31,7 @@ const QByteArray page = R"({"type":"doc","content":[
 
 TEST(PageFind, looksIntoTextLabelsCellsAndCards)
 {
-    const FlatText text = textFromJSON(page);
+    const FlatText text = textFromJSON(wordsPage);
     EXPECT_EQ(findInPage(text, "plan"), (std::vector<TextRange>{{{}, 0, 4}}));
     EXPECT_EQ(findInPage(text, "budget"), (std::vector<TextRange>{{{}, 9, 10}}))
         << "a label is found as its mention";
@@ -49,7 +49,7 @@ TEST(PageFind, looksIntoTextLabelsCellsAndCards)
 TEST(PageTargets, areTheMentionsLinksAndCardsInOrder)
 {
     std::vector<std::pair<QString, TextRange>> found;
-    for (const TargetInPage& target : pageTargets(textFromJSON(page)))
+    for (const TargetInPage& target : pageTargets(textFromJSON(wordsPage)))
         found.emplace_back(
             target.target.link ? target.target.link->href : target.target.item, target.range);
     EXPECT_EQ(found, (std::vector<std::pair<QString, TextRange>>{{"n1", {{}, 9, 10}},
@@ -60,7 +60,7 @@ TEST(PageTargets, areTheMentionsLinksAndCardsInOrder)
 
 TEST(SpokenPage, offsetsAndPlacesAgree)
 {
-    const FlatText text = textFromJSON(page);
+    const FlatText text = textFromJSON(wordsPage);
     const SpokenPage spoken(text);
     const QString all = spoken.text(0, spoken.length());
     EXPECT_EQ(all.size(), spoken.length());
@@ -86,7 +86,7 @@ TEST(SpokenPage, offsetsAndPlacesAgree)
 
 TEST(PageCopy, takesBlocksWholeAndPartsOfOneAsWords)
 {
-    const FlatText text = textFromJSON(page);
+    const FlatText text = textFromJSON(wordsPage);
     const auto words = [&](Units from, Units to) {
         return copiedBlocks(nodesBetween(text, from, to), {})->text();
     };
