@@ -173,9 +173,8 @@ Result<void> leaveOutMoving(
         return !path.isEmpty();
     };
     QSet<quint64> moving;
-    const auto read = connection.each("SELECT id, path, file_id, kind FROM nodes WHERE file_id IS "
-                                      "NOT NULL AND "
-                                      "kind IN ('folder', 'file')",
+    const auto read = connection.each("SELECT id, path, file_id, kind FROM nodes WHERE "
+                                      "file_id IS NOT NULL AND kind IN ('folder', 'file')",
         {}, [&](const SQLRow& row) {
             const auto identity = static_cast<quint64>(row.integer(2));
             if (!identities.contains(identity))
@@ -198,16 +197,15 @@ Result<void> leaveOutMoving(
         });
     if (!read)
         return read;
-    QString leftOut;
-    std::erase_if(
-        pass.arriving, [&](const ArrivingItem& item) { // a folder comes before its contents
-            if (!leftOut.isEmpty() && liesBelow(item.path, leftOut))
-                return true;
-            const bool isMoving = moving.contains(item.fileID);
-            if (isMoving && item.folder)
-                leftOut = item.path;
-            return isMoving;
-        });
+    QString leftOut; // a folder; it comes before its contents
+    std::erase_if(pass.arriving, [&](const ArrivingItem& item) {
+        if (!leftOut.isEmpty() && liesBelow(item.path, leftOut))
+            return true;
+        const bool isMoving = moving.contains(item.fileID);
+        if (isMoving && item.folder)
+            leftOut = item.path;
+        return isMoving;
+    });
     pass.lookAgain |= !moving.isEmpty();
     return {};
 }
